@@ -1,0 +1,22 @@
+// The subcommands of the ketrova tool. Each lives in its own file and is listed
+// in the table of main.cpp. A command gets its arguments after its own name and
+// answers the process exit status: 0 success, 1 failure, 2 bad usage.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace ketrova::cli {
+
+using Args = std::vector<std::string>;
+
+struct Command {
+  const char* name;
+  const char* usage;    // the line shown by --help
+  int (*run)(const Args& args);
+};
+
+// The commands, in the order --help lists them.
+const std::vector<Command>& Commands();
+
+}  // namespace ketrova::cli

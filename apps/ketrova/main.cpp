@@ -1,0 +1,55 @@
+// ketrova: the command-line front end. Runs, creates, inspects and converts
+// projects without a display.
+#include <cstring>
+#include <iostream>
+
+#include "commands.h"
+
+namespace ketrova::cli {
+
+const std::vector<Command>& Commands() {
+  static const std::vector<Command> commands = {
+  };
+  return commands;
+}
+
+}  // namespace ketrova::cli
+
+namespace {
+
+void PrintHelp(std::ostream& out) {
+  out << "Aufruf: ketrova BEFEHL [ARGUMENTE]\n"
+         "Ketrova konvertiert Daten zwischen Datenbanken, Textdateien und Tabellen\n"
+         "nach einem Projekt (.CPF).\n\n"
+         "Befehle:\n";
+  for (const auto& command : ketrova::cli::Commands()) out << "  " << command.usage << "\n";
+  out << "\n  --help      diese Hilfe\n"
+         "  --version   die Version\n";
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2) {
+    PrintHelp(std::cerr);
+    return 2;
+  }
+  std::string first = argv[1];
+  if (first == "--help" || first == "-h" || first == "help") {
+    PrintHelp(std::cout);
+    return 0;
+  }
+  if (first == "--version") {
+    std::cout << "Ketrova " << KETROVA_VERSION << "\n";
+    return 0;
+  }
+  for (const auto& command : ketrova::cli::Commands()) {
+    if (first == command.name) {
+      ketrova::cli::Args args(argv + 2, argv + argc);
+      return command.run(args);
+    }
+  }
+  std::cerr << "ketrova: unbekannter Befehl \"" << first << "\"\n";
+  PrintHelp(std::cerr);
+  return 2;
+}

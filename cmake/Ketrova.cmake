@@ -1,0 +1,26 @@
+# ketrova_library(NAME SOURCES... [DEPS target...])
+# One static library per layer folder; its headers are included as "folder/file.h" from src/.
+function(ketrova_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPS" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  if(ARG_DEPS)
+    target_link_libraries(${name} PUBLIC ${ARG_DEPS})
+  endif()
+  set_property(GLOBAL APPEND PROPERTY KETROVA_LIBRARIES ${name})
+endfunction()
+
+# ketrova_test(NAME LABEL label SOURCES... [DEPS target...])
+# A GoogleTest executable whose cases are registered with CTest under one label:
+# unit (no server), server (PostgreSQL, MariaDB) or gui (Qt offscreen).
+function(ketrova_test name)
+  cmake_parse_arguments(ARG "" "LABEL" "SOURCES;DEPS" ${ARGN})
+  if(NOT ARG_LABEL)
+    set(ARG_LABEL unit)
+  endif()
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_DEPS} GTest::gtest GTest::gtest_main)
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/tests)
+  target_compile_definitions(${name} PRIVATE KETROVA_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
+  gtest_discover_tests(${name} PROPERTIES LABELS ${ARG_LABEL} DISCOVERY_TIMEOUT 60)
+endfunction()

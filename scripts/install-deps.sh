@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# Installs every Debian package that the build, the tests, the demo and the
+# benchmarks need. Idempotent: packages already present are not fetched again.
+# Works as root or through sudo.
+set -euo pipefail
+
+packages=(
+  # build
+  cmake g++ make ninja-build pkg-config
+  libgtest-dev libgmock-dev
+  libpugixml-dev uuid-dev duktape-dev
+  libsqlite3-dev sqlite3
+  # record access: the driver manager and the drivers
+  unixodbc unixodbc-dev libsqliteodbc odbc-postgresql odbc-mariadb tdsodbc
+  # throwaway database servers for the server tests
+  postgresql mariadb-server mariadb-client
+  # locales for the regional-settings tests
+  locales
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then
+    missing+=("$p")
+  fi
+done
+
+if [ ${#missing[@]} -gt 0 ]; then
+  sudo=""
+  if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi
+  echo "install-deps: installing ${missing[*]}"
+  $sudo env DEBIAN_FRONTEND=noninteractive apt-get update -qq
+  $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fi
+
+# Locales the tests switch between (German and US regional settings).
+if command -v locale >/dev/null; then
+  need_gen=0
+  for l in de_DE.UTF-8 en_US.UTF-8; do
+    if ! locale -a 2>/dev/null | grep -qi "^${l%.UTF-8}.utf8$"; then need_gen=1; fi
+  done
+  if [ $need_gen -eq 1 ] && [ -f /etc/locale.gen ]; then
+    sudo=""
+    if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi
+    $sudo sed -i -e 's/^# *\(de_DE.UTF-8 UTF-8\)/\1/' -e 's/^# *\(en_US.UTF-8 UTF-8\)/\1/' /etc/locale.gen
+    $sudo locale-gen >/dev/null
+  fi
+fi
