@@ -1,0 +1,36 @@
+// The built-in functions of VBScript, as a table the compiler binds calls to
+// once. Each takes its arguments by value in source order; an argument left
+// out between commas (MsgBox "x", , "title") arrives as Variant::Missing().
+// The arity is checked by the compiler against MinArgs/MaxArgs (450 at run
+// time for a call through Eval or Execute). Failures raise VbError with
+// VBScript's number; the runtime adds line and column.
+//
+// Functions that need the interpreter itself (Eval, Execute, ExecuteGlobal,
+// GetRef, CreateObject, GetObject, IsObject on With targets) are the
+// runtime's, not in this table.
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "support/variant.h"
+
+namespace ketrova::script::vbscript {
+
+using BuiltinFunction = Variant (*)(std::span<const Variant> args);
+
+struct Builtin {
+  std::string_view Name;
+  int MinArgs;
+  int MaxArgs;  // -1: any number
+  BuiltinFunction Function;
+};
+
+// The built-in of that name, compared without regard to case; nullptr when
+// there is none.
+const Builtin* FindBuiltin(std::string_view name);
+
+// A new RegExp object (VBScript's "New RegExp").
+ObjectPtr CreateRegExp();
+
+}  // namespace ketrova::script::vbscript
