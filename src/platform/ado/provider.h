@@ -1,0 +1,147 @@
+// Provider: what record access (Connection, Recordset, Catalog) runs on.
+//
+// One Provider object is one open connection to one store. Record access never
+// talks to a driver itself: it asks the provider to run SQL, to list tables,
+// columns and indexes, and to declare column types for DDL. OpenProvider picks
+// the implementation from the connection string (see connection_string.h).
+//
+// To implementers of a provider:
+// - Failures are thrown as VbError with a negative number, as OLE DB's were:
+//   kErrGeneral, kErrStatementRefused, kErrUnknownTable, kErrLoginRefused
+//   (enums.h), and the store's own diagnostic as description. Source is the
+//   provider's name. A failed statement must leave the connection usable and
+//   must not have written anything half (a single statement is atomic).
+// - Execute receives the SQL as the system writes it: identifiers in [brackets].
+//   A provider whose SQL engine does not take brackets rewrites them to its own
+//   identifier quote (RewriteBrackets below helps). Parameters are "?" markers,
+//   bound in order from `params`; Null binds as SQL NULL.
+// - Execute of the same SQL text is frequent (once per record): prepare a
+//   statement once per text and reuse it. Two cursors on the same text may be
+//   open at once, so reuse only a statement that no open cursor holds.
+// - A Cursor reads rows in blocks as Fetch asks for them, never the whole
+//   result at once. When `maxRows` > 0 no more rows than that are produced.
+//   Destroying a cursor releases its statement for reuse.
+// - Values are Variants of the type the column's ADO type implies: Null for
+//   NULL, Integer/Long/Byte/Double for integers (Double only when a value does
+//   not fit in a Long), Single/Double for floats, Decimal for numeric/decimal,
+//   Boolean for bit, Date (OLE date) for date, time and timestamp, String
+//   (UTF-8) for text, a Byte array for binary.
+// - Every statement commits on its own unless BeginTrans was called.
+// - Register a provider for its kind with RegisterProvider, from a function
+//   that the program calls at start-up (a static initialiser in a static library
+//   may be dropped by the linker). The ODBC provider is built in.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/ado/connection_string.h"
+#include "platform/ado/enums.h"
+#include "support/variant.h"
+
+namespace ketrova::ado {
+
+// A column of a result or of a table.
+struct ColumnInfo {
+  std::string name;
+  DataTypeEnum type = adVarWChar;
+  int sqlType = 0;               // the driver's SQL type code, where there is one
+  std::string typeName;          // the store's own type name ("varchar", "int4" ...)
+  std::int64_t definedSize = 0;  // characters for text, bytes for binary, digits for numerics
+  std::uint8_t precision = 0;
+  std::uint8_t numericScale = 0;
+  bool nullable = true;
+  bool autoIncrement = false;
+  bool keyColumn = false;  // part of the table's primary key, where known
+  std::string baseTable;   // where known; empty otherwise
+  std::string baseColumn;
+};
+
+using Row = std::vector<Variant>;
+
+// An open result. Columns are known as soon as the cursor exists.
+class Cursor {
+ public:
+  virtual ~Cursor() = default;
+  virtual const std::vector<ColumnInfo>& Columns() const = 0;
+  // Appends up to `count` further rows to `rows`; returns how many it appended.
+  // 0 means the result is at its end.
+  virtual std::size_t Fetch(std::vector<Row>& rows, std::size_t count) = 0;
+};
+
+struct TableInfo {
+  std::string catalog;
+  std::string schema;
+  std::string name;
+  std::string type;  // "TABLE", "VIEW", "SYSTEM TABLE", ... as ADO names them
+};
+
+struct IndexInfo {
+  std::string name;
+  bool unique = false;
+  bool primaryKey = false;
+  bool clustered = false;
+  bool ignoreNulls = false;
+  std::vector<std::string> columns;  // in key order
+};
+
+// The result of Execute: a cursor when the statement gave a result set,
+// otherwise the number of rows it affected (-1 when unknown).
+struct ExecuteResult {
+  std::unique_ptr<Cursor> cursor;
+  std::int64_t rowsAffected = -1;
+};
+
+class Provider {
+ public:
+  virtual ~Provider() = default;
+
+  // Short name of the SQL dialect: "sqlite", "postgresql", "mysql", "mssql",
+  // "text", "odbc" (anything else). DDL and bracket rewriting go by it.
+  virtual std::string Dialect() const = 0;
+  // The quote around identifiers of the store ("\"", "`", "[" ...); the closing
+  // quote is the same except for "[" whose closing one is "]".
+  virtual std::string IdentifierQuote() const = 0;
+
+  virtual ExecuteResult Execute(const std::string& sql, std::span<const Variant> params = {},
+                                std::int64_t maxRows = 0) = 0;
+
+  virtual void BeginTrans() = 0;
+  virtual void CommitTrans() = 0;
+  virtual void RollbackTrans() = 0;
+  // Seconds a statement may run; 0 for no limit.
+  virtual void SetCommandTimeout(int seconds) {}
+
+  // Tables and views of the store, with ADO's TABLE_TYPE words.
+  virtual std::vector<TableInfo> Tables() = 0;
+  // Columns of a table in order, with keyColumn and autoIncrement set.
+  // Throws kErrUnknownTable when the table does not exist.
+  virtual std::vector<ColumnInfo> TableColumns(const std::string& table) = 0;
+  virtual std::vector<IndexInfo> TableIndexes(const std::string& table) = 0;
+
+  // The type of a column in CREATE TABLE / ALTER TABLE of this store: the
+  // declaration after the column name ("VARCHAR(50)", "INTEGER", "SERIAL" ...).
+  virtual std::string ColumnTypeSql(const ColumnInfo& column) const = 0;
+};
+
+// Rewrites [name] to quote+name+quote outside string literals ('...').
+std::string RewriteBrackets(std::string_view sql, std::string_view openQuote,
+                            std::string_view closeQuote);
+
+using ProviderFactory = std::function<std::unique_ptr<Provider>(const ConnectionSpec&)>;
+
+// Sets the factory for a kind; a later registration replaces an earlier one.
+void RegisterProvider(ProviderKind kind, ProviderFactory factory);
+
+// Opens the provider for a connection string. Throws VbError (negative number)
+// when there is no provider for it or the provider cannot open.
+std::unique_ptr<Provider> OpenProvider(std::string_view connectionString,
+                                       std::string_view user = {}, std::string_view password = {});
+
+}  // namespace ketrova::ado
