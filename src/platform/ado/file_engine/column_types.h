@@ -1,0 +1,63 @@
+// Column types of text files, and how a field's text maps to a typed value.
+//
+// Text files carry no types. They come from schema.ini or are inferred from the
+// first rows: a column is numeric or a date only when every non-empty,
+// unquoted value of the sample reads as one; quoted values count as text, which
+// lets a writer keep a text "123" a text. Numbers take "." or "," as decimal
+// mark and no thousands separators; dates are yyyy-mm-dd or dd.mm.yyyy, with an
+// optional time hh:mm[:ss]. Inside the SQL engine a date is the ISO text
+// "yyyy-mm-dd" or "yyyy-mm-dd hh:mm:ss", which sorts and compares as a date.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ketrova::file_engine {
+
+enum class ColumnType { kText, kInteger, kDouble, kCurrency, kDateTime, kBoolean, kMemo };
+
+// The SQL type that the engine declares for a column ("TEXT", "INTEGER",
+// "DOUBLE", "CURRENCY", "DATETIME", "BIT", "MEMO").
+const char* SqlTypeName(ColumnType type);
+// The reverse of SqlTypeName and of the type words of schema.ini ("Char",
+// "Text", "Long", "Short", "Integer", "Byte", "Float", "Single", "Double",
+// "Currency", "Date", "DateTime", "Bit", "Memo", "LongChar"); empty when
+// unknown. Case is ignored.
+std::optional<ColumnType> ParseTypeName(std::string_view name);
+
+// Strict parsing, used to infer a type, takes a leading zero ("007") as the
+// mark of a code, not a number; a column typed by schema.ini reads it as one.
+std::optional<std::int64_t> ParseInteger(std::string_view text, bool strict = true);
+std::optional<double> ParseNumber(std::string_view text, bool strict = true);
+// The ISO form of a date text, or empty when it is none.
+std::optional<std::string> ParseDateText(std::string_view text);
+std::optional<bool> ParseBoolean(std::string_view text);
+
+// True when an unquoted field with this text would read as anything but text;
+// a writer quotes such a text value to keep it text.
+bool LooksTyped(std::string_view text);
+
+// Gathers the sample of the first rows and settles each column's type.
+class TypeInference {
+ public:
+  explicit TypeInference(std::size_t columns);
+  void Add(std::size_t column, std::string_view text, bool quoted);
+  std::vector<ColumnType> Result() const;
+
+ private:
+  struct State {
+    bool seen = false;
+    bool integer = true;
+    bool number = true;
+    bool date = true;
+  };
+  std::vector<State> states_;
+};
+
+// Shortest text that reads back as the same double.
+std::string FormatNumber(double value);
+
+}  // namespace ketrova::file_engine

@@ -1,0 +1,179 @@
+#include "platform/ado/file_engine/file_engine.h"
+
+#include <sqlite3.h>
+
+#include "platform/ado/enums.h"
+#include "platform/ado/file_engine/csv_module.h"
+#include "platform/ado/file_engine/sql_rewrite.h"
+#include "support/vb_error.h"
+
+namespace ketrova::file_engine {
+
+namespace {
+
+constexpr std::string_view kNoSuchTable = "no such table: ";
+constexpr std::size_t kMaxIdleStatements = 64;
+
+std::string SqlText(std::string_view s) {
+  std::string out = "'";
+  for (char c : s) {
+    if (c == '\'') out.push_back('\'');
+    out.push_back(c);
+  }
+  out.push_back('\'');
+  return out;
+}
+
+// The table name of SQLite's "no such table: [schema.]name", or empty.
+std::string MissingTable(sqlite3* db) {
+  std::string_view msg = sqlite3_errmsg(db);
+  if (!msg.starts_with(kNoSuchTable)) return {};
+  msg.remove_prefix(kNoSuchTable.size());
+  for (std::string_view schema : {"main.", "temp."}) {
+    if (msg.starts_with(schema)) msg.remove_prefix(schema.size());
+  }
+  return std::string(msg);
+}
+
+}  // namespace
+
+Statement::Statement(FileEngine* engine, std::string key, sqlite3_stmt* stmt)
+    : engine_(engine), key_(std::move(key)), stmt_(stmt) {}
+
+Statement::~Statement() {
+  engine_->Release(key_, stmt_);
+}
+
+bool Statement::Step() {
+  TakeModuleErrorNumber();
+  int rc = sqlite3_step(stmt_);
+  if (rc == SQLITE_ROW) return true;
+  if (rc == SQLITE_DONE) return false;
+  // A table dropped since the statement was prepared: make it anew, then retry
+  // once, which is safe because nothing was produced yet.
+  std::string missing = MissingTable(engine_->db());
+  if (!missing.empty()) {
+    sqlite3_reset(stmt_);
+    engine_->EnsureTable(missing);
+    rc = sqlite3_step(stmt_);
+    if (rc == SQLITE_ROW) return true;
+    if (rc == SQLITE_DONE) return false;
+  }
+  sqlite3_reset(stmt_);
+  engine_->RaiseError(rc, sqlite3_sql(stmt_) ? sqlite3_sql(stmt_) : "");
+}
+
+FileEngine::FileEngine(TableResolver resolver, std::string source)
+    : resolver_(std::move(resolver)), source_(std::move(source)) {
+  int rc = sqlite3_open_v2(":memory:", &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+  if (rc != SQLITE_OK) {
+    std::string msg = db_ ? sqlite3_errmsg(db_) : "out of memory";
+    sqlite3_close(db_);
+    throw VbError(ado::kErrGeneral, msg, source_);
+  }
+  // A double-quoted name that names no column is an error, not a text.
+  sqlite3_db_config(db_, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
+  sqlite3_db_config(db_, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
+  RegisterCsvModule(db_);
+}
+
+FileEngine::~FileEngine() {
+  for (auto& [key, stmt] : idle_) sqlite3_finalize(stmt);
+  sqlite3_close_v2(db_);
+}
+
+void FileEngine::RaiseError(int rc, std::string_view sql) const {
+  std::int32_t number = TakeModuleErrorNumber();
+  if (number == 0) number = ado::kErrStatementRefused;
+  std::string msg = sqlite3_errmsg(db_);
+  if (msg.empty() || msg == "not an error") msg = sqlite3_errstr(rc);
+  throw VbError(number, msg, source_);
+}
+
+void FileEngine::EnsureTable(const std::string& name) {
+  auto source = resolver_(name);
+  if (!source) {
+    throw VbError(ado::kErrUnknownTable, "Die Tabelle '" + name + "' wurde nicht gefunden",
+                  source_);
+  }
+  std::string sql = "CREATE VIRTUAL TABLE IF NOT EXISTS main." + QuoteSqlIdentifier(name) +
+                    " USING " + source->module + "(";
+  for (std::size_t i = 0; i < source->args.size(); ++i) {
+    if (i > 0) sql += ", ";
+    sql += SqlText(source->args[i]);
+  }
+  sql += ")";
+  TakeModuleErrorNumber();
+  char* err = nullptr;
+  int rc = sqlite3_exec(db_, sql.c_str(), nullptr, nullptr, &err);
+  if (rc != SQLITE_OK) {
+    std::string msg = err ? err : sqlite3_errstr(rc);
+    sqlite3_free(err);
+    std::int32_t number = TakeModuleErrorNumber();
+    throw VbError(number ? number : ado::kErrGeneral, msg, source_);
+  }
+}
+
+void FileEngine::ForgetTable(const std::string& name) {
+  // Idle statements may name the table; they would only be prepared again.
+  for (auto& [key, stmt] : idle_) sqlite3_finalize(stmt);
+  idle_.clear();
+  std::string sql = "DROP TABLE IF EXISTS main." + QuoteSqlIdentifier(name);
+  // A table that an open cursor still reads cannot go; it stays as it is.
+  sqlite3_exec(db_, sql.c_str(), nullptr, nullptr, nullptr);
+}
+
+void FileEngine::DropStaleTables() {
+  for (const auto& name : StaleCsvTables(db_)) ForgetTable(name);
+}
+
+sqlite3_stmt* FileEngine::PrepareRaw(const std::string& sql) {
+  for (int attempt = 0; attempt < 32; ++attempt) {
+    sqlite3_stmt* stmt = nullptr;
+    const char* tail = nullptr;
+    TakeModuleErrorNumber();
+    int rc = sqlite3_prepare_v2(db_, sql.c_str(), static_cast<int>(sql.size()), &stmt, &tail);
+    if (rc == SQLITE_OK) {
+      if (stmt == nullptr) {
+        throw VbError(ado::kErrStatementRefused, "Die Anweisung ist leer", source_);
+      }
+      return stmt;
+    }
+    std::string missing = MissingTable(db_);
+    if (missing.empty()) RaiseError(rc, sql);
+    EnsureTable(missing);
+  }
+  throw VbError(ado::kErrStatementRefused, "Zu viele Tabellen in der Anweisung", source_);
+}
+
+std::unique_ptr<Statement> FileEngine::Prepare(std::string_view sql) {
+  DropStaleTables();
+  std::string key(sql);
+  auto it = idle_.find(key);
+  if (it != idle_.end()) {
+    sqlite3_stmt* stmt = it->second;
+    idle_.erase(it);
+    return std::make_unique<Statement>(this, std::move(key), stmt);
+  }
+  sqlite3_stmt* stmt = PrepareRaw(RewriteFileSql(sql));
+  return std::make_unique<Statement>(this, std::move(key), stmt);
+}
+
+std::int64_t FileEngine::Execute(std::string_view sql) {
+  auto stmt = Prepare(sql);
+  while (stmt->Step()) {
+  }
+  return sqlite3_changes64(db_);
+}
+
+void FileEngine::Release(const std::string& key, sqlite3_stmt* stmt) {
+  sqlite3_reset(stmt);
+  sqlite3_clear_bindings(stmt);
+  if (idle_.size() >= kMaxIdleStatements) {
+    sqlite3_finalize(stmt);
+    return;
+  }
+  idle_.emplace(key, stmt);
+}
+
+}  // namespace ketrova::file_engine

@@ -1,0 +1,49 @@
+// The layout of one delimited text file as a table: where its columns come
+// from, their types, the dialect, and where the data starts.
+//
+// The delimiter is ";" unless schema.ini in the file's folder says otherwise.
+// The first line holds the column names unless schema.ini says
+// ColNameHeader=False; then the columns are F1, F2, ... A ColN entry of
+// schema.ini names and types column N; columns without one take their name
+// from the header and their type from the first rows (MaxScanRows, 25 by
+// default). A header field that is empty becomes F<n>; a name seen before
+// gets "_<n>" behind it, so that every column can be addressed.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "platform/ado/file_engine/column_types.h"
+#include "platform/ado/file_engine/csv_reader.h"
+
+namespace ketrova::file_engine {
+
+struct TextTableLayout {
+  std::filesystem::path file;
+  CsvDialect dialect;
+  std::vector<std::string> names;
+  std::vector<ColumnType> types;
+  std::vector<int> widths;          // from schema.ini; 0 when not given
+  std::int64_t data_offset = 0;     // byte offset of the first data record
+  std::int64_t data_line = 1;       // its line number
+  std::string line_break = "\r\n";  // the break the file uses
+  std::size_t sampled_rows = 0;     // rows the types were inferred from
+  std::size_t scan_rows = 25;       // rows the inference would look at
+};
+
+// Reads schema.ini, the header and the sample. An empty file, or one without a
+// header where a header is expected, raises VbError naming the file.
+TextTableLayout ReadTextTableLayout(const std::filesystem::path& file);
+
+// The text of one record in the file's dialect, with its line break. `values`
+// holds the fields' texts, nullopt for NULL; a text that would not read back
+// as text in a text column is quoted.
+struct FieldValue {
+  std::optional<std::string> text;  // nullopt is NULL
+  bool is_text = false;             // the value was text, not a number or date
+};
+std::string FormatTextRecord(const TextTableLayout& layout, const std::vector<FieldValue>& values);
+
+}  // namespace ketrova::file_engine
