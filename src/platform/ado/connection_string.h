@@ -23,8 +23,8 @@ enum class ProviderKind {
   kAccess,  // Access file, read only
 };
 
-// One "key=value" pair as written; the key keeps its spelling, values are
-// unquoted ({...} and "..." stay as they are, since drivers want the braces).
+// One "key=value" pair as written; the key keeps its spelling. A value in
+// double quotes loses them; a value in braces keeps them (drivers want them).
 struct ConnectionPair {
   std::string key;
   std::string value;

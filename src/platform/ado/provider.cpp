@@ -1,0 +1,96 @@
+#include "platform/ado/provider.h"
+
+#include <map>
+#include <mutex>
+
+#include "platform/ado/providers/odbc/odbc_provider.h"
+#include "support/vb_error.h"
+
+namespace ketrova::ado {
+namespace {
+
+struct Registry {
+  std::mutex mutex;
+  std::map<ProviderKind, ProviderFactory> factories;
+};
+
+Registry& TheRegistry() {
+  static Registry registry;
+  return registry;
+}
+
+const char* KindName(ProviderKind kind) {
+  switch (kind) {
+    case ProviderKind::kOdbc:
+      return "ODBC";
+    case ProviderKind::kText:
+      return "Text";
+    case ProviderKind::kExcel:
+      return "Excel";
+    case ProviderKind::kXbase:
+      return "Paradox/dBase";
+    case ProviderKind::kAccess:
+      return "Access";
+  }
+  return "?";
+}
+
+}  // namespace
+
+std::string RewriteBrackets(std::string_view sql, std::string_view openQuote,
+                            std::string_view closeQuote) {
+  std::string out;
+  out.reserve(sql.size());
+  bool inString = false;
+  for (std::size_t i = 0; i < sql.size(); ++i) {
+    char c = sql[i];
+    if (inString) {
+      out.push_back(c);
+      if (c == '\'') inString = false;  // '' re-enters at the next quote
+      continue;
+    }
+    if (c == '\'') {
+      inString = true;
+      out.push_back(c);
+    } else if (c == '[') {
+      std::size_t close = sql.find(']', i + 1);
+      if (close == std::string_view::npos) {
+        out.append(sql.substr(i));
+        break;
+      }
+      out.append(openQuote);
+      out.append(sql.substr(i + 1, close - i - 1));
+      out.append(closeQuote);
+      i = close;
+    } else {
+      out.push_back(c);
+    }
+  }
+  return out;
+}
+
+void RegisterProvider(ProviderKind kind, ProviderFactory factory) {
+  auto& r = TheRegistry();
+  std::lock_guard lock(r.mutex);
+  r.factories[kind] = std::move(factory);
+}
+
+std::unique_ptr<Provider> OpenProvider(std::string_view connectionString, std::string_view user,
+                                       std::string_view password) {
+  ConnectionSpec spec = ParseConnection(connectionString, user, password);
+  ProviderFactory factory;
+  {
+    auto& r = TheRegistry();
+    std::lock_guard lock(r.mutex);
+    auto it = r.factories.find(spec.kind);
+    if (it != r.factories.end()) factory = it->second;
+  }
+  if (factory) return factory(spec);
+  if (spec.kind == ProviderKind::kOdbc) return std::make_unique<OdbcProvider>(spec);
+  throw VbError(kErrGeneral,
+                std::string("Kein Provider für diese Verbindung verfügbar (") +
+                    KindName(spec.kind) + "): " + spec.original,
+                "Ketrova.ADO");
+}
+
+}  // namespace ketrova::ado

@@ -1,0 +1,889 @@
+#include "platform/ado/providers/odbc/odbc_provider.h"
+
+#include <sqlext.h>
+#include <sqlucode.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include "platform/ado/providers/odbc/odbc_diagnostics.h"
+#include "platform/ado/value_text.h"
+#include "support/collection.h"
+
+namespace ketrova::ado {
+
+// A prepared statement and what describing its result told.
+struct OdbcStatement {
+  std::string sql;
+  SQLHSTMT stmt = SQL_NULL_HSTMT;
+  bool described = false;
+  std::vector<ColumnInfo> columns;
+  std::int64_t maxRows = 0;
+  int timeout = -1;
+  ~OdbcStatement() {
+    if (stmt) SQLFreeHandle(SQL_HANDLE_STMT, stmt);
+  }
+};
+
+namespace {
+
+constexpr std::size_t kIdleStatements = 64;
+
+SQLHENV Env() {
+  static SQLHENV env = [] {
+    SQLHENV e = SQL_NULL_HENV;
+    SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &e);
+    SQLSetEnvAttr(e, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
+    return e;
+  }();
+  return env;
+}
+
+SQLWCHAR* W(std::u16string& s) {
+  return reinterpret_cast<SQLWCHAR*>(s.data());
+}
+
+std::string FromW(const SQLWCHAR* s, std::size_t n) {
+  return Utf16ToUtf8(std::u16string_view(reinterpret_cast<const char16_t*>(s), n));
+}
+
+std::string Upper(std::string s) {
+  for (auto& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  return s;
+}
+
+void Check(SQLRETURN rc, SQLSMALLINT type, SQLHANDLE h, OdbcPhase phase) {
+  if (!SQL_SUCCEEDED(rc) && rc != SQL_NO_DATA) ThrowOdbcError(type, h, phase);
+}
+
+// ADO's type for an ODBC SQL type, as the ODBC provider of ADO chose it.
+DataTypeEnum AdoType(SQLSMALLINT sqlType, bool isUnsigned) {
+  switch (sqlType) {
+    case SQL_CHAR:
+      return adChar;
+    case SQL_VARCHAR:
+      return adVarChar;
+    case SQL_LONGVARCHAR:
+      return adLongVarChar;
+    case SQL_WCHAR:
+      return adWChar;
+    case SQL_WVARCHAR:
+      return adVarWChar;
+    case SQL_WLONGVARCHAR:
+      return adLongVarWChar;
+    case SQL_DECIMAL:
+    case SQL_NUMERIC:
+      return adNumeric;
+    case SQL_SMALLINT:
+      return isUnsigned ? adUnsignedSmallInt : adSmallInt;
+    case SQL_INTEGER:
+      return isUnsigned ? adUnsignedInt : adInteger;
+    case SQL_TINYINT:
+      return isUnsigned ? adUnsignedTinyInt : adTinyInt;
+    case SQL_BIGINT:
+      return isUnsigned ? adUnsignedBigInt : adBigInt;
+    case SQL_REAL:
+      return adSingle;
+    case SQL_FLOAT:
+    case SQL_DOUBLE:
+      return adDouble;
+    case SQL_BIT:
+      return adBoolean;
+    case SQL_TYPE_DATE:
+    case SQL_DATE:
+      return adDBDate;
+    case SQL_TYPE_TIME:
+    case SQL_TIME:
+      return adDBTime;
+    case SQL_TYPE_TIMESTAMP:
+    case SQL_TIMESTAMP:
+      return adDBTimeStamp;
+    case SQL_BINARY:
+      return adBinary;
+    case SQL_VARBINARY:
+      return adVarBinary;
+    case SQL_LONGVARBINARY:
+      return adLongVarBinary;
+    case SQL_GUID:
+      return adGUID;
+    default:
+      return adVarChar;
+  }
+}
+
+// DefinedSize, Precision and NumericScale as ADO reports them: bytes for fixed
+// types, characters for text, 255 where a value has no meaning.
+void SetSizes(ColumnInfo& c, SQLULEN columnSize, SQLSMALLINT digits) {
+  auto size = static_cast<std::int64_t>(columnSize);
+  c.numericScale = 255;
+  switch (c.type) {
+    case adSmallInt:
+    case adUnsignedSmallInt:
+      c.definedSize = 2;
+      c.precision = 5;
+      break;
+    case adInteger:
+    case adUnsignedInt:
+      c.definedSize = 4;
+      c.precision = 10;
+      break;
+    case adTinyInt:
+    case adUnsignedTinyInt:
+      c.definedSize = 1;
+      c.precision = 3;
+      break;
+    case adBigInt:
+    case adUnsignedBigInt:
+      c.definedSize = 8;
+      c.precision = 19;
+      break;
+    case adSingle:
+      c.definedSize = 4;
+      c.precision = 7;
+      break;
+    case adDouble:
+      c.definedSize = 8;
+      c.precision = 15;
+      break;
+    case adBoolean:
+      c.definedSize = 2;
+      c.precision = 255;
+      break;
+    case adDBDate:
+      c.definedSize = 6;
+      c.precision = 10;
+      c.numericScale = 0;
+      break;
+    case adDBTime:
+      c.definedSize = 6;
+      c.precision = 8;
+      c.numericScale = 0;
+      break;
+    case adDBTimeStamp:
+      c.definedSize = 16;
+      c.precision = 19;
+      c.numericScale = static_cast<std::uint8_t>(std::clamp<int>(digits, 0, 9));
+      break;
+    case adNumeric:
+      c.definedSize = 19;
+      c.precision = static_cast<std::uint8_t>(std::clamp<std::int64_t>(size, 0, 255));
+      c.numericScale = static_cast<std::uint8_t>(std::clamp<int>(digits, 0, 255));
+      break;
+    case adGUID:
+      c.definedSize = 16;
+      c.precision = 255;
+      break;
+    default:
+      c.definedSize = size > std::numeric_limits<std::int32_t>::max() || size <= 0 ? -1 : size;
+      c.precision = 255;
+      break;
+  }
+}
+
+ColumnInfo Describe(SQLHSTMT stmt, SQLUSMALLINT col) {
+  SQLWCHAR name[512];
+  SQLSMALLINT nameLen = 0, sqlType = 0, digits = 0, nullable = SQL_NULLABLE_UNKNOWN;
+  SQLULEN size = 0;
+  Check(SQLDescribeColW(stmt, col, name, 512, &nameLen, &sqlType, &size, &digits, &nullable),
+        SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement);
+  ColumnInfo c;
+  c.name = FromW(name, static_cast<std::size_t>(std::min<SQLSMALLINT>(nameLen, 511)));
+  c.sqlType = sqlType;
+  SQLLEN isUnsigned = SQL_FALSE, autoUnique = SQL_FALSE;
+  SQLColAttributeW(stmt, col, SQL_DESC_UNSIGNED, nullptr, 0, nullptr, &isUnsigned);
+  SQLColAttributeW(stmt, col, SQL_DESC_AUTO_UNIQUE_VALUE, nullptr, 0, nullptr, &autoUnique);
+  SQLWCHAR text[512];
+  SQLSMALLINT len = 0;
+  if (SQL_SUCCEEDED(
+          SQLColAttributeW(stmt, col, SQL_DESC_TYPE_NAME, text, sizeof text, &len, nullptr)))
+    c.typeName = FromW(text, std::min<std::size_t>(len / sizeof(SQLWCHAR), 511));
+  if (SQL_SUCCEEDED(
+          SQLColAttributeW(stmt, col, SQL_DESC_BASE_TABLE_NAME, text, sizeof text, &len, nullptr)))
+    c.baseTable = FromW(text, std::min<std::size_t>(len / sizeof(SQLWCHAR), 511));
+  if (SQL_SUCCEEDED(
+          SQLColAttributeW(stmt, col, SQL_DESC_BASE_COLUMN_NAME, text, sizeof text, &len, nullptr)))
+    c.baseColumn = FromW(text, std::min<std::size_t>(len / sizeof(SQLWCHAR), 511));
+  c.type = AdoType(sqlType, isUnsigned == SQL_TRUE);
+  // Drivers that report text of unknown length as a long type still mean text.
+  SetSizes(c, size, digits);
+  c.nullable = nullable != SQL_NO_NULLS;
+  c.autoIncrement = autoUnique == SQL_TRUE;
+  return c;
+}
+
+// Reads the whole of a long column with repeated SQLGetData calls.
+template <typename Char>
+bool GetChunks(SQLHSTMT stmt, SQLUSMALLINT col, SQLSMALLINT cType, std::basic_string<Char>& out) {
+  out.clear();
+  Char buf[2048];
+  for (;;) {
+    SQLLEN ind = 0;
+    SQLRETURN rc = SQLGetData(stmt, col, cType, buf, sizeof buf, &ind);
+    if (rc == SQL_NO_DATA) break;
+    if (!SQL_SUCCEEDED(rc)) ThrowOdbcError(SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement);
+    if (ind == SQL_NULL_DATA) return false;
+    std::size_t terminator = (cType == SQL_C_BINARY) ? 0 : 1;
+    std::size_t capacity = sizeof buf / sizeof(Char) - terminator;
+    std::size_t got =
+        (ind == SQL_NO_TOTAL || static_cast<std::size_t>(ind) / sizeof(Char) > capacity)
+            ? capacity
+            : static_cast<std::size_t>(ind) / sizeof(Char);
+    out.append(buf, got);
+    if (rc == SQL_SUCCESS) break;
+  }
+  return true;
+}
+
+Variant IntegerValue(std::int64_t v, DataTypeEnum type) {
+  if (type == adSmallInt && v >= -32768 && v <= 32767)
+    return Variant::Integer(static_cast<std::int16_t>(v));
+  if (type == adUnsignedTinyInt && v >= 0 && v <= 255)
+    return Variant::Byte(static_cast<std::uint8_t>(v));
+  if (type == adTinyInt && v >= -128 && v <= 127)
+    return Variant::Integer(static_cast<std::int16_t>(v));
+  if (v >= std::numeric_limits<std::int32_t>::min() &&
+      v <= std::numeric_limits<std::int32_t>::max())
+    return Variant::Long(static_cast<std::int32_t>(v));
+  return Variant(static_cast<double>(v));
+}
+
+Variant GetValue(SQLHSTMT stmt, SQLUSMALLINT col, const ColumnInfo& c) {
+  SQLLEN ind = 0;
+  auto get = [&](SQLSMALLINT cType, void* buf, SQLLEN size) {
+    SQLRETURN rc = SQLGetData(stmt, col, cType, buf, size, &ind);
+    if (!SQL_SUCCEEDED(rc)) ThrowOdbcError(SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement);
+    return ind != SQL_NULL_DATA;
+  };
+  switch (c.type) {
+    case adSmallInt:
+    case adInteger:
+    case adTinyInt:
+    case adUnsignedTinyInt:
+    case adUnsignedSmallInt:
+    case adUnsignedInt:
+    case adBigInt:
+    case adUnsignedBigInt: {
+      SQLBIGINT v = 0;
+      if (!get(SQL_C_SBIGINT, &v, sizeof v)) return Variant::Null();
+      return IntegerValue(v, c.type);
+    }
+    case adSingle: {
+      float v = 0;
+      if (!get(SQL_C_FLOAT, &v, sizeof v)) return Variant::Null();
+      return Variant::Single(v);
+    }
+    case adDouble: {
+      double v = 0;
+      if (!get(SQL_C_DOUBLE, &v, sizeof v)) return Variant::Null();
+      return Variant(v);
+    }
+    case adBoolean: {
+      // Some drivers answer a bit column with text ("t"); read it as text.
+      char v[16] = {};
+      if (!get(SQL_C_CHAR, v, sizeof v)) return Variant::Null();
+      char f = static_cast<char>(std::tolower(static_cast<unsigned char>(v[0])));
+      return Variant(!(f == '0' || f == 'f' || f == 'n' || f == 0));
+    }
+    case adNumeric:
+    case adDecimal:
+    case adVarNumeric:
+    case adCurrency: {
+      char v[128] = {};
+      if (!get(SQL_C_CHAR, v, sizeof v)) return Variant::Null();
+      Variant d = DecimalFromText(v);
+      if (d.IsEmpty()) return Variant(std::strtod(v, nullptr));
+      return d;
+    }
+    case adDBDate: {
+      SQL_DATE_STRUCT v{};
+      if (!get(SQL_C_TYPE_DATE, &v, sizeof v)) return Variant::Null();
+      DateParts p{v.year, v.month, v.day};
+      return Variant::FromDate(OleDateFromParts(p));
+    }
+    case adDBTime: {
+      SQL_TIME_STRUCT v{};
+      if (!get(SQL_C_TYPE_TIME, &v, sizeof v)) return Variant::Null();
+      DateParts p;
+      p.hour = v.hour;
+      p.minute = v.minute;
+      p.second = v.second;
+      return Variant::FromDate(OleDateFromParts(p));
+    }
+    case adDate:
+    case adDBTimeStamp: {
+      SQL_TIMESTAMP_STRUCT v{};
+      if (!get(SQL_C_TYPE_TIMESTAMP, &v, sizeof v)) return Variant::Null();
+      DateParts p{v.year, v.month, v.day, v.hour, v.minute, v.second, v.fraction};
+      return Variant::FromDate(OleDateFromParts(p));
+    }
+    case adBinary:
+    case adVarBinary:
+    case adLongVarBinary: {
+      std::basic_string<unsigned char> bytes;
+      if (!GetChunks(stmt, col, SQL_C_BINARY, bytes)) return Variant::Null();
+      auto array = std::make_shared<SafeArray>();
+      array->elementType = vbByte;
+      array->bounds.push_back({0, static_cast<std::int32_t>(bytes.size())});
+      array->data.reserve(bytes.size());
+      for (unsigned char b : bytes) array->data.push_back(Variant::Byte(b));
+      return Variant(array);
+    }
+    default: {
+      std::u16string text;
+      if (!GetChunks(stmt, col, SQL_C_WCHAR, text)) return Variant::Null();
+      return Variant(Utf16ToUtf8(text));
+    }
+  }
+}
+
+// Buffers of bound parameters; they live until the statement has executed.
+struct ParamBuffer {
+  std::u16string text;
+  std::string narrow;
+  SQLBIGINT integer = 0;
+  double real = 0;
+  unsigned char bit = 0;
+  SQL_TIMESTAMP_STRUCT timestamp{};
+  std::vector<unsigned char> bytes;
+  SQLLEN ind = 0;
+};
+
+void BindParam(SQLHSTMT stmt, SQLUSMALLINT n, const Variant& v, ParamBuffer& b) {
+  SQLRETURN rc;
+  switch (v.Type()) {
+    case vbEmpty:
+    case vbNull:
+      b.ind = SQL_NULL_DATA;
+      rc = SQLBindParameter(stmt, n, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_VARCHAR, 1, 0, nullptr, 0,
+                            &b.ind);
+      break;
+    case vbBoolean:
+      b.bit = v.AsBool() ? 1 : 0;
+      b.ind = 0;
+      rc = SQLBindParameter(stmt, n, SQL_PARAM_INPUT, SQL_C_BIT, SQL_BIT, 1, 0, &b.bit, 0, &b.ind);
+      break;
+    case vbInteger:
+    case vbLong:
+    case vbByte:
+      b.integer = v.Type() == vbInteger ? v.AsInteger()
+                  : v.Type() == vbLong  ? v.AsLong()
+                                        : v.AsByte();
+      b.ind = 0;
+      rc = SQLBindParameter(stmt, n, SQL_PARAM_INPUT, SQL_C_SBIGINT, SQL_BIGINT, 19, 0, &b.integer,
+                            0, &b.ind);
+      break;
+    case vbSingle:
+    case vbDouble:
+      b.real = v.Type() == vbSingle ? v.AsSingle() : v.AsDouble();
+      b.ind = 0;
+      rc = SQLBindParameter(stmt, n, SQL_PARAM_INPUT, SQL_C_DOUBLE, SQL_DOUBLE, 15, 0, &b.real, 0,
+                            &b.ind);
+      break;
+    case vbCurrency:
+    case vbDecimal: {
+      b.narrow =
+          v.Type() == vbCurrency ? CurrencyToText(v.AsCurrency()) : DecimalToText(v.AsDecimal());
+      b.ind = static_cast<SQLLEN>(b.narrow.size());
+      auto dot = b.narrow.find('.');
+      SQLSMALLINT scale =
+          dot == std::string::npos ? 0 : static_cast<SQLSMALLINT>(b.narrow.size() - dot - 1);
+      rc = SQLBindParameter(stmt, n, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_NUMERIC,
+                            std::max<SQLULEN>(b.narrow.size(), 1), scale, b.narrow.data(),
+                            static_cast<SQLLEN>(b.narrow.size()), &b.ind);
+      break;
+    }
+    case vbDate: {
+      DateParts p = PartsFromOleDate(v.AsDate().value);
+      b.timestamp = {static_cast<SQLSMALLINT>(p.year),
+                     static_cast<SQLUSMALLINT>(p.month),
+                     static_cast<SQLUSMALLINT>(p.day),
+                     static_cast<SQLUSMALLINT>(p.hour),
+                     static_cast<SQLUSMALLINT>(p.minute),
+                     static_cast<SQLUSMALLINT>(p.second),
+                     0};
+      b.ind = sizeof b.timestamp;
+      rc = SQLBindParameter(stmt, n, SQL_PARAM_INPUT, SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, 19,
+                            0, &b.timestamp, sizeof b.timestamp, &b.ind);
+      break;
+    }
+    default:
+      if (v.IsArray()) {
+        for (const auto& e : v.AsArray()->data) b.bytes.push_back(e.ToByte());
+        b.ind = static_cast<SQLLEN>(b.bytes.size());
+        rc = SQLBindParameter(stmt, n, SQL_PARAM_INPUT, SQL_C_BINARY, SQL_LONGVARBINARY,
+                              std::max<SQLULEN>(b.bytes.size(), 1), 0, b.bytes.data(),
+                              static_cast<SQLLEN>(b.bytes.size()), &b.ind);
+        break;
+      }
+      b.text = Utf8ToUtf16(v.ToText());
+      b.ind = static_cast<SQLLEN>(b.text.size() * sizeof(char16_t));
+      rc = SQLBindParameter(stmt, n, SQL_PARAM_INPUT, SQL_C_WCHAR, SQL_WVARCHAR,
+                            std::max<SQLULEN>(b.text.size(), 1), 0, b.text.data(),
+                            static_cast<SQLLEN>(b.text.size() * sizeof(char16_t)), &b.ind);
+      break;
+  }
+  Check(rc, SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement);
+}
+
+class OdbcCursor : public Cursor {
+ public:
+  OdbcCursor(OdbcProvider& provider, std::unique_ptr<OdbcStatement> statement)
+      : provider_(provider), statement_(std::move(statement)) {}
+  ~OdbcCursor() override {
+    SQLFreeStmt(statement_->stmt, SQL_CLOSE);
+    provider_.Release(std::move(statement_));
+  }
+  const std::vector<ColumnInfo>& Columns() const override { return statement_->columns; }
+  std::size_t Fetch(std::vector<Row>& rows, std::size_t count) override {
+    std::size_t got = 0;
+    SQLHSTMT stmt = statement_->stmt;
+    const auto& cols = statement_->columns;
+    while (!atEnd_ && got < count) {
+      SQLRETURN rc = SQLFetch(stmt);
+      if (rc == SQL_NO_DATA) {
+        atEnd_ = true;
+        break;
+      }
+      if (!SQL_SUCCEEDED(rc)) ThrowOdbcError(SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement);
+      Row row;
+      row.reserve(cols.size());
+      for (std::size_t i = 0; i < cols.size(); ++i)
+        row.push_back(GetValue(stmt, static_cast<SQLUSMALLINT>(i + 1), cols[i]));
+      rows.push_back(std::move(row));
+      ++got;
+    }
+    return got;
+  }
+
+ private:
+  OdbcProvider& provider_;
+  std::unique_ptr<OdbcStatement> statement_;
+  bool atEnd_ = false;
+};
+
+bool IsDdl(const std::string& sql) {
+  std::size_t i = sql.find_first_not_of(" \t\r\n");
+  if (i == std::string::npos) return false;
+  std::string head = Upper(sql.substr(i, 6));
+  return head.rfind("CREATE", 0) == 0 || head.rfind("ALTER", 0) == 0 || head.rfind("DROP", 0) == 0;
+}
+
+std::string Quoted(const std::string& name, const std::string& quote) {
+  std::string close = quote == "[" ? "]" : quote;
+  return quote + name + close;
+}
+
+}  // namespace
+
+OdbcProvider::OdbcProvider(const ConnectionSpec& spec) {
+  SQLHENV env = Env();
+  if (!env) throw VbError(kErrGeneral, "ODBC-Umgebung nicht verfügbar", "Ketrova.ODBC");
+  Check(SQLAllocHandle(SQL_HANDLE_DBC, env, &dbc_), SQL_HANDLE_ENV, env, OdbcPhase::kConnect);
+  SQLSetConnectAttr(dbc_, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(15), 0);
+  std::u16string in = Utf8ToUtf16(spec.odbcString);
+  SQLWCHAR out[2048];
+  SQLSMALLINT outLen = 0;
+  SQLRETURN rc = SQLDriverConnectW(dbc_, nullptr, W(in), static_cast<SQLSMALLINT>(in.size()), out,
+                                   2048, &outLen, SQL_DRIVER_NOPROMPT);
+  if (!SQL_SUCCEEDED(rc)) {
+    auto records = ReadDiagnostics(SQL_HANDLE_DBC, dbc_);
+    SQLFreeHandle(SQL_HANDLE_DBC, dbc_);
+    dbc_ = SQL_NULL_HDBC;
+    std::string text = OdbcErrorText(records);
+    if (text.empty()) text = "Verbindung fehlgeschlagen: " + spec.odbcString;
+    throw VbError(OdbcErrorNumber(records, OdbcPhase::kConnect), text, "Ketrova.ODBC");
+  }
+  SQLWCHAR info[256];
+  SQLSMALLINT len = 0;
+  if (SQL_SUCCEEDED(SQLGetInfoW(dbc_, SQL_DBMS_NAME, info, sizeof info, &len)))
+    dbms_ = FromW(info, std::min<std::size_t>(len / sizeof(SQLWCHAR), 255));
+  if (SQL_SUCCEEDED(SQLGetInfoW(dbc_, SQL_IDENTIFIER_QUOTE_CHAR, info, sizeof info, &len)))
+    quote_ = FromW(info, std::min<std::size_t>(len / sizeof(SQLWCHAR), 255));
+  if (quote_ == " " || quote_.empty()) quote_ = "\"";
+  std::string upper = Upper(dbms_);
+  if (upper.find("SQLITE") != std::string::npos) {
+    dialect_ = "sqlite";
+    quote_ = "\"";
+    // Each record commits on its own; WAL with synchronous NORMAL makes that cheap.
+    ExecDirect("PRAGMA journal_mode=WAL");
+    ExecDirect("PRAGMA synchronous=NORMAL");
+  } else if (upper.find("POSTGRES") != std::string::npos) {
+    dialect_ = "postgresql";
+    quote_ = "\"";
+  } else if (upper.find("MYSQL") != std::string::npos ||
+             upper.find("MARIADB") != std::string::npos) {
+    dialect_ = "mysql";
+    quote_ = "`";
+  } else if (upper.find("SQL SERVER") != std::string::npos) {
+    dialect_ = "mssql";
+    quote_ = "[";
+  }
+}
+
+OdbcProvider::~OdbcProvider() {
+  idle_.clear();
+  if (dbc_) {
+    if (inTransaction_) SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_ROLLBACK);
+    SQLDisconnect(dbc_);
+    SQLFreeHandle(SQL_HANDLE_DBC, dbc_);
+  }
+}
+
+std::string OdbcProvider::Rewrite(const std::string& sql) const {
+  if (dialect_ == "postgresql" || dialect_ == "mysql") return RewriteBrackets(sql, quote_, quote_);
+  return sql;
+}
+
+void OdbcProvider::ExecDirect(const std::string& sql) {
+  SQLHSTMT stmt = SQL_NULL_HSTMT;
+  Check(SQLAllocHandle(SQL_HANDLE_STMT, dbc_, &stmt), SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther);
+  std::u16string w = Utf8ToUtf16(sql);
+  SQLRETURN rc = SQLExecDirectW(stmt, W(w), static_cast<SQLINTEGER>(w.size()));
+  if (!SQL_SUCCEEDED(rc) && rc != SQL_NO_DATA) {
+    auto records = ReadDiagnostics(SQL_HANDLE_STMT, stmt);
+    SQLFreeHandle(SQL_HANDLE_STMT, stmt);
+    throw VbError(OdbcErrorNumber(records, OdbcPhase::kStatement), OdbcErrorText(records),
+                  "Ketrova.ODBC");
+  }
+  SQLFreeHandle(SQL_HANDLE_STMT, stmt);
+}
+
+std::unique_ptr<OdbcStatement> OdbcProvider::Acquire(const std::string& sql) {
+  for (auto it = idle_.begin(); it != idle_.end(); ++it) {
+    if ((*it)->sql == sql) {
+      auto s = std::move(*it);
+      idle_.erase(it);
+      return s;
+    }
+  }
+  auto s = std::make_unique<OdbcStatement>();
+  s->sql = sql;
+  Check(SQLAllocHandle(SQL_HANDLE_STMT, dbc_, &s->stmt), SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther);
+  std::u16string w = Utf8ToUtf16(Rewrite(sql));
+  Check(SQLPrepareW(s->stmt, W(w), static_cast<SQLINTEGER>(w.size())), SQL_HANDLE_STMT, s->stmt,
+        OdbcPhase::kStatement);
+  return s;
+}
+
+void OdbcProvider::Release(std::unique_ptr<OdbcStatement> statement) {
+  if (!statement) return;
+  SQLFreeStmt(statement->stmt, SQL_RESET_PARAMS);
+  idle_.push_front(std::move(statement));
+  if (idle_.size() > kIdleStatements) idle_.pop_back();
+}
+
+ExecuteResult OdbcProvider::Execute(const std::string& sql, std::span<const Variant> params,
+                                    std::int64_t maxRows) {
+  if (IsDdl(sql)) {
+    // The shape of tables may change: prepared statements would describe the old one.
+    idle_.clear();
+    ExecDirect(Rewrite(sql));
+    return {};
+  }
+  auto s = Acquire(sql);
+  SQLHSTMT stmt = s->stmt;
+  if (s->maxRows != maxRows) {
+    SQLSetStmtAttr(
+        stmt, SQL_ATTR_MAX_ROWS,
+        reinterpret_cast<SQLPOINTER>(static_cast<SQLULEN>(std::max<std::int64_t>(maxRows, 0))), 0);
+    s->maxRows = maxRows;
+  }
+  if (s->timeout != timeout_) {
+    SQLSetStmtAttr(stmt, SQL_ATTR_QUERY_TIMEOUT,
+                   reinterpret_cast<SQLPOINTER>(static_cast<SQLULEN>(std::max(timeout_, 0))), 0);
+    s->timeout = timeout_;
+  }
+  std::vector<ParamBuffer> buffers(params.size());
+  for (std::size_t i = 0; i < params.size(); ++i)
+    BindParam(stmt, static_cast<SQLUSMALLINT>(i + 1), params[i], buffers[i]);
+  SQLRETURN rc = SQLExecute(stmt);
+  if (!SQL_SUCCEEDED(rc) && rc != SQL_NO_DATA) {
+    auto records = ReadDiagnostics(SQL_HANDLE_STMT, stmt);
+    SQLFreeStmt(stmt, SQL_CLOSE);
+    // A statement that failed may be in a state the driver cannot reuse.
+    s.reset();
+    throw VbError(OdbcErrorNumber(records, OdbcPhase::kStatement), OdbcErrorText(records),
+                  "Ketrova.ODBC");
+  }
+  SQLSMALLINT columns = 0;
+  SQLNumResultCols(stmt, &columns);
+  ExecuteResult result;
+  if (columns > 0) {
+    if (!s->described || s->columns.size() != static_cast<std::size_t>(columns)) {
+      s->columns.clear();
+      for (SQLSMALLINT c = 1; c <= columns; ++c)
+        s->columns.push_back(Describe(stmt, static_cast<SQLUSMALLINT>(c)));
+      s->described = true;
+    }
+    result.cursor = std::make_unique<OdbcCursor>(*this, std::move(s));
+  } else {
+    SQLLEN count = -1;
+    SQLRowCount(stmt, &count);
+    result.rowsAffected = count;
+    SQLFreeStmt(stmt, SQL_CLOSE);
+    Release(std::move(s));
+  }
+  return result;
+}
+
+void OdbcProvider::BeginTrans() {
+  Check(SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT,
+                          reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_OFF), 0),
+        SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther);
+  inTransaction_ = true;
+}
+
+void OdbcProvider::CommitTrans() {
+  if (!inTransaction_) throw VbError(kErrGeneral, "Keine Transaktion aktiv.", "Ketrova.ODBC");
+  SQLRETURN rc = SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_COMMIT);
+  SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);
+  inTransaction_ = false;
+  Check(rc, SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther);
+}
+
+void OdbcProvider::RollbackTrans() {
+  if (!inTransaction_) throw VbError(kErrGeneral, "Keine Transaktion aktiv.", "Ketrova.ODBC");
+  SQLRETURN rc = SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_ROLLBACK);
+  SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);
+  inTransaction_ = false;
+  Check(rc, SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther);
+}
+
+SQLHSTMT OdbcProvider::NewCatalogStatement() {
+  SQLHSTMT stmt = SQL_NULL_HSTMT;
+  Check(SQLAllocHandle(SQL_HANDLE_STMT, dbc_, &stmt), SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther);
+  return stmt;
+}
+
+namespace {
+std::string ColumnText(SQLHSTMT stmt, SQLUSMALLINT col) {
+  std::u16string text;
+  if (!GetChunks(stmt, col, SQL_C_WCHAR, text)) return {};
+  return Utf16ToUtf8(text);
+}
+struct StmtGuard {
+  SQLHSTMT stmt;
+  ~StmtGuard() { SQLFreeHandle(SQL_HANDLE_STMT, stmt); }
+};
+}  // namespace
+
+std::vector<TableInfo> OdbcProvider::Tables() {
+  SQLHSTMT stmt = NewCatalogStatement();
+  StmtGuard guard{stmt};
+  std::u16string types = u"TABLE,VIEW,SYSTEM TABLE";
+  SQLRETURN rc;
+  if (dialect_ == "postgresql") {
+    // Only the schemas on the search path, as a user of the database sees them.
+    std::u16string schema = u"public";
+    rc = SQLTablesW(stmt, nullptr, 0, W(schema), SQL_NTS, nullptr, 0, W(types), SQL_NTS);
+  } else {
+    rc = SQLTablesW(stmt, nullptr, 0, nullptr, 0, nullptr, 0, W(types), SQL_NTS);
+  }
+  Check(rc, SQL_HANDLE_STMT, stmt, OdbcPhase::kOther);
+  std::vector<TableInfo> tables;
+  while (SQL_SUCCEEDED(SQLFetch(stmt))) {
+    TableInfo t;
+    t.catalog = ColumnText(stmt, 1);
+    t.schema = ColumnText(stmt, 2);
+    t.name = ColumnText(stmt, 3);
+    t.type = Upper(ColumnText(stmt, 4));
+    if (t.type == "BASE TABLE") t.type = "TABLE";
+    if (t.type == "SYSTEM VIEW") t.type = "SYSTEM VIEW";
+    tables.push_back(std::move(t));
+  }
+  return tables;
+}
+
+std::string OdbcProvider::ActualTableName(const std::string& table) {
+  for (const auto& t : Tables())
+    if (t.name == table) return table;
+  for (const auto& t : Tables())
+    if (KeyEquals(t.name, table)) return t.name;
+  throw VbError(kErrUnknownTable, "Die Tabelle '" + table + "' existiert nicht.", "Ketrova.ODBC");
+}
+
+std::vector<ColumnInfo> OdbcProvider::TableColumns(const std::string& table) {
+  std::string name = ActualTableName(table);
+  std::vector<ColumnInfo> columns;
+  {
+    SQLHSTMT stmt = NewCatalogStatement();
+    StmtGuard guard{stmt};
+    std::u16string w = Utf8ToUtf16("SELECT * FROM " + Quoted(name, quote_) + " WHERE 1=0");
+    Check(SQLExecDirectW(stmt, W(w), static_cast<SQLINTEGER>(w.size())), SQL_HANDLE_STMT, stmt,
+          OdbcPhase::kStatement);
+    SQLSMALLINT n = 0;
+    SQLNumResultCols(stmt, &n);
+    for (SQLSMALLINT c = 1; c <= n; ++c) {
+      ColumnInfo info = Describe(stmt, static_cast<SQLUSMALLINT>(c));
+      if (info.baseTable.empty()) info.baseTable = name;
+      if (info.baseColumn.empty()) info.baseColumn = info.name;
+      columns.push_back(std::move(info));
+    }
+  }
+  {
+    SQLHSTMT stmt = NewCatalogStatement();
+    StmtGuard guard{stmt};
+    std::u16string w = Utf8ToUtf16(name);
+    if (SQL_SUCCEEDED(SQLPrimaryKeysW(stmt, nullptr, 0, nullptr, 0, W(w), SQL_NTS))) {
+      while (SQL_SUCCEEDED(SQLFetch(stmt))) {
+        std::string col = ColumnText(stmt, 4);
+        for (auto& c : columns)
+          if (c.name == col) c.keyColumn = true;
+      }
+    }
+  }
+  return columns;
+}
+
+std::vector<IndexInfo> OdbcProvider::TableIndexes(const std::string& table) {
+  std::string name = ActualTableName(table);
+  std::vector<std::string> pkColumns;
+  std::string pkName;
+  {
+    SQLHSTMT stmt = NewCatalogStatement();
+    StmtGuard guard{stmt};
+    std::u16string w = Utf8ToUtf16(name);
+    if (SQL_SUCCEEDED(SQLPrimaryKeysW(stmt, nullptr, 0, nullptr, 0, W(w), SQL_NTS))) {
+      std::vector<std::pair<int, std::string>> keyed;
+      while (SQL_SUCCEEDED(SQLFetch(stmt))) {
+        SQLSMALLINT seq = 0;
+        SQLLEN ind = 0;
+        SQLGetData(stmt, 5, SQL_C_SSHORT, &seq, 0, &ind);
+        keyed.emplace_back(seq, ColumnText(stmt, 4));
+        pkName = ColumnText(stmt, 6);
+      }
+      std::sort(keyed.begin(), keyed.end());
+      for (auto& k : keyed) pkColumns.push_back(k.second);
+    }
+  }
+  std::vector<IndexInfo> indexes;
+  {
+    SQLHSTMT stmt = NewCatalogStatement();
+    StmtGuard guard{stmt};
+    std::u16string w = Utf8ToUtf16(name);
+    Check(SQLStatisticsW(stmt, nullptr, 0, nullptr, 0, W(w), SQL_NTS, SQL_INDEX_ALL, SQL_QUICK),
+          SQL_HANDLE_STMT, stmt, OdbcPhase::kOther);
+    while (SQL_SUCCEEDED(SQLFetch(stmt))) {
+      SQLSMALLINT type = 0, nonUnique = 0;
+      SQLLEN ind = 0;
+      SQLGetData(stmt, 7, SQL_C_SSHORT, &type, 0, &ind);
+      if (type == SQL_TABLE_STAT) continue;
+      SQLGetData(stmt, 4, SQL_C_SSHORT, &nonUnique, 0, &ind);
+      std::string indexName = ColumnText(stmt, 6);
+      std::string column = ColumnText(stmt, 9);
+      auto it = std::find_if(indexes.begin(), indexes.end(),
+                             [&](const IndexInfo& i) { return i.name == indexName; });
+      if (it == indexes.end()) {
+        IndexInfo info;
+        info.name = indexName;
+        info.unique = nonUnique == SQL_FALSE;
+        info.clustered = type == SQL_INDEX_CLUSTERED;
+        indexes.push_back(info);
+        it = indexes.end() - 1;
+      }
+      it->columns.push_back(column);
+    }
+  }
+  if (!pkColumns.empty()) {
+    bool found = false;
+    for (auto& i : indexes) {
+      if ((!pkName.empty() && i.name == pkName) || (i.unique && i.columns == pkColumns)) {
+        i.primaryKey = true;
+        found = true;
+        break;
+      }
+    }
+    if (!found) {
+      IndexInfo pk;
+      pk.name = pkName.empty() ? "PrimaryKey" : pkName;
+      pk.unique = true;
+      pk.primaryKey = true;
+      pk.columns = pkColumns;
+      indexes.insert(indexes.begin(), pk);
+    }
+  }
+  return indexes;
+}
+
+std::string OdbcProvider::ColumnTypeSql(const ColumnInfo& c) const {
+  const std::string& d = dialect_;
+  auto size = [&](std::int64_t fallback) {
+    std::int64_t s = c.definedSize > 0 ? c.definedSize : fallback;
+    return std::to_string(s);
+  };
+  if (c.autoIncrement) {
+    if (d == "sqlite") return "INTEGER PRIMARY KEY AUTOINCREMENT";
+    if (d == "postgresql") return c.type == adBigInt ? "BIGSERIAL" : "SERIAL";
+    if (d == "mysql")
+      return (c.type == adBigInt ? std::string("BIGINT") : std::string("INTEGER")) +
+             " NOT NULL AUTO_INCREMENT";
+    if (d == "mssql") return "INTEGER IDENTITY(1,1)";
+  }
+  switch (c.type) {
+    case adSmallInt:
+    case adTinyInt:
+    case adUnsignedTinyInt:
+      return "SMALLINT";
+    case adInteger:
+    case adUnsignedSmallInt:
+      return "INTEGER";
+    case adBigInt:
+    case adUnsignedInt:
+    case adUnsignedBigInt:
+      return "BIGINT";
+    case adSingle:
+      return "REAL";
+    case adDouble:
+      return d == "postgresql" ? "DOUBLE PRECISION" : d == "mssql" ? "FLOAT" : "DOUBLE";
+    case adCurrency:
+      return "NUMERIC(19,4)";
+    case adNumeric:
+    case adDecimal:
+    case adVarNumeric: {
+      int p = c.precision > 0 && c.precision != 255 ? c.precision : 18;
+      int s = c.numericScale != 255 ? c.numericScale : 0;
+      p = std::min(p, 38);
+      s = std::min(s, p);
+      return "NUMERIC(" + std::to_string(p) + "," + std::to_string(s) + ")";
+    }
+    case adBoolean:
+      return d == "mssql" ? "BIT" : d == "mysql" ? "TINYINT(1)" : "BOOLEAN";
+    case adDBDate:
+      return "DATE";
+    case adDBTime:
+      return "TIME";
+    case adDate:
+    case adDBTimeStamp:
+    case adFileTime:
+      return d == "postgresql" || d == "sqlite" ? "TIMESTAMP" : "DATETIME";
+    case adBinary:
+    case adVarBinary:
+      if (d == "postgresql") return "BYTEA";
+      if (d == "sqlite") return "BLOB";
+      return "VARBINARY(" + size(255) + ")";
+    case adLongVarBinary:
+      return d == "postgresql" ? "BYTEA"
+             : d == "mysql"    ? "LONGBLOB"
+             : d == "mssql"    ? "VARBINARY(MAX)"
+                               : "BLOB";
+    case adLongVarChar:
+    case adLongVarWChar:
+      return d == "mysql" ? "LONGTEXT" : d == "mssql" ? "NVARCHAR(MAX)" : "TEXT";
+    case adGUID:
+      return "VARCHAR(38)";
+    case adChar:
+    case adWChar:
+    case adVarChar:
+    case adVarWChar:
+    case adBSTR:
+    default:
+      if (c.definedSize > 65535 || c.definedSize < 0)
+        return d == "mysql" ? "LONGTEXT" : d == "mssql" ? "NVARCHAR(MAX)" : "TEXT";
+      return (d == "mssql" ? "NVARCHAR(" : "VARCHAR(") + size(255) + ")";
+  }
+}
+
+}  // namespace ketrova::ado

@@ -1,0 +1,66 @@
+// The ODBC provider: a Provider over one unixODBC connection.
+//
+// Statements are prepared once per SQL text and kept (a small pool per text,
+// so that two open cursors on the same text each have their own). Rows are
+// read with SQLFetch as the cursor is asked, block by block. Text travels as
+// UTF-16 through the wide ODBC calls, so umlauts survive whatever the locale.
+// The dialect is taken from the DBMS name; PostgreSQL and MySQL/MariaDB get
+// their brackets rewritten. SQLite is switched to WAL with synchronous NORMAL.
+#pragma once
+
+#include <sql.h>
+
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/ado/provider.h"
+
+namespace ketrova::ado {
+
+struct OdbcStatement;
+
+class OdbcProvider : public Provider {
+ public:
+  explicit OdbcProvider(const ConnectionSpec& spec);
+  ~OdbcProvider() override;
+
+  std::string Dialect() const override { return dialect_; }
+  std::string IdentifierQuote() const override { return quote_; }
+  ExecuteResult Execute(const std::string& sql, std::span<const Variant> params = {},
+                        std::int64_t maxRows = 0) override;
+  void BeginTrans() override;
+  void CommitTrans() override;
+  void RollbackTrans() override;
+  void SetCommandTimeout(int seconds) override { timeout_ = seconds; }
+  std::vector<TableInfo> Tables() override;
+  std::vector<ColumnInfo> TableColumns(const std::string& table) override;
+  std::vector<IndexInfo> TableIndexes(const std::string& table) override;
+  std::string ColumnTypeSql(const ColumnInfo& column) const override;
+
+  // The DBMS name the driver reports ("SQLite", "PostgreSQL", "MariaDB" ...).
+  const std::string& DbmsName() const { return dbms_; }
+
+  // Gives a statement back to the pool (called by the cursor that held it).
+  void Release(std::unique_ptr<OdbcStatement> statement);
+
+ private:
+  std::unique_ptr<OdbcStatement> Acquire(const std::string& sql);
+  void ExecDirect(const std::string& sql);
+  SQLHSTMT NewCatalogStatement();
+  std::string ActualTableName(const std::string& table);
+  std::string Rewrite(const std::string& sql) const;
+
+  SQLHDBC dbc_ = SQL_NULL_HDBC;
+  std::string dialect_ = "odbc";
+  std::string dbms_;
+  std::string quote_ = "\"";
+  int timeout_ = 30;
+  bool inTransaction_ = false;
+  // Idle prepared statements by SQL text, most recently used first.
+  std::list<std::unique_ptr<OdbcStatement>> idle_;
+};
+
+}  // namespace ketrova::ado

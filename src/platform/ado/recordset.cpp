@@ -1,0 +1,609 @@
+#include "platform/ado/recordset.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "support/collection.h"
+#include "support/vb_error.h"
+
+namespace ketrova::ado {
+namespace {
+
+constexpr std::size_t kBlockRows = 64;
+constexpr std::int32_t kErrRowNotFound = -2147217864;  // DB_E_CONCURRENCYVIOLATION
+
+[[noreturn]] void NoCurrentRecord() {
+  throw VbError(kErrBofEof,
+                "BOF oder EOF hat den Wert True, oder der aktuelle Datensatz wurde gelöscht. Für "
+                "den angeforderten Vorgang ist ein aktueller Datensatz erforderlich.",
+                "ADODB.Recordset");
+}
+
+[[noreturn]] void NotUpdatable() {
+  throw VbError(kErrNotSupported,
+                "Das aktuelle Recordset unterstützt keine Aktualisierungen. Dies ist "
+                "möglicherweise eine Einschränkung des Providers oder des gewählten Sperrtyps.",
+                "ADODB.Recordset");
+}
+
+bool IsWordChar(char c) {
+  return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '$' || c == '.' ||
+         static_cast<unsigned char>(c) >= 0x80;
+}
+
+// Reads an identifier ([x], "x", `x` or a word) at `i`; empty when there is none.
+std::string ReadIdentifier(std::string_view s, std::size_t& i) {
+  while (i < s.size() && std::isspace(static_cast<unsigned char>(s[i]))) ++i;
+  if (i >= s.size()) return {};
+  char open = s[i];
+  char close = open == '[' ? ']' : open;
+  if (open == '[' || open == '"' || open == '`') {
+    std::size_t end = s.find(close, i + 1);
+    if (end == std::string_view::npos) return {};
+    std::string name(s.substr(i + 1, end - i - 1));
+    i = end + 1;
+    return name;
+  }
+  std::size_t start = i;
+  while (i < s.size() && IsWordChar(s[i])) ++i;
+  return std::string(s.substr(start, i - start));
+}
+
+// Position of a keyword at top level (outside quotes, brackets, parentheses).
+std::size_t FindKeyword(std::string_view s, std::string_view keyword, std::size_t from = 0) {
+  int depth = 0;
+  char quote = 0;
+  for (std::size_t i = from; i < s.size(); ++i) {
+    char c = s[i];
+    if (quote) {
+      if (c == quote) quote = 0;
+      continue;
+    }
+    if (c == '\'' || c == '"' || c == '`')
+      quote = c;
+    else if (c == '[')
+      quote = ']';
+    else if (c == '(')
+      ++depth;
+    else if (c == ')')
+      --depth;
+    else if (depth == 0 && (i == 0 || !IsWordChar(s[i - 1])) && s.size() - i >= keyword.size() &&
+             KeyEquals(s.substr(i, keyword.size()), keyword) &&
+             (i + keyword.size() == s.size() || !IsWordChar(s[i + keyword.size()])))
+      return i;
+  }
+  return std::string_view::npos;
+}
+
+// The base table of "SELECT list FROM table [alias] [WHERE ...] [ORDER BY ...]";
+// empty when the statement is anything else.
+std::string SingleTableOf(std::string_view sql) {
+  std::size_t i = sql.find_first_not_of(" \t\r\n");
+  if (i == std::string_view::npos || sql.size() - i < 6 || !KeyEquals(sql.substr(i, 6), "SELECT"))
+    return {};
+  std::size_t from = FindKeyword(sql, "FROM", i + 6);
+  if (from == std::string_view::npos) return {};
+  std::string_view list = sql.substr(i + 6, from - i - 6);
+  if (list.find('(') != std::string_view::npos ||
+      FindKeyword(list, "DISTINCT") != std::string_view::npos)
+    return {};
+  std::size_t p = from + 4;
+  std::string table = ReadIdentifier(sql, p);
+  if (table.empty()) return {};
+  std::string_view rest = sql.substr(p);
+  std::size_t where = FindKeyword(rest, "WHERE");
+  std::size_t order = FindKeyword(rest, "ORDER");
+  std::size_t head = std::min(where, order);
+  std::string_view between = rest.substr(0, std::min(head, rest.size()));
+  if (between.find(',') != std::string_view::npos ||
+      FindKeyword(between, "JOIN") != std::string_view::npos ||
+      FindKeyword(rest, "GROUP") != std::string_view::npos ||
+      FindKeyword(rest, "UNION") != std::string_view::npos)
+    return {};
+  // At most an alias before WHERE/ORDER.
+  std::size_t q = 0;
+  std::string alias = ReadIdentifier(between, q);
+  if (!alias.empty() && KeyEquals(alias, "AS")) alias = ReadIdentifier(between, q);
+  if (between.substr(q).find_first_not_of(" \t\r\n;") != std::string_view::npos) return {};
+  return table;
+}
+
+bool IsLongOrBinary(DataTypeEnum t) {
+  return t == adLongVarBinary || t == adVarBinary || t == adBinary || t == adLongVarChar ||
+         t == adLongVarWChar;
+}
+
+int FieldAttributes(const ColumnInfo& c, bool updatable) {
+  int a = 0;
+  if (updatable)
+    a |= adFldUpdatable;
+  else
+    a |= adFldUnknownUpdatable;
+  if (c.nullable) a |= adFldIsNullable | adFldMayBeNull;
+  switch (c.type) {
+    case adChar:
+    case adWChar:
+    case adBinary:
+    case adSmallInt:
+    case adInteger:
+    case adTinyInt:
+    case adUnsignedTinyInt:
+    case adBigInt:
+    case adSingle:
+    case adDouble:
+    case adBoolean:
+    case adDBDate:
+    case adDBTime:
+    case adDBTimeStamp:
+    case adNumeric:
+    case adCurrency:
+    case adGUID:
+      a |= adFldFixed;
+      break;
+    default:
+      break;
+  }
+  if (IsLongOrBinary(c.type) && c.type != adBinary && c.type != adVarBinary) a |= adFldLong;
+  if (c.keyColumn) a |= adFldKeyColumn;
+  return a;
+}
+
+}  // namespace
+
+Recordset::Recordset() : fields_(std::make_shared<Fields>(this)) {}
+
+Recordset::~Recordset() {
+  try {
+    cursor_.reset();
+  } catch (...) {
+  }
+  fields_->Detach();
+}
+
+void Recordset::SetActiveConnection(ConnectionPtr connection) {
+  if (open_)
+    throw VbError(kErrObjectOpen, "Der Vorgang ist für ein geöffnetes Objekt nicht zulässig.",
+                  "ADODB.Recordset");
+  connection_ = std::move(connection);
+}
+
+void Recordset::SetMaxRecords(std::int32_t n) {
+  if (open_)
+    throw VbError(kErrObjectOpen, "Der Vorgang ist für ein geöffnetes Objekt nicht zulässig.",
+                  "ADODB.Recordset");
+  maxRecords_ = std::max(n, 0);
+}
+
+void Recordset::Open(const Variant& source, const Variant& activeConnection, int cursorType,
+                     int lockType, int options) {
+  if (open_)
+    throw VbError(kErrObjectOpen, "Der Vorgang ist für ein geöffnetes Objekt nicht zulässig.",
+                  "ADODB.Recordset");
+  if (!activeConnection.IsMissing() && !activeConnection.IsEmpty() && !activeConnection.IsNull()) {
+    if (activeConnection.IsObject()) {
+      auto c = std::dynamic_pointer_cast<Connection>(activeConnection.AsObject());
+      if (!c)
+        throw VbError(kErrArguments,
+                      "Die Argumente sind vom falschen Typ, liegen außerhalb "
+                      "des zulässigen Bereichs oder sind miteinander unvereinbar.",
+                      "ADODB.Recordset");
+      connection_ = c;
+    } else {
+      auto c = std::make_shared<Connection>();
+      c->Open(activeConnection.ToText());
+      connection_ = c;
+    }
+  }
+  if (cursorType != adOpenUnspecified) cursorType_ = static_cast<CursorTypeEnum>(cursorType);
+  if (lockType != adLockUnspecified) lockType_ = static_cast<LockTypeEnum>(lockType);
+  if (!source.IsMissing() && !source.IsEmpty() && !source.IsNull()) source_ = source.ToText();
+
+  records_.clear();
+  position_ = 0;
+  editMode_ = adEditNone;
+  target_.reset();
+  targetResolved_ = false;
+
+  if (source_.empty() && (source.IsMissing() || source.IsEmpty())) {
+    if (connection_ && fields_->Count() == 0)
+      throw VbError(kErrArguments,
+                    "Die Argumente sind vom falschen Typ, liegen außerhalb des "
+                    "zulässigen Bereichs oder sind miteinander unvereinbar.",
+                    "ADODB.Recordset");
+    // The in-memory record set, over the appended fields.
+    inMemory_ = true;
+    columns_.clear();
+    attributes_.clear();
+    for (const auto& f : *fields_) {
+      columns_.push_back(f->Info());
+      attributes_.push_back(f->Attributes());
+    }
+    open_ = true;
+    return;
+  }
+  if (!connection_)
+    throw VbError(kErrObjectClosed, "Der Vorgang ist für ein geschlossenes Objekt nicht zulässig.",
+                  "ADODB.Recordset");
+  provider_ = connection_->SharedProvider();
+  ExecuteResult result = provider_->Execute(source_, {}, maxRecords_);
+  if (!result.cursor) {
+    // A statement without a result leaves the record set closed, as in ADO.
+    provider_.reset();
+    return;
+  }
+  inMemory_ = false;
+  cursor_ = std::move(result.cursor);
+  columns_ = cursor_->Columns();
+  bool updatable = lockType_ > adLockReadOnly;
+  if (updatable) {
+    ResolveTarget();
+    updatable = target_.has_value();
+  }
+  attributes_.clear();
+  for (std::size_t i = 0; i < columns_.size(); ++i) {
+    if (target_ && target_->tableColumn[i] >= 0) {
+      const ColumnInfo& base = target_->columns[static_cast<std::size_t>(target_->tableColumn[i])];
+      columns_[i].keyColumn = base.keyColumn;
+      columns_[i].autoIncrement = columns_[i].autoIncrement || base.autoIncrement;
+      if (columns_[i].baseTable.empty()) columns_[i].baseTable = target_->table;
+      if (columns_[i].baseColumn.empty()) columns_[i].baseColumn = base.name;
+    }
+    attributes_.push_back(FieldAttributes(columns_[i], updatable));
+  }
+  fields_->Reset(columns_, attributes_);
+  open_ = true;
+  FetchMore();
+}
+
+void Recordset::OpenOnCursor(ConnectionPtr connection, std::string source,
+                             std::unique_ptr<Cursor> cursor) {
+  connection_ = std::move(connection);
+  provider_ = connection_->SharedProvider();
+  source_ = std::move(source);
+  cursorType_ = adOpenForwardOnly;
+  lockType_ = adLockReadOnly;
+  cursor_ = std::move(cursor);
+  columns_ = cursor_->Columns();
+  attributes_.clear();
+  for (const auto& c : columns_) attributes_.push_back(FieldAttributes(c, false));
+  fields_->Reset(columns_, attributes_);
+  records_.clear();
+  position_ = 0;
+  editMode_ = adEditNone;
+  inMemory_ = false;
+  open_ = true;
+  FetchMore();
+}
+
+void Recordset::OpenInMemory(const std::vector<ColumnInfo>& columns, std::vector<Row> rows) {
+  columns_ = columns;
+  attributes_.clear();
+  for (const auto& c : columns_) attributes_.push_back(FieldAttributes(c, true));
+  fields_->Reset(columns_, attributes_);
+  records_.clear();
+  for (auto& r : rows) {
+    Record rec;
+    rec.original = r;
+    rec.values = std::move(r);
+    rec.changed.assign(columns_.size(), false);
+    records_.push_back(std::move(rec));
+  }
+  position_ = 0;
+  editMode_ = adEditNone;
+  inMemory_ = true;
+  cursorType_ = adOpenStatic;
+  lockType_ = adLockBatchOptimistic;
+  open_ = true;
+}
+
+void Recordset::Close() {
+  if (!open_)
+    throw VbError(kErrObjectClosed, "Der Vorgang ist für ein geschlossenes Objekt nicht zulässig.",
+                  "ADODB.Recordset");
+  // Pending changes of a batch are thrown away, as ADO does on Close.
+  cursor_.reset();
+  provider_.reset();
+  records_.clear();
+  open_ = false;
+  editMode_ = adEditNone;
+  target_.reset();
+  targetResolved_ = false;
+  if (!inMemory_) {
+    fields_->Reset({}, {});
+    columns_.clear();
+  }
+}
+
+void Recordset::CheckOpen() const {
+  if (!open_)
+    throw VbError(kErrObjectClosed, "Der Vorgang ist für ein geschlossenes Objekt nicht zulässig.",
+                  "ADODB.Recordset");
+}
+
+bool Recordset::FetchMore() {
+  if (!cursor_) return false;
+  std::size_t want = kBlockRows;
+  if (maxRecords_ > 0) {
+    std::size_t have = records_.size();
+    if (have >= static_cast<std::size_t>(maxRecords_)) {
+      cursor_.reset();
+      return false;
+    }
+    want = std::min(want, static_cast<std::size_t>(maxRecords_) - have);
+  }
+  std::vector<Row> rows;
+  std::size_t got = cursor_->Fetch(rows, want);
+  for (auto& r : rows) {
+    Record rec;
+    rec.original = r;
+    rec.values = std::move(r);
+    rec.changed.assign(columns_.size(), false);
+    records_.push_back(std::move(rec));
+  }
+  // A finished result gives its statement back at once, so that a write on the
+  // same connection does not wait behind an open read.
+  if (got < want || (maxRecords_ > 0 && records_.size() >= static_cast<std::size_t>(maxRecords_)))
+    cursor_.reset();
+  return got > 0;
+}
+
+void Recordset::FetchAll() {
+  while (cursor_ && FetchMore()) {
+  }
+}
+
+bool Recordset::Eof() {
+  CheckOpen();
+  while (position_ >= static_cast<std::int64_t>(records_.size()) && cursor_)
+    if (!FetchMore()) break;
+  return position_ >= static_cast<std::int64_t>(records_.size());
+}
+
+bool Recordset::Bof() {
+  CheckOpen();
+  if (position_ < 0) return true;
+  return records_.empty() && Eof();
+}
+
+Recordset::Record& Recordset::Current() {
+  if (Eof() || position_ < 0) NoCurrentRecord();
+  return records_[static_cast<std::size_t>(position_)];
+}
+
+void Recordset::MoveFirst() {
+  CheckOpen();
+  if (editMode_ != adEditNone) Update();
+  position_ = 0;
+}
+
+void Recordset::MoveNext() {
+  CheckOpen();
+  if (editMode_ != adEditNone) Update();
+  if (Eof()) NoCurrentRecord();
+  ++position_;
+}
+
+void Recordset::MovePrevious() {
+  CheckOpen();
+  if (editMode_ != adEditNone) Update();
+  if (position_ < 0) NoCurrentRecord();
+  --position_;
+}
+
+void Recordset::MoveLast() {
+  CheckOpen();
+  if (editMode_ != adEditNone) Update();
+  FetchAll();
+  position_ = static_cast<std::int64_t>(records_.size()) - 1;
+  if (records_.empty()) position_ = 0;
+}
+
+std::int32_t Recordset::RecordCount() {
+  CheckOpen();
+  if (!inMemory_ && (cursorType_ == adOpenForwardOnly || cursorType_ == adOpenDynamic)) return -1;
+  FetchAll();
+  return static_cast<std::int32_t>(records_.size());
+}
+
+Variant Recordset::FieldValue(std::size_t index) {
+  CheckOpen();
+  Record& r = Current();
+  return index < r.values.size() ? r.values[index] : Variant::Null();
+}
+
+Variant Recordset::FieldOriginalValue(std::size_t index) {
+  CheckOpen();
+  Record& r = Current();
+  if (r.isNew) return Variant::Null();
+  return index < r.original.size() ? r.original[index] : Variant::Null();
+}
+
+void Recordset::SetFieldValue(std::size_t index, const Variant& value) {
+  CheckOpen();
+  EnsureUpdatable();
+  Record& r = Current();
+  if (r.values.size() < columns_.size()) r.values.resize(columns_.size(), Variant::Null());
+  if (r.changed.size() < columns_.size()) r.changed.resize(columns_.size(), false);
+  r.values[index] = value;
+  r.changed[index] = true;
+  if (editMode_ == adEditNone) editMode_ = r.isNew ? adEditAdd : adEditInProgress;
+}
+
+void Recordset::EnsureUpdatable() const {
+  if (inMemory_) return;
+  if (lockType_ <= adLockReadOnly || !target_) NotUpdatable();
+}
+
+void Recordset::ResolveTarget() {
+  targetResolved_ = true;
+  target_.reset();
+  if (!connection_) return;
+  std::string table = SingleTableOf(source_);
+  if (table.empty()) return;
+  const std::vector<ColumnInfo>* base = nullptr;
+  try {
+    base = &connection_->BaseTableColumns(table);
+  } catch (const VbError&) {
+    return;
+  }
+  Target t;
+  t.columns = *base;
+  t.table = base->empty() || base->front().baseTable.empty() ? table : base->front().baseTable;
+  for (const auto& c : columns_) {
+    int found = -1;
+    for (std::size_t k = 0; k < t.columns.size(); ++k)
+      if (KeyEquals(t.columns[k].name, c.name)) found = static_cast<int>(k);
+    t.tableColumn.push_back(found);
+  }
+  for (const auto& c : t.columns) t.hasKey = t.hasKey || c.keyColumn;
+  target_ = std::move(t);
+}
+
+std::string Recordset::Quote(const std::string& name) const {
+  std::string q = provider_ ? provider_->IdentifierQuote() : "\"";
+  std::string close = q == "[" ? "]" : q;
+  return q + name + close;
+}
+
+void Recordset::AddNew() {
+  CheckOpen();
+  EnsureUpdatable();
+  if (editMode_ != adEditNone) Update();
+  FetchAll();
+  Record rec;
+  rec.values.assign(columns_.size(), Variant::Null());
+  rec.original.assign(columns_.size(), Variant::Null());
+  rec.changed.assign(columns_.size(), false);
+  rec.isNew = true;
+  records_.push_back(std::move(rec));
+  position_ = static_cast<std::int64_t>(records_.size()) - 1;
+  editMode_ = adEditAdd;
+}
+
+void Recordset::Update() {
+  CheckOpen();
+  if (editMode_ == adEditNone) return;
+  Record& r = Current();
+  if (inMemory_) {
+    r.original = r.values;
+    r.changed.assign(columns_.size(), false);
+    r.isNew = false;
+    r.pending = false;
+    editMode_ = adEditNone;
+    return;
+  }
+  r.pending = true;
+  editMode_ = adEditNone;
+  if (lockType_ != adLockBatchOptimistic) WriteRecord(r);
+}
+
+void Recordset::UpdateBatch(int affectRecords) {
+  CheckOpen();
+  if (editMode_ != adEditNone) Update();
+  if (inMemory_) return;
+  if (affectRecords == adAffectCurrent) {
+    Record& r = Current();
+    if (r.pending) WriteRecord(r);
+    return;
+  }
+  for (auto& r : records_)
+    if (r.pending) WriteRecord(r);
+}
+
+void Recordset::CancelUpdate() {
+  CheckOpen();
+  if (editMode_ == adEditNone) return;
+  Record& r = Current();
+  if (editMode_ == adEditAdd && r.isNew && !r.pending) {
+    records_.erase(records_.begin() + position_);
+    position_ = std::max<std::int64_t>(0, static_cast<std::int64_t>(records_.size()) - 1);
+  } else {
+    r.values = r.isNew ? Row(columns_.size(), Variant::Null()) : r.original;
+    r.changed.assign(columns_.size(), false);
+  }
+  editMode_ = adEditNone;
+}
+
+void Recordset::WriteRecord(Record& r) {
+  if (!target_) NotUpdatable();
+  Provider& provider = *provider_;
+  const Target& t = *target_;
+  std::string sql;
+  std::vector<Variant> params;
+  std::vector<std::size_t> set;
+  for (std::size_t i = 0; i < columns_.size(); ++i)
+    if (i < r.changed.size() && r.changed[i] && t.tableColumn[i] >= 0) set.push_back(i);
+
+  if (r.isNew) {
+    if (set.empty()) {
+      sql = provider.Dialect() == "mysql" ? "INSERT INTO " + Quote(t.table) + " () VALUES ()"
+                                          : "INSERT INTO " + Quote(t.table) + " DEFAULT VALUES";
+    } else {
+      std::string names, marks;
+      for (std::size_t i : set) {
+        if (!names.empty()) {
+          names += ", ";
+          marks += ", ";
+        }
+        names += Quote(t.columns[static_cast<std::size_t>(t.tableColumn[i])].name);
+        marks += "?";
+        params.push_back(r.values[i]);
+      }
+      sql = "INSERT INTO " + Quote(t.table) + " (" + names + ") VALUES (" + marks + ")";
+    }
+  } else {
+    if (set.empty()) {
+      r.pending = false;
+      return;
+    }
+    sql = "UPDATE " + Quote(t.table) + " SET ";
+    for (std::size_t n = 0; n < set.size(); ++n) {
+      if (n) sql += ", ";
+      sql += Quote(t.columns[static_cast<std::size_t>(t.tableColumn[set[n]])].name) + " = ?";
+      params.push_back(r.values[set[n]]);
+    }
+    // The row is found by its key when every key column is in the record set,
+    // otherwise by all original values that can be compared.
+    std::vector<std::size_t> where;
+    bool keyComplete = t.hasKey;
+    if (t.hasKey) {
+      for (std::size_t k = 0; k < t.columns.size(); ++k) {
+        if (!t.columns[k].keyColumn) continue;
+        auto it = std::find(t.tableColumn.begin(), t.tableColumn.end(), static_cast<int>(k));
+        if (it == t.tableColumn.end())
+          keyComplete = false;
+        else
+          where.push_back(static_cast<std::size_t>(it - t.tableColumn.begin()));
+      }
+    }
+    if (!keyComplete) {
+      where.clear();
+      for (std::size_t i = 0; i < columns_.size(); ++i)
+        if (t.tableColumn[i] >= 0 && !IsLongOrBinary(columns_[i].type)) where.push_back(i);
+    }
+    sql += " WHERE ";
+    for (std::size_t n = 0; n < where.size(); ++n) {
+      if (n) sql += " AND ";
+      std::size_t i = where[n];
+      std::string name = Quote(t.columns[static_cast<std::size_t>(t.tableColumn[i])].name);
+      if (r.original[i].IsNull() || r.original[i].IsEmpty()) {
+        sql += name + " IS NULL";
+      } else {
+        sql += name + " = ?";
+        params.push_back(r.original[i]);
+      }
+    }
+  }
+  ExecuteResult result = provider.Execute(sql, params);
+  if (!r.isNew && result.rowsAffected == 0)
+    throw VbError(kErrRowNotFound,
+                  "Die Zeile für die Aktualisierung konnte nicht gefunden werden. Einige Werte "
+                  "wurden seit dem letzten Lesen möglicherweise geändert.",
+                  "ADODB.Recordset");
+  r.original = r.values;
+  r.changed.assign(columns_.size(), false);
+  r.isNew = false;
+  r.pending = false;
+}
+
+}  // namespace ketrova::ado

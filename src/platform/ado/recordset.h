@@ -1,0 +1,131 @@
+// Recordset: ADO's Recordset. Create it with std::make_shared.
+//
+// Opened on a connection, it streams rows from a provider cursor in blocks as
+// the caller moves; it never reads the whole result at open. Opened with a lock
+// type above adLockReadOnly on a single-table SELECT it is updatable: AddNew,
+// field assignment and Update/UpdateBatch become INSERT or UPDATE statements on
+// the base table with bound parameters; an UPDATE finds its row by the primary
+// key, or by all original values where the table has none. With
+// adLockBatchOptimistic, Update only keeps the change and UpdateBatch sends it;
+// with the other lock types Update sends it at once.
+//
+// Without a connection it is the in-memory record set: Fields.Append defines
+// the columns, Open with no source opens it, AddNew/Update keep the rows.
+#pragma once
+
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/ado/connection.h"
+#include "platform/ado/enums.h"
+#include "platform/ado/fields.h"
+#include "platform/ado/provider.h"
+#include "support/object.h"
+
+namespace ketrova::ado {
+
+class Recordset : public Object {
+ public:
+  Recordset();
+  ~Recordset() override;
+  std::string TypeName() const override { return "Recordset"; }
+
+  // `source`: SQL text, or Missing/Empty for the in-memory record set.
+  // `activeConnection`: a Connection object, a connection string, or Missing to
+  // use ActiveConnection. Raises 3705 when already open.
+  void Open(const Variant& source = Variant::Missing(),
+            const Variant& activeConnection = Variant::Missing(),
+            int cursorType = adOpenUnspecified, int lockType = adLockUnspecified, int options = -1);
+  void Close();
+  ObjectStateEnum State() const { return open_ ? adStateOpen : adStateClosed; }
+  const std::string& Source() const { return source_; }
+  void SetSource(std::string source) { source_ = std::move(source); }
+
+  ConnectionPtr ActiveConnection() const { return connection_; }
+  void SetActiveConnection(ConnectionPtr connection);
+
+  std::int32_t MaxRecords() const { return maxRecords_; }
+  void SetMaxRecords(std::int32_t n);
+  CursorTypeEnum CursorType() const { return cursorType_; }
+  void SetCursorType(int type) { cursorType_ = static_cast<CursorTypeEnum>(type); }
+  LockTypeEnum LockType() const { return lockType_; }
+  void SetLockType(int type) { lockType_ = static_cast<LockTypeEnum>(type); }
+
+  // ADO's EOF and BOF (EOF is a macro of the C library, hence the spelling).
+  bool Eof();
+  bool Bof();
+  void MoveFirst();
+  void MoveNext();
+  void MoveLast();
+  void MovePrevious();
+  // -1 for a forward-only or dynamic cursor; otherwise the number of records,
+  // which reads the rest of the result.
+  std::int32_t RecordCount();
+
+  Fields& GetFields() { return *fields_; }
+  std::shared_ptr<Fields> FieldsPtr() const { return fields_; }
+
+  void AddNew();
+  void Update();
+  void UpdateBatch(int affectRecords = adAffectAll);
+  void CancelUpdate();
+  EditModeEnum EditMode() const { return editMode_; }
+
+  // For Connection: opens over a cursor that a statement already produced.
+  void OpenOnCursor(ConnectionPtr connection, std::string source, std::unique_ptr<Cursor> cursor);
+  // For Connection.OpenSchema: opens an in-memory record set with these rows.
+  void OpenInMemory(const std::vector<ColumnInfo>& columns, std::vector<Row> rows);
+
+  // Used by Field.
+  Variant FieldValue(std::size_t index);
+  Variant FieldOriginalValue(std::size_t index);
+  void SetFieldValue(std::size_t index, const Variant& value);
+
+ private:
+  struct Record {
+    Row values;
+    Row original;
+    std::vector<bool> changed;
+    bool isNew = false;    // not yet in the store
+    bool pending = false;  // changed and not yet sent
+  };
+  struct Target {
+    std::string table;                // base table as the store spells it
+    std::vector<int> tableColumn;     // record set column -> base column index, -1 none
+    std::vector<ColumnInfo> columns;  // base table columns
+    bool hasKey = false;
+  };
+
+  void CheckOpen() const;
+  Record& Current();
+  bool FetchMore();
+  void FetchAll();
+  void EnsureUpdatable() const;
+  void WriteRecord(Record& record);
+  void ResolveTarget();
+  std::string Quote(const std::string& name) const;
+
+  ConnectionPtr connection_;
+  std::shared_ptr<Fields> fields_;
+  std::string source_;
+  bool open_ = false;
+  bool inMemory_ = false;
+  CursorTypeEnum cursorType_ = adOpenForwardOnly;
+  LockTypeEnum lockType_ = adLockReadOnly;
+  std::int32_t maxRecords_ = 0;
+
+  std::vector<ColumnInfo> columns_;
+  std::vector<int> attributes_;
+  std::deque<Record> records_;
+  std::unique_ptr<Cursor> cursor_;
+  std::shared_ptr<Provider> provider_;  // keeps the cursor's provider alive
+  std::int64_t position_ = 0;           // index into records_; -1 is BOF, size() is EOF
+  EditModeEnum editMode_ = adEditNone;
+  std::optional<Target> target_;
+  bool targetResolved_ = false;
+};
+
+}  // namespace ketrova::ado
