@@ -1,0 +1,15 @@
+// CreateObjectByProgId: the objects scripts may create by name.
+#include "platform/script/engine.h"
+#include "platform/script/objects/dictionary.h"
+#include "platform/script/objects/file_system_object.h"
+#include "support/collection.h"
+
+namespace ketrova::script {
+
+ObjectPtr CreateObjectByProgId(std::string_view progId) {
+  if (KeyEquals(progId, "Scripting.Dictionary")) return std::make_shared<Dictionary>();
+  if (KeyEquals(progId, "Scripting.FileSystemObject")) return std::make_shared<FileSystemObject>();
+  throw VbError(429);
+}
+
+}  // namespace ketrova::script
