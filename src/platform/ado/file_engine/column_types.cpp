@@ -178,10 +178,6 @@ std::optional<bool> ParseBoolean(std::string_view text) {
   return std::nullopt;
 }
 
-bool LooksTyped(std::string_view text) {
-  return text.empty() || ParseNumber(text) || ParseDateText(text);
-}
-
 TypeInference::TypeInference(std::size_t columns) : states_(columns) {}
 
 void TypeInference::Add(std::size_t column, std::string_view text, bool quoted) {

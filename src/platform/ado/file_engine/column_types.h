@@ -3,7 +3,8 @@
 // Text files carry no types. They come from schema.ini or are inferred from the
 // first rows: a column is numeric or a date only when every non-empty,
 // unquoted value of the sample reads as one; quoted values count as text, which
-// lets a writer keep a text "123" a text. Numbers take "." or "," as decimal
+// lets a writer keep a text "123" a text (a date-like text is written as it
+// is: such texts are dates far more often than not). Numbers take "." or "," as decimal
 // mark and no thousands separators; dates are yyyy-mm-dd or dd.mm.yyyy, with an
 // optional time hh:mm[:ss]. Inside the SQL engine a date is the ISO text
 // "yyyy-mm-dd" or "yyyy-mm-dd hh:mm:ss", which sorts and compares as a date.
@@ -35,10 +36,6 @@ std::optional<double> ParseNumber(std::string_view text, bool strict = true);
 // The ISO form of a date text, or empty when it is none.
 std::optional<std::string> ParseDateText(std::string_view text);
 std::optional<bool> ParseBoolean(std::string_view text);
-
-// True when an unquoted field with this text would read as anything but text;
-// a writer quotes such a text value to keep it text.
-bool LooksTyped(std::string_view text);
 
 // Gathers the sample of the first rows and settles each column's type.
 class TypeInference {

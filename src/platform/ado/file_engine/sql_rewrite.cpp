@@ -238,7 +238,8 @@ class Rewriter {
     for (std::size_t p = i_; p + 4 <= sql_.size(); ++p) {
       if (sql_[p] == '\r' || sql_[p] == '\n') break;
       if (Upper(sql_.substr(p, 4)) == ".TXT" &&
-          (p + 4 == sql_.size() || !IsWordChar(sql_[p + 4]))) {
+          (p + 4 == sql_.size() || IsSpace(sql_[p + 4]) || sql_[p + 4] == ',' ||
+           sql_[p + 4] == ')' || sql_[p + 4] == ';')) {
         name_end = p + 4;
         break;
       }

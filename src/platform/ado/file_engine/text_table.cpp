@@ -108,7 +108,7 @@ std::string FormatTextRecord(const TextTableLayout& layout, const std::vector<Fi
     if (i >= values.size() || !values[i].text) continue;
     const std::string& text = *values[i].text;
     bool text_column = layout.types[i] == ColumnType::kText || layout.types[i] == ColumnType::kMemo;
-    bool force = text.empty() || (values[i].is_text && text_column && LooksTyped(text));
+    bool force = text.empty() || (values[i].is_text && text_column && ParseNumber(text));
     AppendCsvField(line, text, delimiter, force);
   }
   line.append(layout.line_break);

@@ -38,8 +38,9 @@ struct TextTableLayout {
 TextTableLayout ReadTextTableLayout(const std::filesystem::path& file);
 
 // The text of one record in the file's dialect, with its line break. `values`
-// holds the fields' texts, nullopt for NULL; a text that would not read back
-// as text in a text column is quoted.
+// holds the fields' texts, nullopt for NULL; an empty text, and a text that
+// reads as a number in a text column, are quoted so that they read back as
+// texts.
 struct FieldValue {
   std::optional<std::string> text;  // nullopt is NULL
   bool is_text = false;             // the value was text, not a number or date
