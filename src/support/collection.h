@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "support/variant.h"
 #include "support/vb_error.h"
 
 namespace ketrova {
@@ -53,6 +54,16 @@ class Collection {
     return *entries_[static_cast<std::size_t>(position - 1)].item;
   }
   T& Item(std::string_view key) const { return *KeyEntry(key).item; }
+  T& Item(const char* key) const { return Item(std::string_view(key)); }
+  T& Item(const std::string& key) const { return Item(std::string_view(key)); }
+  // A script's index: a text is a key, a number a position (13 for anything
+  // else, as VB answers).
+  T& Item(const Variant& index) const {
+    if (index.IsString()) return Item(std::string_view(index.AsString()));
+    if (index.IsNumber() || index.Type() == vbBoolean || index.Type() == vbDate)
+      return Item(index.ToLong());
+    throw VbError(13);
+  }
   // A key that is a number text is still a key, as in VB.
   T* Find(std::string_view key) const {
     auto it = FindKey(key);

@@ -60,4 +60,18 @@ ErrObject& Err();
 // operation's boundary.
 void SetPendingError(std::exception_ptr error);
 
+// Runs one statement with error trapping off (VB's "On Error Resume Next"): a
+// failure is recorded as the pending error and the caller goes on. True when
+// the statement succeeded. Err() is not cleared first, as in VB.
+template <typename F>
+bool ResumeNext(F&& statement) {
+  try {
+    statement();
+    return true;
+  } catch (...) {
+    SetPendingError(std::current_exception());
+    return false;
+  }
+}
+
 }  // namespace ketrova

@@ -73,5 +73,28 @@ TEST(PendingError, RaiseFillsGermanTextAndSetRecords) {
   EXPECT_EQ(Err().Description, "");
 }
 
+TEST(Collection, ScriptIndexIsKeyOrPosition) {
+  Collection<Item> c = ThreeItems();
+  EXPECT_EQ(c.Item(Variant("zwei")).value, 2);
+  EXPECT_EQ(c.Item(Variant("1")).value, 1);  // a number text is a key
+  EXPECT_EQ(c.Item(Variant(3.0)).value, 3);
+  EXPECT_EQ(c.Item(std::string("Zwei")).value, 2);
+  EXPECT_EQ(ErrorNumber([&] { c.Item(Variant::Null()); }), 13);
+  EXPECT_EQ(ErrorNumber([&] { c.Item(Variant(4)); }), 9);
+}
+
+TEST(PendingError, ResumeNextRecordsAndGoesOn) {
+  Err().Clear();
+  EXPECT_TRUE(ResumeNext([] {}));
+  EXPECT_EQ(Err().Number, 0);
+  EXPECT_FALSE(ResumeNext([] { throw VbError(13); }));
+  EXPECT_EQ(Err().Number, 13);
+  EXPECT_EQ(Err().Description, "Typen unverträglich");
+  EXPECT_FALSE(ResumeNext([] { throw std::runtime_error("kaputt"); }));
+  EXPECT_EQ(Err().Number, 440);
+  EXPECT_EQ(Err().Description, "kaputt");
+  Err().Clear();
+}
+
 }  // namespace
 }  // namespace ketrova
