@@ -1,6 +1,11 @@
 #include "support/variant.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
 
 #include "support/ole_date.h"
 #include "support/regional.h"
@@ -217,11 +222,51 @@ TEST(RegionalTest, SettingsFromLocaleInfo) {
   EXPECT_EQ(RegionalFromLocale("xx_NOWHERE.UTF-8").trueText, "Wahr");
 }
 
-TEST(RegionalTest, InstalledUsLocaleIsRead) {
-  RegionalSettings us = RegionalFromLocale("en_US.UTF-8");
-  if (us.german) GTEST_SKIP() << "en_US.UTF-8 is not installed";
-  EXPECT_EQ(us.shortDatePattern, "mm/dd/yyyy");
-  EXPECT_EQ(us.decimalSeparator, ".");
+// Compiles de_DE and en_US into a temporary LOCPATH, so that the reading of a
+// real locale is tested on machines that have none installed.
+TEST(RegionalTest, SettingsComeFromTheEnvironmentsLocale) {
+  namespace fs = std::filesystem;
+  if (std::system("command -v localedef >/dev/null 2>&1") != 0) GTEST_SKIP() << "no localedef";
+  fs::path dir = fs::temp_directory_path() / ("ketrova_locales_" + std::to_string(getpid()));
+  fs::create_directories(dir);
+  for (const char* name : {"de_DE", "en_US"}) {
+    std::string command = std::string("localedef -c -i ") + name + " -f UTF-8 " +
+                          (dir / (std::string(name) + ".UTF-8")).string() + " >/dev/null 2>&1";
+    if (std::system(command.c_str()) != 0 && !fs::exists(dir / (std::string(name) + ".UTF-8")))
+      GTEST_SKIP() << "localedef cannot build " << name;
+  }
+  RegionalSettings saved = Regional();
+  auto env = [](const char* name) {
+    const char* v = std::getenv(name);
+    return v ? std::optional<std::string>(v) : std::nullopt;
+  };
+  auto oldLocPath = env("LOCPATH"), oldAll = env("LC_ALL");
+  setenv("LOCPATH", dir.c_str(), 1);
+
+  RegionalSettings de = RegionalFromLocale("de_DE.UTF-8");
+  EXPECT_EQ(de.shortDatePattern, "dd.mm.yyyy");
+  EXPECT_EQ(de.decimalSeparator, ",");
+  EXPECT_EQ(de.thousandSeparator, ".");
+  EXPECT_EQ(de.trueText, "Wahr");
+
+  setenv("LC_ALL", "en_US.UTF-8", 1);
+  ResetRegional();
+  EXPECT_EQ(Regional().shortDatePattern, "mm/dd/yyyy");
+  EXPECT_EQ(Regional().decimalSeparator, ".");
+  EXPECT_EQ(Regional().thousandSeparator, ",");
+  EXPECT_EQ(Variant(true).ToString(), "True");
+  EXPECT_EQ(Variant::FromDate(DateSerial(2002, 12, 31)).ToString(), "12/31/2002");
+
+  if (oldLocPath)
+    setenv("LOCPATH", oldLocPath->c_str(), 1);
+  else
+    unsetenv("LOCPATH");
+  if (oldAll)
+    setenv("LC_ALL", oldAll->c_str(), 1);
+  else
+    unsetenv("LC_ALL");
+  SetRegional(saved);
+  fs::remove_all(dir);
 }
 
 }  // namespace
