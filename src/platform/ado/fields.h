@@ -70,6 +70,8 @@ class Fields : public Object {
   std::int32_t Count() const { return static_cast<std::int32_t>(items_.size()); }
   Field& Item(std::int32_t index) const;
   Field& Item(std::string_view name) const;
+  Field& Item(const char* name) const { return Item(std::string_view(name)); }
+  Field& Item(const std::string& name) const { return Item(std::string_view(name)); }
   // The item for a Variant key: a number is a position, anything else a name.
   Field& Item(const Variant& key) const;
   Field* Find(std::string_view name) const;

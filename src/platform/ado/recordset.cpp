@@ -42,6 +42,12 @@ std::string ReadIdentifier(std::string_view s, std::size_t& i) {
     if (end == std::string_view::npos) return {};
     std::string name(s.substr(i + 1, end - i - 1));
     i = end + 1;
+    // The text driver's `folder`\file.TXT names one table: folder and file.
+    if (open == '`' && i < s.size() && s[i] == '\\') {
+      std::size_t start = i;
+      while (i < s.size() && !std::isspace(static_cast<unsigned char>(s[i]))) ++i;
+      name += std::string(s.substr(start, i - start));
+    }
     return name;
   }
   std::size_t start = i;

@@ -10,9 +10,28 @@
 
 namespace ketrova::ado {
 
-std::vector<OdbcDiagRecord> ReadDiagnostics(SQLSMALLINT handleType, SQLHANDLE handle) {
+std::vector<OdbcDiagRecord> ReadDiagnostics(SQLSMALLINT handleType, SQLHANDLE handle, bool narrow) {
   std::vector<OdbcDiagRecord> records;
   if (!handle) return records;
+  if (narrow) {
+    for (SQLSMALLINT i = 1;; ++i) {
+      SQLCHAR state[6] = {};
+      SQLINTEGER native = 0;
+      SQLCHAR message[4096] = {};
+      SQLSMALLINT length = 0;
+      if (!SQL_SUCCEEDED(SQLGetDiagRec(handleType, handle, i, state, &native, message,
+                                       sizeof message, &length)))
+        break;
+      OdbcDiagRecord r;
+      r.sqlState = reinterpret_cast<char*>(state);
+      r.nativeError = native;
+      r.message = reinterpret_cast<char*>(message);
+      while (!r.message.empty() && (r.message.back() == '\n' || r.message.back() == '\r'))
+        r.message.pop_back();
+      records.push_back(std::move(r));
+    }
+    return records;
+  }
   for (SQLSMALLINT i = 1;; ++i) {
     SQLWCHAR state[6] = {};
     SQLINTEGER native = 0;
@@ -56,11 +75,10 @@ std::string OdbcErrorText(const std::vector<OdbcDiagRecord>& records) {
   return text;
 }
 
-void ThrowOdbcError(SQLSMALLINT handleType, SQLHANDLE handle, OdbcPhase phase,
-                    const std::string& fallback) {
-  auto records = ReadDiagnostics(handleType, handle);
+void ThrowOdbcError(SQLSMALLINT handleType, SQLHANDLE handle, OdbcPhase phase, bool narrow) {
+  auto records = ReadDiagnostics(handleType, handle, narrow);
   std::string text = OdbcErrorText(records);
-  if (text.empty()) text = fallback.empty() ? "ODBC-Fehler" : fallback;
+  if (text.empty()) text = "ODBC-Fehler";
   throw VbError(OdbcErrorNumber(records, phase), text, "Ketrova.ODBC");
 }
 

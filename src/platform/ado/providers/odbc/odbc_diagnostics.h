@@ -19,7 +19,10 @@ struct OdbcDiagRecord {
   std::string message;
 };
 
-std::vector<OdbcDiagRecord> ReadDiagnostics(SQLSMALLINT handleType, SQLHANDLE handle);
+// `narrow`: the driver has no wide calls and speaks UTF-8 through the narrow
+// ones (the SQLite3 driver); the driver manager would mangle its messages.
+std::vector<OdbcDiagRecord> ReadDiagnostics(SQLSMALLINT handleType, SQLHANDLE handle,
+                                            bool narrow = false);
 
 // What the failure happened during: it decides the number when the SQLSTATE
 // does not.
@@ -34,6 +37,6 @@ std::int32_t OdbcErrorNumber(const std::vector<OdbcDiagRecord>& records, OdbcPha
 std::string OdbcErrorText(const std::vector<OdbcDiagRecord>& records);
 
 [[noreturn]] void ThrowOdbcError(SQLSMALLINT handleType, SQLHANDLE handle, OdbcPhase phase,
-                                 const std::string& fallback = {});
+                                 bool narrow = false);
 
 }  // namespace ketrova::ado

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <limits>
 
@@ -46,6 +47,10 @@ SQLWCHAR* W(std::u16string& s) {
   return reinterpret_cast<SQLWCHAR*>(s.data());
 }
 
+SQLCHAR* N(std::string& s) {
+  return reinterpret_cast<SQLCHAR*>(s.data());
+}
+
 std::string FromW(const SQLWCHAR* s, std::size_t n) {
   return Utf16ToUtf8(std::u16string_view(reinterpret_cast<const char16_t*>(s), n));
 }
@@ -55,8 +60,8 @@ std::string Upper(std::string s) {
   return s;
 }
 
-void Check(SQLRETURN rc, SQLSMALLINT type, SQLHANDLE h, OdbcPhase phase) {
-  if (!SQL_SUCCEEDED(rc) && rc != SQL_NO_DATA) ThrowOdbcError(type, h, phase);
+void Check(SQLRETURN rc, SQLSMALLINT type, SQLHANDLE h, OdbcPhase phase, bool narrow = false) {
+  if (!SQL_SUCCEEDED(rc) && rc != SQL_NO_DATA) ThrowOdbcError(type, h, phase, narrow);
 }
 
 // ADO's type for an ODBC SQL type, as the ODBC provider of ADO chose it.
@@ -183,31 +188,52 @@ void SetSizes(ColumnInfo& c, SQLULEN columnSize, SQLSMALLINT digits) {
   }
 }
 
-ColumnInfo Describe(SQLHSTMT stmt, SQLUSMALLINT col) {
-  SQLWCHAR name[512];
+// A text attribute of a result column.
+std::string ColumnAttribute(SQLHSTMT stmt, SQLUSMALLINT col, SQLUSMALLINT field, bool narrow) {
+  SQLSMALLINT len = 0;
+  if (narrow) {
+    SQLCHAR text[1024] = {};
+    if (!SQL_SUCCEEDED(SQLColAttribute(stmt, col, field, text, sizeof text, &len, nullptr)))
+      return {};
+    return reinterpret_cast<char*>(text);
+  }
+  SQLWCHAR text[512];
+  if (!SQL_SUCCEEDED(SQLColAttributeW(stmt, col, field, text, sizeof text, &len, nullptr)))
+    return {};
+  return FromW(
+      text, std::min<std::size_t>(
+                static_cast<std::size_t>(std::max<SQLSMALLINT>(len, 0)) / sizeof(SQLWCHAR), 511));
+}
+
+ColumnInfo Describe(SQLHSTMT stmt, SQLUSMALLINT col, bool narrow) {
   SQLSMALLINT nameLen = 0, sqlType = 0, digits = 0, nullable = SQL_NULLABLE_UNKNOWN;
   SQLULEN size = 0;
-  Check(SQLDescribeColW(stmt, col, name, 512, &nameLen, &sqlType, &size, &digits, &nullable),
-        SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement);
   ColumnInfo c;
-  c.name = FromW(name, static_cast<std::size_t>(std::min<SQLSMALLINT>(nameLen, 511)));
+  if (narrow) {
+    SQLCHAR name[1024] = {};
+    Check(
+        SQLDescribeCol(stmt, col, name, sizeof name, &nameLen, &sqlType, &size, &digits, &nullable),
+        SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement, narrow);
+    c.name = reinterpret_cast<char*>(name);
+  } else {
+    SQLWCHAR name[512];
+    Check(SQLDescribeColW(stmt, col, name, 512, &nameLen, &sqlType, &size, &digits, &nullable),
+          SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement);
+    c.name = FromW(name, static_cast<std::size_t>(std::min<SQLSMALLINT>(nameLen, 511)));
+  }
   c.sqlType = sqlType;
   SQLLEN isUnsigned = SQL_FALSE, autoUnique = SQL_FALSE;
-  SQLColAttributeW(stmt, col, SQL_DESC_UNSIGNED, nullptr, 0, nullptr, &isUnsigned);
-  SQLColAttributeW(stmt, col, SQL_DESC_AUTO_UNIQUE_VALUE, nullptr, 0, nullptr, &autoUnique);
-  SQLWCHAR text[512];
-  SQLSMALLINT len = 0;
-  if (SQL_SUCCEEDED(
-          SQLColAttributeW(stmt, col, SQL_DESC_TYPE_NAME, text, sizeof text, &len, nullptr)))
-    c.typeName = FromW(text, std::min<std::size_t>(len / sizeof(SQLWCHAR), 511));
-  if (SQL_SUCCEEDED(
-          SQLColAttributeW(stmt, col, SQL_DESC_BASE_TABLE_NAME, text, sizeof text, &len, nullptr)))
-    c.baseTable = FromW(text, std::min<std::size_t>(len / sizeof(SQLWCHAR), 511));
-  if (SQL_SUCCEEDED(
-          SQLColAttributeW(stmt, col, SQL_DESC_BASE_COLUMN_NAME, text, sizeof text, &len, nullptr)))
-    c.baseColumn = FromW(text, std::min<std::size_t>(len / sizeof(SQLWCHAR), 511));
+  SQLColAttribute(stmt, col, SQL_DESC_UNSIGNED, nullptr, 0, nullptr, &isUnsigned);
+  SQLColAttribute(stmt, col, SQL_DESC_AUTO_UNIQUE_VALUE, nullptr, 0, nullptr, &autoUnique);
+  c.typeName = ColumnAttribute(stmt, col, SQL_DESC_TYPE_NAME, narrow);
+  c.baseTable = ColumnAttribute(stmt, col, SQL_DESC_BASE_TABLE_NAME, narrow);
+  c.baseColumn = ColumnAttribute(stmt, col, SQL_DESC_BASE_COLUMN_NAME, narrow);
   c.type = AdoType(sqlType, isUnsigned == SQL_TRUE);
-  // Drivers that report text of unknown length as a long type still mean text.
+  // The SQLite3 driver describes declared decimals as text.
+  std::string upperName = Upper(c.typeName);
+  if ((sqlType == SQL_VARCHAR || sqlType == SQL_CHAR) &&
+      (upperName.rfind("DECIMAL", 0) == 0 || upperName.rfind("NUMERIC", 0) == 0))
+    c.type = adNumeric;
   SetSizes(c, size, digits);
   c.nullable = nullable != SQL_NO_NULLS;
   c.autoIncrement = autoUnique == SQL_TRUE;
@@ -216,14 +242,15 @@ ColumnInfo Describe(SQLHSTMT stmt, SQLUSMALLINT col) {
 
 // Reads the whole of a long column with repeated SQLGetData calls.
 template <typename Char>
-bool GetChunks(SQLHSTMT stmt, SQLUSMALLINT col, SQLSMALLINT cType, std::basic_string<Char>& out) {
+bool GetChunks(SQLHSTMT stmt, SQLUSMALLINT col, SQLSMALLINT cType, std::basic_string<Char>& out,
+               bool narrow = false) {
   out.clear();
   Char buf[2048];
   for (;;) {
     SQLLEN ind = 0;
     SQLRETURN rc = SQLGetData(stmt, col, cType, buf, sizeof buf, &ind);
     if (rc == SQL_NO_DATA) break;
-    if (!SQL_SUCCEEDED(rc)) ThrowOdbcError(SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement);
+    if (!SQL_SUCCEEDED(rc)) ThrowOdbcError(SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement, narrow);
     if (ind == SQL_NULL_DATA) return false;
     std::size_t terminator = (cType == SQL_C_BINARY) ? 0 : 1;
     std::size_t capacity = sizeof buf / sizeof(Char) - terminator;
@@ -250,11 +277,11 @@ Variant IntegerValue(std::int64_t v, DataTypeEnum type) {
   return Variant(static_cast<double>(v));
 }
 
-Variant GetValue(SQLHSTMT stmt, SQLUSMALLINT col, const ColumnInfo& c) {
+Variant GetValue(SQLHSTMT stmt, SQLUSMALLINT col, const ColumnInfo& c, bool narrow) {
   SQLLEN ind = 0;
   auto get = [&](SQLSMALLINT cType, void* buf, SQLLEN size) {
     SQLRETURN rc = SQLGetData(stmt, col, cType, buf, size, &ind);
-    if (!SQL_SUCCEEDED(rc)) ThrowOdbcError(SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement);
+    if (!SQL_SUCCEEDED(rc)) ThrowOdbcError(SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement, narrow);
     return ind != SQL_NULL_DATA;
   };
   switch (c.type) {
@@ -323,7 +350,7 @@ Variant GetValue(SQLHSTMT stmt, SQLUSMALLINT col, const ColumnInfo& c) {
     case adVarBinary:
     case adLongVarBinary: {
       std::basic_string<unsigned char> bytes;
-      if (!GetChunks(stmt, col, SQL_C_BINARY, bytes)) return Variant::Null();
+      if (!GetChunks(stmt, col, SQL_C_BINARY, bytes, narrow)) return Variant::Null();
       auto array = std::make_shared<SafeArray>();
       array->elementType = vbByte;
       array->bounds.push_back({0, static_cast<std::int32_t>(bytes.size())});
@@ -332,6 +359,11 @@ Variant GetValue(SQLHSTMT stmt, SQLUSMALLINT col, const ColumnInfo& c) {
       return Variant(array);
     }
     default: {
+      if (narrow) {
+        std::string text;
+        if (!GetChunks(stmt, col, SQL_C_CHAR, text, narrow)) return Variant::Null();
+        return Variant(std::move(text));
+      }
       std::u16string text;
       if (!GetChunks(stmt, col, SQL_C_WCHAR, text)) return Variant::Null();
       return Variant(Utf16ToUtf8(text));
@@ -351,7 +383,7 @@ struct ParamBuffer {
   SQLLEN ind = 0;
 };
 
-void BindParam(SQLHSTMT stmt, SQLUSMALLINT n, const Variant& v, ParamBuffer& b) {
+void BindParam(SQLHSTMT stmt, SQLUSMALLINT n, const Variant& v, ParamBuffer& b, bool narrow) {
   SQLRETURN rc;
   switch (v.Type()) {
     case vbEmpty:
@@ -418,6 +450,14 @@ void BindParam(SQLHSTMT stmt, SQLUSMALLINT n, const Variant& v, ParamBuffer& b) 
                               static_cast<SQLLEN>(b.bytes.size()), &b.ind);
         break;
       }
+      if (narrow) {
+        b.narrow = v.ToText();
+        b.ind = static_cast<SQLLEN>(b.narrow.size());
+        rc = SQLBindParameter(stmt, n, SQL_PARAM_INPUT, SQL_C_CHAR, SQL_VARCHAR,
+                              std::max<SQLULEN>(b.narrow.size(), 1), 0, b.narrow.data(),
+                              static_cast<SQLLEN>(b.narrow.size()), &b.ind);
+        break;
+      }
       b.text = Utf8ToUtf16(v.ToText());
       b.ind = static_cast<SQLLEN>(b.text.size() * sizeof(char16_t));
       rc = SQLBindParameter(stmt, n, SQL_PARAM_INPUT, SQL_C_WCHAR, SQL_WVARCHAR,
@@ -425,7 +465,7 @@ void BindParam(SQLHSTMT stmt, SQLUSMALLINT n, const Variant& v, ParamBuffer& b) 
                             static_cast<SQLLEN>(b.text.size() * sizeof(char16_t)), &b.ind);
       break;
   }
-  Check(rc, SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement);
+  Check(rc, SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement, narrow);
 }
 
 class OdbcCursor : public Cursor {
@@ -434,7 +474,9 @@ class OdbcCursor : public Cursor {
       : provider_(provider), statement_(std::move(statement)) {}
   ~OdbcCursor() override {
     SQLFreeStmt(statement_->stmt, SQL_CLOSE);
-    provider_.Release(std::move(statement_));
+    // A result left before its end is not reused: some drivers would go on
+    // where it stopped at the next execution.
+    if (atEnd_) provider_.Release(std::move(statement_));
   }
   const std::vector<ColumnInfo>& Columns() const override { return statement_->columns; }
   std::size_t Fetch(std::vector<Row>& rows, std::size_t count) override {
@@ -447,11 +489,13 @@ class OdbcCursor : public Cursor {
         atEnd_ = true;
         break;
       }
-      if (!SQL_SUCCEEDED(rc)) ThrowOdbcError(SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement);
+      if (!SQL_SUCCEEDED(rc))
+        ThrowOdbcError(SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement, provider_.Narrow());
       Row row;
       row.reserve(cols.size());
       for (std::size_t i = 0; i < cols.size(); ++i)
-        row.push_back(GetValue(stmt, static_cast<SQLUSMALLINT>(i + 1), cols[i]));
+        row.push_back(
+            GetValue(stmt, static_cast<SQLUSMALLINT>(i + 1), cols[i], provider_.Narrow()));
       rows.push_back(std::move(row));
       ++got;
     }
@@ -471,11 +515,6 @@ bool IsDdl(const std::string& sql) {
   return head.rfind("CREATE", 0) == 0 || head.rfind("ALTER", 0) == 0 || head.rfind("DROP", 0) == 0;
 }
 
-std::string Quoted(const std::string& name, const std::string& quote) {
-  std::string close = quote == "[" ? "]" : quote;
-  return quote + name + close;
-}
-
 }  // namespace
 
 OdbcProvider::OdbcProvider(const ConnectionSpec& spec) {
@@ -483,30 +522,30 @@ OdbcProvider::OdbcProvider(const ConnectionSpec& spec) {
   if (!env) throw VbError(kErrGeneral, "ODBC-Umgebung nicht verfügbar", "Ketrova.ODBC");
   Check(SQLAllocHandle(SQL_HANDLE_DBC, env, &dbc_), SQL_HANDLE_ENV, env, OdbcPhase::kConnect);
   SQLSetConnectAttr(dbc_, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(15), 0);
-  std::u16string in = Utf8ToUtf16(spec.odbcString);
-  SQLWCHAR out[2048];
+  // The narrow call: connection strings are ASCII in practice, and a driver
+  // without wide calls (SQLite3) then gets a UTF-8 file name unchanged.
+  std::string in = spec.odbcString;
+  SQLCHAR out[2048];
   SQLSMALLINT outLen = 0;
-  SQLRETURN rc = SQLDriverConnectW(dbc_, nullptr, W(in), static_cast<SQLSMALLINT>(in.size()), out,
-                                   2048, &outLen, SQL_DRIVER_NOPROMPT);
+  SQLRETURN rc = SQLDriverConnect(dbc_, nullptr, N(in), static_cast<SQLSMALLINT>(in.size()), out,
+                                  sizeof out, &outLen, SQL_DRIVER_NOPROMPT);
   if (!SQL_SUCCEEDED(rc)) {
-    auto records = ReadDiagnostics(SQL_HANDLE_DBC, dbc_);
+    auto records = ReadDiagnostics(SQL_HANDLE_DBC, dbc_, true);
     SQLFreeHandle(SQL_HANDLE_DBC, dbc_);
     dbc_ = SQL_NULL_HDBC;
     std::string text = OdbcErrorText(records);
     if (text.empty()) text = "Verbindung fehlgeschlagen: " + spec.odbcString;
     throw VbError(OdbcErrorNumber(records, OdbcPhase::kConnect), text, "Ketrova.ODBC");
   }
-  SQLWCHAR info[256];
+  SQLCHAR info[256] = {};
   SQLSMALLINT len = 0;
-  if (SQL_SUCCEEDED(SQLGetInfoW(dbc_, SQL_DBMS_NAME, info, sizeof info, &len)))
-    dbms_ = FromW(info, std::min<std::size_t>(len / sizeof(SQLWCHAR), 255));
-  if (SQL_SUCCEEDED(SQLGetInfoW(dbc_, SQL_IDENTIFIER_QUOTE_CHAR, info, sizeof info, &len)))
-    quote_ = FromW(info, std::min<std::size_t>(len / sizeof(SQLWCHAR), 255));
-  if (quote_ == " " || quote_.empty()) quote_ = "\"";
+  if (SQL_SUCCEEDED(SQLGetInfo(dbc_, SQL_DBMS_NAME, info, sizeof info, &len)))
+    dbms_ = reinterpret_cast<char*>(info);
   std::string upper = Upper(dbms_);
   if (upper.find("SQLITE") != std::string::npos) {
     dialect_ = "sqlite";
     quote_ = "\"";
+    narrow_ = true;
     // Each record commits on its own; WAL with synchronous NORMAL makes that cheap.
     ExecDirect("PRAGMA journal_mode=WAL");
     ExecDirect("PRAGMA synchronous=NORMAL");
@@ -520,6 +559,9 @@ OdbcProvider::OdbcProvider(const ConnectionSpec& spec) {
   } else if (upper.find("SQL SERVER") != std::string::npos) {
     dialect_ = "mssql";
     quote_ = "[";
+  } else if (SQL_SUCCEEDED(SQLGetInfo(dbc_, SQL_IDENTIFIER_QUOTE_CHAR, info, sizeof info, &len))) {
+    quote_ = reinterpret_cast<char*>(info);
+    if (quote_ == " " || quote_.empty()) quote_ = "\"";
   }
 }
 
@@ -537,13 +579,42 @@ std::string OdbcProvider::Rewrite(const std::string& sql) const {
   return sql;
 }
 
+SQLRETURN OdbcProvider::Prepare(SQLHSTMT stmt, const std::string& sql) {
+  if (narrow_) {
+    std::string s = sql;
+    return SQLPrepare(stmt, N(s), static_cast<SQLINTEGER>(s.size()));
+  }
+  std::u16string w = Utf8ToUtf16(sql);
+  return SQLPrepareW(stmt, W(w), static_cast<SQLINTEGER>(w.size()));
+}
+
+SQLRETURN OdbcProvider::ExecDirectText(SQLHSTMT stmt, const std::string& sql) {
+  if (narrow_) {
+    std::string s = sql;
+    return SQLExecDirect(stmt, N(s), static_cast<SQLINTEGER>(s.size()));
+  }
+  std::u16string w = Utf8ToUtf16(sql);
+  return SQLExecDirectW(stmt, W(w), static_cast<SQLINTEGER>(w.size()));
+}
+
+std::string OdbcProvider::ColumnText(SQLHSTMT stmt, SQLUSMALLINT col) {
+  if (narrow_) {
+    std::string text;
+    if (!GetChunks(stmt, col, SQL_C_CHAR, text, true)) return {};
+    return text;
+  }
+  std::u16string text;
+  if (!GetChunks(stmt, col, SQL_C_WCHAR, text)) return {};
+  return Utf16ToUtf8(text);
+}
+
 void OdbcProvider::ExecDirect(const std::string& sql) {
   SQLHSTMT stmt = SQL_NULL_HSTMT;
-  Check(SQLAllocHandle(SQL_HANDLE_STMT, dbc_, &stmt), SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther);
-  std::u16string w = Utf8ToUtf16(sql);
-  SQLRETURN rc = SQLExecDirectW(stmt, W(w), static_cast<SQLINTEGER>(w.size()));
+  Check(SQLAllocHandle(SQL_HANDLE_STMT, dbc_, &stmt), SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther,
+        narrow_);
+  SQLRETURN rc = ExecDirectText(stmt, sql);
   if (!SQL_SUCCEEDED(rc) && rc != SQL_NO_DATA) {
-    auto records = ReadDiagnostics(SQL_HANDLE_STMT, stmt);
+    auto records = ReadDiagnostics(SQL_HANDLE_STMT, stmt, narrow_);
     SQLFreeHandle(SQL_HANDLE_STMT, stmt);
     throw VbError(OdbcErrorNumber(records, OdbcPhase::kStatement), OdbcErrorText(records),
                   "Ketrova.ODBC");
@@ -561,10 +632,14 @@ std::unique_ptr<OdbcStatement> OdbcProvider::Acquire(const std::string& sql) {
   }
   auto s = std::make_unique<OdbcStatement>();
   s->sql = sql;
-  Check(SQLAllocHandle(SQL_HANDLE_STMT, dbc_, &s->stmt), SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther);
-  std::u16string w = Utf8ToUtf16(Rewrite(sql));
-  Check(SQLPrepareW(s->stmt, W(w), static_cast<SQLINTEGER>(w.size())), SQL_HANDLE_STMT, s->stmt,
-        OdbcPhase::kStatement);
+  Check(SQLAllocHandle(SQL_HANDLE_STMT, dbc_, &s->stmt), SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther,
+        narrow_);
+  SQLRETURN rc = Prepare(s->stmt, Rewrite(sql));
+  if (!SQL_SUCCEEDED(rc)) {
+    auto records = ReadDiagnostics(SQL_HANDLE_STMT, s->stmt, narrow_);
+    throw VbError(OdbcErrorNumber(records, OdbcPhase::kStatement), OdbcErrorText(records),
+                  "Ketrova.ODBC");
+  }
   return s;
 }
 
@@ -598,11 +673,10 @@ ExecuteResult OdbcProvider::Execute(const std::string& sql, std::span<const Vari
   }
   std::vector<ParamBuffer> buffers(params.size());
   for (std::size_t i = 0; i < params.size(); ++i)
-    BindParam(stmt, static_cast<SQLUSMALLINT>(i + 1), params[i], buffers[i]);
+    BindParam(stmt, static_cast<SQLUSMALLINT>(i + 1), params[i], buffers[i], narrow_);
   SQLRETURN rc = SQLExecute(stmt);
   if (!SQL_SUCCEEDED(rc) && rc != SQL_NO_DATA) {
-    auto records = ReadDiagnostics(SQL_HANDLE_STMT, stmt);
-    SQLFreeStmt(stmt, SQL_CLOSE);
+    auto records = ReadDiagnostics(SQL_HANDLE_STMT, stmt, narrow_);
     // A statement that failed may be in a state the driver cannot reuse.
     s.reset();
     throw VbError(OdbcErrorNumber(records, OdbcPhase::kStatement), OdbcErrorText(records),
@@ -615,7 +689,8 @@ ExecuteResult OdbcProvider::Execute(const std::string& sql, std::span<const Vari
     if (!s->described || s->columns.size() != static_cast<std::size_t>(columns)) {
       s->columns.clear();
       for (SQLSMALLINT c = 1; c <= columns; ++c)
-        s->columns.push_back(Describe(stmt, static_cast<SQLUSMALLINT>(c)));
+        s->columns.push_back(Describe(stmt, static_cast<SQLUSMALLINT>(c), narrow_));
+      if (dialect_ == "sqlite") DeclaredDecimals(s->columns);
       s->described = true;
     }
     result.cursor = std::make_unique<OdbcCursor>(*this, std::move(s));
@@ -629,10 +704,38 @@ ExecuteResult OdbcProvider::Execute(const std::string& sql, std::span<const Vari
   return result;
 }
 
+void OdbcProvider::DeclaredDecimals(std::vector<ColumnInfo>& columns) {
+  // SQLite keeps the declared "DECIMAL(p,s)" only in the table's definition.
+  for (auto& c : columns) {
+    if (c.type != adNumeric || c.baseTable.empty()) continue;
+    auto& declared = declaredTypes_[c.baseTable];
+    if (declared.empty()) {
+      SQLHSTMT stmt = NewCatalogStatement();
+      std::string table = c.baseTable;
+      if (SQL_SUCCEEDED(SQLColumns(stmt, nullptr, 0, nullptr, 0, N(table), SQL_NTS, nullptr, 0))) {
+        while (SQL_SUCCEEDED(SQLFetch(stmt))) {
+          std::string column = ColumnText(stmt, 4);
+          declared[column] = ColumnText(stmt, 6);
+        }
+      }
+      SQLFreeHandle(SQL_HANDLE_STMT, stmt);
+    }
+    auto it = declared.find(c.baseColumn.empty() ? c.name : c.baseColumn);
+    if (it == declared.end()) continue;
+    unsigned p = 0, sc = 0;
+    auto open = it->second.find('(');
+    if (open == std::string::npos) continue;
+    if (std::sscanf(it->second.c_str() + open, "(%u,%u)", &p, &sc) >= 1) {
+      c.precision = static_cast<std::uint8_t>(std::min(p, 255u));
+      c.numericScale = static_cast<std::uint8_t>(std::min(sc, 255u));
+    }
+  }
+}
+
 void OdbcProvider::BeginTrans() {
   Check(SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT,
                           reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_OFF), 0),
-        SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther);
+        SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther, narrow_);
   inTransaction_ = true;
 }
 
@@ -641,7 +744,7 @@ void OdbcProvider::CommitTrans() {
   SQLRETURN rc = SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_COMMIT);
   SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);
   inTransaction_ = false;
-  Check(rc, SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther);
+  Check(rc, SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther, narrow_);
 }
 
 void OdbcProvider::RollbackTrans() {
@@ -649,40 +752,63 @@ void OdbcProvider::RollbackTrans() {
   SQLRETURN rc = SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_ROLLBACK);
   SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);
   inTransaction_ = false;
-  Check(rc, SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther);
+  Check(rc, SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther, narrow_);
 }
 
 SQLHSTMT OdbcProvider::NewCatalogStatement() {
   SQLHSTMT stmt = SQL_NULL_HSTMT;
-  Check(SQLAllocHandle(SQL_HANDLE_STMT, dbc_, &stmt), SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther);
+  Check(SQLAllocHandle(SQL_HANDLE_STMT, dbc_, &stmt), SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther,
+        narrow_);
   return stmt;
 }
 
 namespace {
-std::string ColumnText(SQLHSTMT stmt, SQLUSMALLINT col) {
-  std::u16string text;
-  if (!GetChunks(stmt, col, SQL_C_WCHAR, text)) return {};
-  return Utf16ToUtf8(text);
-}
 struct StmtGuard {
   SQLHSTMT stmt;
   ~StmtGuard() { SQLFreeHandle(SQL_HANDLE_STMT, stmt); }
 };
 }  // namespace
 
+SQLRETURN OdbcProvider::CatalogCall(SQLHSTMT stmt, CatalogFunction function,
+                                    const std::string& table, const std::string& extra) {
+  // Empty text means "no argument" (a null pointer), as the catalog calls take it.
+  if (narrow_) {
+    std::string t = table, x = extra;
+    SQLCHAR* tp = t.empty() ? nullptr : N(t);
+    SQLCHAR* xp = x.empty() ? nullptr : N(x);
+    switch (function) {
+      case CatalogFunction::kTables:
+        return SQLTables(stmt, nullptr, 0, nullptr, 0, nullptr, 0, xp, xp ? SQL_NTS : 0);
+      case CatalogFunction::kPrimaryKeys:
+        return SQLPrimaryKeys(stmt, nullptr, 0, nullptr, 0, tp, SQL_NTS);
+      case CatalogFunction::kStatistics:
+        return SQLStatistics(stmt, nullptr, 0, nullptr, 0, tp, SQL_NTS, SQL_INDEX_ALL, SQL_QUICK);
+    }
+  }
+  std::u16string t = Utf8ToUtf16(table), x = Utf8ToUtf16(extra);
+  SQLWCHAR* tp = t.empty() ? nullptr : W(t);
+  SQLWCHAR* xp = x.empty() ? nullptr : W(x);
+  switch (function) {
+    case CatalogFunction::kTables:
+      if (dialect_ == "postgresql") {
+        // Only the public schema, as a user of the database sees it.
+        std::u16string schema = u"public";
+        return SQLTablesW(stmt, nullptr, 0, W(schema), SQL_NTS, nullptr, 0, xp, xp ? SQL_NTS : 0);
+      }
+      return SQLTablesW(stmt, nullptr, 0, nullptr, 0, nullptr, 0, xp, xp ? SQL_NTS : 0);
+    case CatalogFunction::kPrimaryKeys:
+      return SQLPrimaryKeysW(stmt, nullptr, 0, nullptr, 0, tp, SQL_NTS);
+    case CatalogFunction::kStatistics:
+      return SQLStatisticsW(stmt, nullptr, 0, nullptr, 0, tp, SQL_NTS, SQL_INDEX_ALL, SQL_QUICK);
+  }
+  return SQL_ERROR;
+}
+
 std::vector<TableInfo> OdbcProvider::Tables() {
   SQLHSTMT stmt = NewCatalogStatement();
   StmtGuard guard{stmt};
-  std::u16string types = u"TABLE,VIEW,SYSTEM TABLE";
-  SQLRETURN rc;
-  if (dialect_ == "postgresql") {
-    // Only the schemas on the search path, as a user of the database sees them.
-    std::u16string schema = u"public";
-    rc = SQLTablesW(stmt, nullptr, 0, W(schema), SQL_NTS, nullptr, 0, W(types), SQL_NTS);
-  } else {
-    rc = SQLTablesW(stmt, nullptr, 0, nullptr, 0, nullptr, 0, W(types), SQL_NTS);
-  }
-  Check(rc, SQL_HANDLE_STMT, stmt, OdbcPhase::kOther);
+  Check(CatalogCall(stmt, CatalogFunction::kTables, {}, "TABLE,VIEW,SYSTEM TABLE"), SQL_HANDLE_STMT,
+        stmt, OdbcPhase::kOther, narrow_);
   std::vector<TableInfo> tables;
   while (SQL_SUCCEEDED(SQLFetch(stmt))) {
     TableInfo t;
@@ -691,18 +817,35 @@ std::vector<TableInfo> OdbcProvider::Tables() {
     t.name = ColumnText(stmt, 3);
     t.type = Upper(ColumnText(stmt, 4));
     if (t.type == "BASE TABLE") t.type = "TABLE";
-    if (t.type == "SYSTEM VIEW") t.type = "SYSTEM VIEW";
     tables.push_back(std::move(t));
   }
   return tables;
 }
 
 std::string OdbcProvider::ActualTableName(const std::string& table) {
-  for (const auto& t : Tables())
+  auto tables = Tables();
+  for (const auto& t : tables)
     if (t.name == table) return table;
-  for (const auto& t : Tables())
+  for (const auto& t : tables)
     if (KeyEquals(t.name, table)) return t.name;
   throw VbError(kErrUnknownTable, "Die Tabelle '" + table + "' existiert nicht.", "Ketrova.ODBC");
+}
+
+std::vector<std::pair<int, std::string>> OdbcProvider::PrimaryKey(const std::string& table,
+                                                                  std::string* name) {
+  std::vector<std::pair<int, std::string>> keyed;
+  SQLHSTMT stmt = NewCatalogStatement();
+  StmtGuard guard{stmt};
+  if (!SQL_SUCCEEDED(CatalogCall(stmt, CatalogFunction::kPrimaryKeys, table))) return keyed;
+  while (SQL_SUCCEEDED(SQLFetch(stmt))) {
+    SQLSMALLINT seq = 0;
+    SQLLEN ind = 0;
+    SQLGetData(stmt, 5, SQL_C_SSHORT, &seq, 0, &ind);
+    keyed.emplace_back(seq, ColumnText(stmt, 4));
+    if (name) *name = ColumnText(stmt, 6);
+  }
+  std::sort(keyed.begin(), keyed.end());
+  return keyed;
 }
 
 std::vector<ColumnInfo> OdbcProvider::TableColumns(const std::string& table) {
@@ -711,61 +854,35 @@ std::vector<ColumnInfo> OdbcProvider::TableColumns(const std::string& table) {
   {
     SQLHSTMT stmt = NewCatalogStatement();
     StmtGuard guard{stmt};
-    std::u16string w = Utf8ToUtf16("SELECT * FROM " + Quoted(name, quote_) + " WHERE 1=0");
-    Check(SQLExecDirectW(stmt, W(w), static_cast<SQLINTEGER>(w.size())), SQL_HANDLE_STMT, stmt,
-          OdbcPhase::kStatement);
+    Check(ExecDirectText(stmt, Rewrite("SELECT * FROM [" + name + "] WHERE 1=0")), SQL_HANDLE_STMT,
+          stmt, OdbcPhase::kStatement, narrow_);
     SQLSMALLINT n = 0;
     SQLNumResultCols(stmt, &n);
     for (SQLSMALLINT c = 1; c <= n; ++c) {
-      ColumnInfo info = Describe(stmt, static_cast<SQLUSMALLINT>(c));
+      ColumnInfo info = Describe(stmt, static_cast<SQLUSMALLINT>(c), narrow_);
       if (info.baseTable.empty()) info.baseTable = name;
       if (info.baseColumn.empty()) info.baseColumn = info.name;
       columns.push_back(std::move(info));
     }
   }
-  {
-    SQLHSTMT stmt = NewCatalogStatement();
-    StmtGuard guard{stmt};
-    std::u16string w = Utf8ToUtf16(name);
-    if (SQL_SUCCEEDED(SQLPrimaryKeysW(stmt, nullptr, 0, nullptr, 0, W(w), SQL_NTS))) {
-      while (SQL_SUCCEEDED(SQLFetch(stmt))) {
-        std::string col = ColumnText(stmt, 4);
-        for (auto& c : columns)
-          if (c.name == col) c.keyColumn = true;
-      }
-    }
-  }
+  if (dialect_ == "sqlite") DeclaredDecimals(columns);
+  for (const auto& [seq, col] : PrimaryKey(name, nullptr))
+    for (auto& c : columns)
+      if (c.name == col) c.keyColumn = true;
   return columns;
 }
 
 std::vector<IndexInfo> OdbcProvider::TableIndexes(const std::string& table) {
   std::string name = ActualTableName(table);
-  std::vector<std::string> pkColumns;
   std::string pkName;
-  {
-    SQLHSTMT stmt = NewCatalogStatement();
-    StmtGuard guard{stmt};
-    std::u16string w = Utf8ToUtf16(name);
-    if (SQL_SUCCEEDED(SQLPrimaryKeysW(stmt, nullptr, 0, nullptr, 0, W(w), SQL_NTS))) {
-      std::vector<std::pair<int, std::string>> keyed;
-      while (SQL_SUCCEEDED(SQLFetch(stmt))) {
-        SQLSMALLINT seq = 0;
-        SQLLEN ind = 0;
-        SQLGetData(stmt, 5, SQL_C_SSHORT, &seq, 0, &ind);
-        keyed.emplace_back(seq, ColumnText(stmt, 4));
-        pkName = ColumnText(stmt, 6);
-      }
-      std::sort(keyed.begin(), keyed.end());
-      for (auto& k : keyed) pkColumns.push_back(k.second);
-    }
-  }
+  std::vector<std::string> pkColumns;
+  for (auto& [seq, col] : PrimaryKey(name, &pkName)) pkColumns.push_back(col);
   std::vector<IndexInfo> indexes;
   {
     SQLHSTMT stmt = NewCatalogStatement();
     StmtGuard guard{stmt};
-    std::u16string w = Utf8ToUtf16(name);
-    Check(SQLStatisticsW(stmt, nullptr, 0, nullptr, 0, W(w), SQL_NTS, SQL_INDEX_ALL, SQL_QUICK),
-          SQL_HANDLE_STMT, stmt, OdbcPhase::kOther);
+    Check(CatalogCall(stmt, CatalogFunction::kStatistics, name), SQL_HANDLE_STMT, stmt,
+          OdbcPhase::kOther, narrow_);
     while (SQL_SUCCEEDED(SQLFetch(stmt))) {
       SQLSMALLINT type = 0, nonUnique = 0;
       SQLLEN ind = 0;

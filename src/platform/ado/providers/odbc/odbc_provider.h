@@ -42,6 +42,9 @@ class OdbcProvider : public Provider {
 
   // The DBMS name the driver reports ("SQLite", "PostgreSQL", "MariaDB" ...).
   const std::string& DbmsName() const { return dbms_; }
+  // True for a driver without wide calls (SQLite3): text goes as UTF-8
+  // through the narrow calls instead.
+  bool Narrow() const { return narrow_; }
 
   // Gives a statement back to the pool (called by the cursor that held it).
   void Release(std::unique_ptr<OdbcStatement> statement);
@@ -50,8 +53,17 @@ class OdbcProvider : public Provider {
   std::unique_ptr<OdbcStatement> Acquire(const std::string& sql);
   void ExecDirect(const std::string& sql);
   SQLHSTMT NewCatalogStatement();
+  enum class CatalogFunction { kTables, kPrimaryKeys, kStatistics };
+  SQLRETURN CatalogCall(SQLHSTMT stmt, CatalogFunction function, const std::string& table,
+                        const std::string& extra = {});
+  std::vector<std::pair<int, std::string>> PrimaryKey(const std::string& table, std::string* name);
+  void DeclaredDecimals(std::vector<ColumnInfo>& columns);
   std::string ActualTableName(const std::string& table);
   std::string Rewrite(const std::string& sql) const;
+  // Statement text and catalog names through the wide or narrow calls.
+  SQLRETURN Prepare(SQLHSTMT stmt, const std::string& sql);
+  SQLRETURN ExecDirectText(SQLHSTMT stmt, const std::string& sql);
+  std::string ColumnText(SQLHSTMT stmt, SQLUSMALLINT col);
 
   SQLHDBC dbc_ = SQL_NULL_HDBC;
   std::string dialect_ = "odbc";
@@ -59,8 +71,11 @@ class OdbcProvider : public Provider {
   std::string quote_ = "\"";
   int timeout_ = 30;
   bool inTransaction_ = false;
+  bool narrow_ = false;
   // Idle prepared statements by SQL text, most recently used first.
   std::list<std::unique_ptr<OdbcStatement>> idle_;
+  // Declared column types of SQLite tables, by table and column.
+  std::map<std::string, std::map<std::string, std::string>> declaredTypes_;
 };
 
 }  // namespace ketrova::ado
