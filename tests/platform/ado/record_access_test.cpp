@@ -103,7 +103,7 @@ TEST_P(RecordAccess, ValuesKeepTheirTypesNullsUmlautsDatesAndDecimals) {
   CreateTypesTable();
   db->Execute(
       "INSERT INTO [Kunden] VALUES (1, 7, 5000000000, 'Müller & Söhne ß', 'lang', 1234.56, 0.25, "
-      "'2024-02-29', '2024-02-29 13:45:10', 1)");
+      "'2024-02-29', '2024-02-29 13:45:10', TRUE)");
   db->Execute("INSERT INTO [Kunden] ([ID]) VALUES (2)");
   auto rs = std::make_shared<Recordset>();
   rs->Open("SELECT * FROM [Kunden] ORDER BY [ID]", Variant(ObjectPtr(db)), adOpenForwardOnly,
