@@ -90,6 +90,23 @@ std::size_t CodePointCount(std::string_view utf8) {
   return n;
 }
 
+std::size_t Utf8Offset(std::string_view utf8, std::size_t chars) {
+  std::size_t i = 0;
+  for (; i < utf8.size(); ++i) {
+    if ((static_cast<unsigned char>(utf8[i]) & 0xC0) != 0x80) {
+      if (chars == 0) return i;
+      --chars;
+    }
+  }
+  return i;
+}
+
+bool IsAscii(std::string_view text) {
+  for (unsigned char b : text)
+    if (b >= 0x80) return false;
+  return true;
+}
+
 std::u16string ToU16(std::string_view utf8) {
   std::u16string out;
   for (char32_t c : ToU32(utf8)) {

@@ -50,6 +50,10 @@ std::u32string ToU32(std::string_view utf8);
 std::string ToUtf8(std::u32string_view text);
 void AppendUtf8(std::string& out, char32_t c);
 std::size_t CodePointCount(std::string_view utf8);
+// The byte offset of the code point `chars` places in; the size when the text
+// is shorter.
+std::size_t Utf8Offset(std::string_view utf8, std::size_t chars);
+bool IsAscii(std::string_view text);
 
 // The UTF-16 code units of a text, and back (a lone surrogate becomes U+FFFD).
 std::u16string ToU16(std::string_view utf8);

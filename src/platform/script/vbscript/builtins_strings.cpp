@@ -63,6 +63,24 @@ std::u32string Fold(std::u32string text, bool textCompare) {
   return textCompare ? Lower(std::move(text)) : text;
 }
 
+// `source` with up to `count` (-1: every) occurrences of `needle` replaced,
+// found in `hay`, which is `source` or its folded form of equal length.
+template <typename Str>
+Str ReplaceAll(const Str& source, const Str& hay, const Str& needle, const Str& with,
+               std::int32_t count) {
+  Str out;
+  std::size_t pos = 0;
+  for (std::int32_t done = 0; count == -1 || done < count; ++done) {
+    std::size_t hit = hay.find(needle, pos);
+    if (hit == Str::npos) break;
+    out.append(source, pos, hit - pos);
+    out.append(with);
+    pos = hit + needle.size();
+  }
+  out.append(source, pos);
+  return out;
+}
+
 Variant TrimText(Args args, bool left, bool right) {
   if (args[0].IsNull()) return Variant::Null();
   std::string s = args[0].ToString();
@@ -86,30 +104,34 @@ Variant BiLenB(Args args) {
   return Variant::Long(static_cast<std::int32_t>(ToU16(args[0].ToString()).size() * 2));
 }
 
+// Left, Right and Mid cut the UTF-8 text where the characters begin, without
+// widening it: they run once per record in many conversion scripts.
 Variant BiLeft(Args args) {
   std::int32_t n = NonNegative(args[1]);
   if (args[0].IsNull()) return Variant::Null();
-  std::u32string s = ToU32(args[0].ToString());
-  return Text(std::u32string_view(s).substr(0, static_cast<std::size_t>(n)));
+  std::string s = args[0].ToString();
+  s.resize(Utf8Offset(s, static_cast<std::size_t>(n)));
+  return Variant(std::move(s));
 }
 
 Variant BiRight(Args args) {
   std::int32_t n = NonNegative(args[1]);
   if (args[0].IsNull()) return Variant::Null();
-  std::u32string s = ToU32(args[0].ToString());
-  std::size_t count = std::min<std::size_t>(static_cast<std::size_t>(n), s.size());
-  return Text(std::u32string_view(s).substr(s.size() - count));
+  std::string s = args[0].ToString();
+  std::size_t count = CodePointCount(s);
+  if (static_cast<std::size_t>(n) >= count) return Variant(std::move(s));
+  return Variant(s.substr(Utf8Offset(s, count - static_cast<std::size_t>(n))));
 }
 
 Variant BiMid(Args args) {
   std::int32_t start = Positive(args[1]);
   std::int32_t length = Missing(args, 2) ? -1 : NonNegative(args[2]);
   if (args[0].IsNull()) return Variant::Null();
-  std::u32string s = ToU32(args[0].ToString());
-  std::size_t from = static_cast<std::size_t>(start - 1);
-  if (from >= s.size()) return Variant("");
-  std::size_t count = length < 0 ? std::u32string::npos : static_cast<std::size_t>(length);
-  return Text(std::u32string_view(s).substr(from, count));
+  std::string s = args[0].ToString();
+  std::string_view rest =
+      std::string_view(s).substr(Utf8Offset(s, static_cast<std::size_t>(start - 1)));
+  if (length >= 0) rest = rest.substr(0, Utf8Offset(rest, static_cast<std::size_t>(length)));
+  return Variant(rest);
 }
 
 Variant BiLeftB(Args args) {
@@ -143,8 +165,19 @@ Variant BiInStr(Args args) {
   const Variant& s2 = args[withStart ? 2 : 1];
   bool text = TextCompareArg(args, 3);
   if (s1.IsNull() || s2.IsNull()) return Variant::Null();
+  if (text)
+    return Variant::Long(
+        Find(Fold(ToU32(s1.ToString()), true), Fold(ToU32(s2.ToString()), true), start));
+  // Binary compare finds the bytes; UTF-8 never matches inside a character.
+  std::string hay = s1.ToString(), needle = s2.ToString();
+  std::size_t length = CodePointCount(hay);
+  if (hay.empty() || static_cast<std::size_t>(start) > length + (needle.empty() ? 1 : 0))
+    return Variant::Long(0);
+  if (needle.empty()) return Variant::Long(start);
+  std::size_t pos = hay.find(needle, Utf8Offset(hay, static_cast<std::size_t>(start - 1)));
+  if (pos == std::string::npos) return Variant::Long(0);
   return Variant::Long(
-      Find(Fold(ToU32(s1.ToString()), text), Fold(ToU32(s2.ToString()), text), start));
+      static_cast<std::int32_t>(CodePointCount(std::string_view(hay).substr(0, pos)) + 1));
 }
 
 Variant BiInStrB(Args args) {
@@ -179,29 +212,18 @@ Variant BiInStrRev(Args args) {
 // Replace(expression, find, replacewith[, start[, count[, compare]]]): the
 // result begins at `start`; what stands before it is dropped.
 Variant BiReplace(Args args) {
-  std::u32string expr = ToU32(args[0].ToString());
-  std::u32string find = ToU32(args[1].ToString());
-  std::u32string with = ToU32(args[2].ToString());
+  std::string expr = args[0].ToString();
+  std::string find = args[1].ToString();
+  std::string with = args[2].ToString();
   std::int32_t start = Missing(args, 3) ? 1 : Positive(args[3]);
   std::int32_t count = LongArg(args, 4, -1);
   if (count < -1) RaiseInvalidArgument();
   bool text = TextCompareArg(args, 5);
-  if (static_cast<std::size_t>(start) > expr.size()) return Variant("");
-  std::u32string source = expr.substr(static_cast<std::size_t>(start - 1));
-  if (find.empty() || count == 0) return Text(source);
-  std::u32string hay = Fold(source, text);
-  std::u32string needle = Fold(find, text);
-  std::u32string out;
-  std::size_t pos = 0;
-  for (std::int32_t done = 0; count == -1 || done < count; ++done) {
-    std::size_t hit = hay.find(needle, pos);
-    if (hit == std::u32string::npos) break;
-    out.append(source, pos, hit - pos);
-    out.append(with);
-    pos = hit + needle.size();
-  }
-  out.append(source, pos);
-  return Text(out);
+  std::string source = expr.substr(Utf8Offset(expr, static_cast<std::size_t>(start - 1)));
+  if (find.empty() || count == 0) return Variant(std::move(source));
+  if (!text) return Variant(ReplaceAll(source, source, find, with, count));
+  std::u32string wide = ToU32(source);
+  return Text(ReplaceAll(wide, Lower(wide), Lower(ToU32(find)), ToU32(with), count));
 }
 
 // StrComp(string1, string2[, compare]): -1, 0 or 1 as an Integer.
@@ -226,12 +248,20 @@ Variant BiTrim(Args args) {
 
 Variant BiLCase(Args args) {
   if (args[0].IsNull()) return Variant::Null();
-  return Text(Lower(ToU32(args[0].ToString())));
+  std::string s = args[0].ToString();
+  if (!IsAscii(s)) return Text(Lower(ToU32(s)));
+  for (char& c : s)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
+  return Variant(std::move(s));
 }
 
 Variant BiUCase(Args args) {
   if (args[0].IsNull()) return Variant::Null();
-  return Text(Upper(ToU32(args[0].ToString())));
+  std::string s = args[0].ToString();
+  if (!IsAscii(s)) return Text(Upper(ToU32(s)));
+  for (char& c : s)
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 32);
+  return Variant(std::move(s));
 }
 
 Variant BiSpace(Args args) {

@@ -121,6 +121,8 @@ class MatchObject : public Object {
   std::vector<std::string> MemberNames() const override { return Names(kMembers); }
   Variant Invoke(int dispId, InvokeKind kind, std::span<Variant> args) override {
     if (IsPut(kind)) throw VbError(438);
+    // m.SubMatches(0) indexes the collection in one step.
+    if (dispId == 3 && !args.empty()) return ItemAt(subMatches_, args);
     ExpectArgs(args, 0);
     switch (dispId) {
       case kDispIdValue:

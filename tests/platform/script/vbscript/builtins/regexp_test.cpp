@@ -97,6 +97,7 @@ TEST_F(RegExpTest, UnmatchedGroupsAreEmpty) {
   ObjectPtr groups = Get(match, "SubMatches").AsObject();
   EXPECT_TRUE(Get(groups, "Item", {0}).IsEmpty());
   EXPECT_EQ(Show(Get(groups, "Item", {1})), "b");
+  EXPECT_EQ(Show(Get(match, "SubMatches", {1})), "b");
 }
 
 TEST_F(RegExpTest, IgnoreCaseAndMultiline) {

@@ -42,6 +42,7 @@ TEST_F(StringFunctions, InStrTakesItsStartOnlyWithThreeArguments) {
   EXPECT_EQ(Text("InStr", "abcabc", "c"), "3");
   EXPECT_EQ(Text("InStr", 4, "abcabc", "c"), "6");
   EXPECT_EQ(Text("InStr", "Grüße", "ße"), "4");
+  EXPECT_EQ(Text("InStr", 2, "äöäö", "ä"), "3");
   EXPECT_EQ(Text("InStr", 1, "GRÜSSE", "ü", 1), "3");
   EXPECT_EQ(Text("InStr", 1, "GRÜSSE", "ü", 0), "0");
   EXPECT_EQ(Text("InStr", "abc", ""), "1");
@@ -68,6 +69,7 @@ TEST_F(StringFunctions, InStrRevFindsTheLastMatchEndingBeforeStart) {
 TEST_F(StringFunctions, ReplaceStartsTheResultAtStart) {
   EXPECT_EQ(Text("Replace", "abcabc", "b", "X"), "aXcaXc");
   EXPECT_EQ(Text("Replace", "abcabc", "b", "X", 3), "caXc");
+  EXPECT_EQ(Text("Replace", "äbcäbc", "b", "X", 3), "cäXc");
   EXPECT_EQ(Text("Replace", "abcabc", "b", "X", 1, 1), "aXcabc");
   EXPECT_EQ(Text("Replace", "ÄbäB", "ä", "-", 1, -1, 1), "-b-B");
   EXPECT_EQ(Text("Replace", "abc", "", "X"), "abc");
