@@ -116,8 +116,7 @@ class MemberTable {
         e->put(self, args.first(static_cast<std::size_t>(indexCount)), args.back());
         return {};
       }
-      if (!e->get) throw VbError(438);
-      if (indexCount <= e->maxArgs) throw VbError(e->put ? 450 : 438);
+      if (!e->get) throw VbError(e->put ? 450 : 438);
       return Forward(self, *e, kind, args);
     }
     if (e->call) {
@@ -167,9 +166,12 @@ class MemberTable {
   // Reads the property with the arguments it takes and hands the rest to the
   // default member of the object it gives.
   static Variant Forward(T& self, const Entry& e, InvokeKind kind, Args args) {
-    std::size_t own = static_cast<std::size_t>(std::max(e.maxArgs, 0));
+    bool put = kind == InvokeKind::kPropertyPut || kind == InvokeKind::kPropertyPutRef;
+    std::size_t own =
+        std::min(static_cast<std::size_t>(std::max(e.maxArgs, 0)), args.size() - (put ? 1 : 0));
+    if (static_cast<int>(own) < e.minArgs) throw VbError(450);
     Variant target = e.get(self, args.first(own));
-    if (!target.IsObject() || target.IsNothing()) throw VbError(450);
+    if (!target.IsObject() || target.IsNothing()) throw VbError(put && !e.put ? 438 : 450);
     ObjectPtr object = target.AsObject();
     return object->Invoke(kDispIdValue, kind, args.subspan(own));
   }

@@ -124,8 +124,7 @@ class JsEngine : public Engine {
     duk_enum(ctx, -1, DUK_ENUM_OWN_PROPERTIES_ONLY);
     while (duk_next(ctx, -1, 0)) {
       std::string name = duk_get_string(ctx, -1);
-      duk_pop(ctx);
-      duk_get_prop_desc(ctx, -2, 0);  // the descriptor, so that no getter runs
+      duk_get_prop_desc(ctx, -3, 0);  // the descriptor, so that no getter runs
       duk_get_prop_string(ctx, -1, "value");
       if (duk_is_function(ctx, -1)) {
         duk_get_prop_string(ctx, -1, "length");
