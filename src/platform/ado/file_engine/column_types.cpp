@@ -185,9 +185,12 @@ void TypeInference::Add(std::size_t column, std::string_view text, bool quoted) 
   State& s = states_[column];
   s.seen = true;
   if (quoted) {
-    s.integer = s.number = s.date = false;
+    s.integer = s.number = s.date = s.boolean = false;
     return;
   }
+  if (s.boolean && !EqualsNoCase(text, "true") && !EqualsNoCase(text, "false")) s.boolean = false;
+  if (text.find(',') != std::string_view::npos) s.comma = true;
+  if (text.size() >= 10 && text[2] == '.' && text[5] == '.') s.dotted_date = true;
   if (s.integer && !ParseInteger(text)) s.integer = false;
   if (s.number && !ParseNumber(text)) s.number = false;
   if (s.date && !ParseDateText(text)) s.date = false;
@@ -199,6 +202,8 @@ std::vector<ColumnType> TypeInference::Result() const {
   for (const State& s : states_) {
     if (!s.seen) {
       types.push_back(ColumnType::kText);
+    } else if (s.boolean) {
+      types.push_back(ColumnType::kBoolean);
     } else if (s.integer) {
       types.push_back(ColumnType::kInteger);
     } else if (s.number) {
@@ -212,10 +217,25 @@ std::vector<ColumnType> TypeInference::Result() const {
   return types;
 }
 
-std::string FormatNumber(double value) {
+std::string FormatNumber(double value, bool decimal_comma) {
   char buf[64];
   auto [ptr, ec] = std::to_chars(buf, buf + sizeof buf, value);
-  return std::string(buf, ec == std::errc() ? ptr : buf);
+  std::string text(buf, ec == std::errc() ? ptr : buf);
+  if (decimal_comma) {
+    auto dot = text.find('.');
+    if (dot != std::string::npos) text[dot] = ',';
+  }
+  return text;
+}
+
+std::string GermanDateText(std::string_view iso) {
+  if ((iso.size() != 10 && iso.size() != 19) || iso[4] != '-' || iso[7] != '-') {
+    return std::string(iso);
+  }
+  std::string out = std::string(iso.substr(8, 2)) + "." + std::string(iso.substr(5, 2)) + "." +
+                    std::string(iso.substr(0, 4));
+  if (iso.size() == 19) out += std::string(iso.substr(10));
+  return out;
 }
 
 }  // namespace ketrova::file_engine

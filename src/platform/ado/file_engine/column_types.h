@@ -2,12 +2,10 @@
 //
 // Text files carry no types. They come from schema.ini or are inferred from the
 // first rows: a column is numeric or a date only when every non-empty,
-// unquoted value of the sample reads as one; quoted values count as text, which
-// lets a writer keep a text "123" a text (a date-like text is written as it
-// is: such texts are dates far more often than not). Numbers take "." or "," as decimal
-// mark and no thousands separators; dates are yyyy-mm-dd or dd.mm.yyyy, with an
-// optional time hh:mm[:ss]. Inside the SQL engine a date is the ISO text
-// "yyyy-mm-dd" or "yyyy-mm-dd hh:mm:ss", which sorts and compares as a date.
+// unquoted value of the sample reads as one; quoted values count as text. Numbers take "." or ","
+// as decimal mark and no thousands separators; dates are yyyy-mm-dd or dd.mm.yyyy, with an optional
+// time hh:mm[:ss]. Inside the SQL engine a date is the ISO text "yyyy-mm-dd" or "yyyy-mm-dd
+// hh:mm:ss", which sorts and compares as a date.
 #pragma once
 
 #include <cstdint>
@@ -43,6 +41,9 @@ class TypeInference {
   explicit TypeInference(std::size_t columns);
   void Add(std::size_t column, std::string_view text, bool quoted);
   std::vector<ColumnType> Result() const;
+  // The column's numbers use "," as decimal mark; its dates are dd.mm.yyyy.
+  bool DecimalComma(std::size_t column) const { return states_.at(column).comma; }
+  bool GermanDates(std::size_t column) const { return states_.at(column).dotted_date; }
 
  private:
   struct State {
@@ -50,11 +51,19 @@ class TypeInference {
     bool integer = true;
     bool number = true;
     bool date = true;
+    bool boolean = true;  // only the words True and False count
+    bool comma = false;
+    bool dotted_date = false;
   };
   std::vector<State> states_;
 };
 
-// Shortest text that reads back as the same double.
-std::string FormatNumber(double value);
+// Shortest text that reads back as the same double; with decimal_comma the
+// mark is ",".
+std::string FormatNumber(double value, bool decimal_comma = false);
+
+// An ISO date text ("yyyy-mm-dd[ hh:mm:ss]") as dd.mm.yyyy[ hh:mm:ss]; other
+// texts unchanged.
+std::string GermanDateText(std::string_view iso);
 
 }  // namespace ketrova::file_engine

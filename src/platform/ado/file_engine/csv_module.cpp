@@ -108,12 +108,6 @@ std::string DeclareSql(const TextTableLayout& layout) {
   return sql;
 }
 
-// The types can still change while the sample is short: such a table is
-// checked against its file again after every change, also its own.
-bool SampleComplete(const TextTableLayout& layout) {
-  return layout.sampled_rows >= layout.scan_rows;
-}
-
 int Connect(sqlite3* db, void*, int argc, const char* const* argv, sqlite3_vtab** out, char** err) {
   try {
     if (argc < 4) throw VbError(ado::kErrGeneral, "ketrova_csv: der Dateiname fehlt");
@@ -298,11 +292,11 @@ std::string RecordText(const CsvTable& table, int argc, sqlite3_value** argv) {
         break;
       case SQLITE_FLOAT:
         f.text = FormatNumber(sqlite3_value_double(v));
+        f.real = true;
         break;
       default:
         f.text = std::string(reinterpret_cast<const char*>(sqlite3_value_text(v)),
                              static_cast<std::size_t>(sqlite3_value_bytes(v)));
-        f.is_text = true;
         break;
     }
   }
@@ -414,11 +408,10 @@ int Sync(sqlite3_vtab* vtab) {
     }
     ClearPending(*table);
     if (changed) {
-      // Our own change keeps the table as it is, unless its types may still
-      // change with the rows just written.
-      FileStamp now = StampOf(table->layout.file);
-      if (SampleComplete(table->layout)) table->stamp = now;
-      table->next_rowid = std::max(table->next_rowid, now.size);
+      // The table keeps its columns and types through its own changes: rows
+      // appended one by one to a header file are all written alike.
+      table->stamp = StampOf(table->layout.file);
+      table->next_rowid = std::max(table->next_rowid, table->stamp.size);
     }
     return SQLITE_OK;
   } catch (const VbError& e) {
@@ -506,9 +499,8 @@ std::vector<std::string> StaleCsvTables(sqlite3* db) {
         stale.push_back(table->name);
         continue;
       }
-      table->layout.sampled_rows = fresh.sampled_rows;
       table->layout.line_break = fresh.line_break;
-      if (SampleComplete(fresh)) table->stamp = now;
+      table->stamp = now;
     } catch (const VbError&) {
       stale.push_back(table->name);
     }

@@ -93,8 +93,12 @@ TextTableLayout ReadTextTableLayout(const std::filesystem::path& file) {
   }
   layout.sampled_rows = rows;
   auto inferred = inference.Result();
+  layout.decimal_comma.assign(count, 0);
+  layout.german_dates.assign(count, 0);
   for (std::size_t i = 0; i < count; ++i) {
     if (!typed[i]) layout.types[i] = inferred[i];
+    layout.decimal_comma[i] = inference.DecimalComma(i);
+    layout.german_dates[i] = inference.GermanDates(i);
   }
   layout.line_break = reader.line_break();
   return layout;
@@ -106,10 +110,14 @@ std::string FormatTextRecord(const TextTableLayout& layout, const std::vector<Fi
   for (std::size_t i = 0; i < layout.names.size(); ++i) {
     if (i > 0) line.push_back(delimiter);
     if (i >= values.size() || !values[i].text) continue;
-    const std::string& text = *values[i].text;
-    bool text_column = layout.types[i] == ColumnType::kText || layout.types[i] == ColumnType::kMemo;
-    bool force = text.empty() || (values[i].is_text && text_column && ParseNumber(text));
-    AppendCsvField(line, text, delimiter, force);
+    std::string text = *values[i].text;
+    if (values[i].real && layout.decimal_comma[i]) {
+      auto dot = text.find('.');
+      if (dot != std::string::npos) text[dot] = ',';
+    } else if (layout.types[i] == ColumnType::kDateTime && layout.german_dates[i]) {
+      text = GermanDateText(text);
+    }
+    AppendCsvField(line, text, delimiter, text.empty());
   }
   line.append(layout.line_break);
   return line;

@@ -26,6 +26,8 @@ struct TextTableLayout {
   std::vector<std::string> names;
   std::vector<ColumnType> types;
   std::vector<int> widths;          // from schema.ini; 0 when not given
+  std::vector<char> decimal_comma;  // the sample wrote numbers with ","
+  std::vector<char> german_dates;   // the sample wrote dates as dd.mm.yyyy
   std::int64_t data_offset = 0;     // byte offset of the first data record
   std::int64_t data_line = 1;       // its line number
   std::string line_break = "\r\n";  // the break the file uses
@@ -38,12 +40,15 @@ struct TextTableLayout {
 TextTableLayout ReadTextTableLayout(const std::filesystem::path& file);
 
 // The text of one record in the file's dialect, with its line break. `values`
-// holds the fields' texts, nullopt for NULL; an empty text, and a text that
-// reads as a number in a text column, are quoted so that they read back as
-// texts.
+// holds the fields' texts, nullopt for NULL; an empty text is written as ""
+// so that it reads back as an empty text, not as NULL. A text that looks like a
+// number is written as it is: a column of such texts reads back as numbers,
+// which is what record access gave as text to a column typed Text. Numbers and
+// dates follow the style the column's rows already have ("," as decimal mark,
+// dd.mm.yyyy), so that a file keeps one style.
 struct FieldValue {
   std::optional<std::string> text;  // nullopt is NULL
-  bool is_text = false;             // the value was text, not a number or date
+  bool real = false;                // text is FormatNumber of a double
 };
 std::string FormatTextRecord(const TextTableLayout& layout, const std::vector<FieldValue>& values);
 

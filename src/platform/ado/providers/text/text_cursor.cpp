@@ -1,0 +1,154 @@
+#include "platform/ado/providers/text/text_cursor.h"
+
+#include <sqlite3.h>
+
+#include <cstdio>
+#include <limits>
+#include <string_view>
+
+#include "platform/ado/value_text.h"
+
+namespace ketrova::text_provider {
+
+namespace {
+
+bool Is(const char* declared, std::string_view word) {
+  return declared != nullptr && std::string_view(declared) == word;
+}
+
+// "yyyy-mm-dd" or "yyyy-mm-dd hh:mm:ss" as an OLE date; false for anything else.
+bool OleDateFromIso(std::string_view text, double& ole) {
+  ado::DateParts p;
+  int n = 0;
+  std::string s(text);
+  if (text.size() == 10) {
+    if (std::sscanf(s.c_str(), "%4d-%2d-%2d%n", &p.year, &p.month, &p.day, &n) != 3 || n != 10) {
+      return false;
+    }
+  } else if (text.size() == 19) {
+    if (std::sscanf(s.c_str(), "%4d-%2d-%2d %2d:%2d:%2d%n", &p.year, &p.month, &p.day, &p.hour,
+                    &p.minute, &p.second, &n) != 6 ||
+        n != 19) {
+      return false;
+    }
+  } else {
+    return false;
+  }
+  ole = ado::OleDateFromParts(p);
+  return true;
+}
+
+Variant IntegerVariant(sqlite3_int64 v) {
+  if (v >= std::numeric_limits<std::int32_t>::min() &&
+      v <= std::numeric_limits<std::int32_t>::max()) {
+    return Variant::Long(static_cast<std::int32_t>(v));
+  }
+  return Variant(static_cast<double>(v));
+}
+
+}  // namespace
+
+ado::ColumnInfo ColumnFromDeclaredType(const std::string& name, const char* declared) {
+  ado::ColumnInfo c;
+  c.name = name;
+  c.typeName = declared ? declared : "";
+  if (Is(declared, "INTEGER")) {
+    c.type = ado::adInteger;
+    c.definedSize = 4;
+    c.precision = 10;
+  } else if (Is(declared, "DOUBLE")) {
+    c.type = ado::adDouble;
+    c.definedSize = 8;
+    c.precision = 15;
+  } else if (Is(declared, "CURRENCY")) {
+    c.type = ado::adCurrency;
+    c.definedSize = 8;
+    c.precision = 19;
+  } else if (Is(declared, "DATETIME")) {
+    c.type = ado::adDate;
+    c.definedSize = 8;
+  } else if (Is(declared, "BIT")) {
+    c.type = ado::adBoolean;
+    c.definedSize = 2;
+  } else if (Is(declared, "MEMO")) {
+    c.type = ado::adLongVarWChar;
+    c.definedSize = 65535;
+  } else {
+    c.type = ado::adVarWChar;
+    c.definedSize = 255;
+  }
+  return c;
+}
+
+TextCursor::TextCursor(std::unique_ptr<file_engine::Statement> statement, std::int64_t maxRows)
+    : statement_(std::move(statement)), remaining_(maxRows > 0 ? maxRows : -1) {
+  sqlite3_stmt* h = statement_->handle();
+  has_row_ = remaining_ != 0 && statement_->Step();
+  const int n = sqlite3_column_count(h);
+  for (int i = 0; i < n; ++i) {
+    const char* declared = sqlite3_column_decltype(h, i);
+    ado::ColumnInfo c = ColumnFromDeclaredType(sqlite3_column_name(h, i), declared);
+    if (declared == nullptr && has_row_) {
+      // A computed column (COUNT(*), an expression) takes the type of its first value.
+      switch (sqlite3_column_type(h, i)) {
+        case SQLITE_INTEGER:
+          c = ColumnFromDeclaredType(c.name, "INTEGER");
+          break;
+        case SQLITE_FLOAT:
+          c = ColumnFromDeclaredType(c.name, "DOUBLE");
+          break;
+        default:
+          break;
+      }
+      c.typeName.clear();
+    }
+    if (const char* table = sqlite3_column_table_name(h, i)) c.baseTable = table;
+    if (const char* origin = sqlite3_column_origin_name(h, i)) c.baseColumn = origin;
+    columns_.push_back(std::move(c));
+  }
+}
+
+Variant TextCursor::Value(int i) const {
+  sqlite3_stmt* h = statement_->handle();
+  const auto type = columns_[static_cast<std::size_t>(i)].type;
+  switch (sqlite3_column_type(h, i)) {
+    case SQLITE_NULL:
+      return Variant::Null();
+    case SQLITE_INTEGER: {
+      sqlite3_int64 v = sqlite3_column_int64(h, i);
+      if (type == ado::adBoolean) return Variant(v != 0);
+      if (type == ado::adDouble) return Variant(static_cast<double>(v));
+      if (type == ado::adCurrency) return Variant::FromCurrency(static_cast<double>(v));
+      return IntegerVariant(v);
+    }
+    case SQLITE_FLOAT: {
+      double v = sqlite3_column_double(h, i);
+      if (type == ado::adCurrency) return Variant::FromCurrency(v);
+      return Variant(v);
+    }
+    default: {
+      std::string_view text(reinterpret_cast<const char*>(sqlite3_column_text(h, i)),
+                            static_cast<std::size_t>(sqlite3_column_bytes(h, i)));
+      double ole = 0;
+      if (type == ado::adDate && OleDateFromIso(text, ole)) return Variant::FromDate(ole);
+      return Variant(text);
+    }
+  }
+}
+
+std::size_t TextCursor::Fetch(std::vector<ado::Row>& rows, std::size_t count) {
+  std::size_t added = 0;
+  const int n = static_cast<int>(columns_.size());
+  while (added < count && has_row_) {
+    ado::Row row;
+    row.reserve(columns_.size());
+    for (int i = 0; i < n; ++i) row.push_back(Value(i));
+    rows.push_back(std::move(row));
+    ++added;
+    if (remaining_ > 0) --remaining_;
+    has_row_ = remaining_ != 0 && statement_->Step();
+  }
+  return added;
+}
+
+}  // namespace ketrova::text_provider

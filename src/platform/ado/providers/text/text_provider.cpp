@@ -1,0 +1,284 @@
+#include "platform/ado/providers/text/text_provider.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <fstream>
+
+#include "platform/ado/file_engine/csv_module.h"
+#include "platform/ado/file_engine/csv_writer.h"
+#include "platform/ado/file_engine/schema_ini.h"
+#include "platform/ado/file_engine/sql_rewrite.h"
+#include "platform/ado/providers/text/text_cursor.h"
+#include "platform/ado/providers/text/text_names.h"
+#include "platform/ado/value_text.h"
+#include "support/vb_error.h"
+
+namespace ketrova::text_provider {
+
+namespace {
+
+constexpr const char* kSource = "Ketrova.Text";
+
+std::string Upper(std::string_view s) {
+  std::string out(s);
+  for (char& c : out) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  }
+  return out;
+}
+
+bool StartsWithWords(std::string_view sql, std::initializer_list<std::string_view> words) {
+  std::size_t p = 0;
+  for (auto word : words) {
+    while (p < sql.size() && std::isspace(static_cast<unsigned char>(sql[p]))) ++p;
+    if (Upper(sql.substr(p, word.size())) != word) return false;
+    p += word.size();
+    if (p < sql.size() && !std::isspace(static_cast<unsigned char>(sql[p]))) return false;
+  }
+  return true;
+}
+
+// The text of an OLE date as the file engine keeps dates.
+std::string IsoDate(double ole) {
+  ado::DateParts p = ado::PartsFromOleDate(ole);
+  char buf[64];
+  if (p.hour == 0 && p.minute == 0 && p.second == 0) {
+    std::snprintf(buf, sizeof buf, "%04d-%02d-%02d", p.year, p.month, p.day);
+  } else {
+    std::snprintf(buf, sizeof buf, "%04d-%02d-%02d %02d:%02d:%02d", p.year, p.month, p.day, p.hour,
+                  p.minute, p.second);
+  }
+  return buf;
+}
+
+void BindText(sqlite3_stmt* h, int i, const std::string& text) {
+  sqlite3_bind_text(h, i, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
+}
+
+void Bind(sqlite3_stmt* h, std::span<const Variant> params) {
+  for (std::size_t n = 0; n < params.size(); ++n) {
+    const Variant& v = params[n];
+    const int i = static_cast<int>(n) + 1;
+    switch (v.Type()) {
+      case vbEmpty:
+      case vbNull:
+        sqlite3_bind_null(h, i);
+        break;
+      case vbBoolean:
+        BindText(h, i, v.AsBool() ? "True" : "False");
+        break;
+      case vbByte:
+      case vbInteger:
+      case vbLong:
+        sqlite3_bind_int64(h, i, v.ToLong());
+        break;
+      case vbSingle:
+      case vbDouble:
+      case vbCurrency:
+      case vbDecimal:
+        sqlite3_bind_double(h, i, v.ToDouble());
+        break;
+      case vbDate:
+        BindText(h, i, IsoDate(v.AsDate().value));
+        break;
+      default:
+        BindText(h, i, v.ToString());
+        break;
+    }
+  }
+}
+
+file_engine::ColumnType TypeOfDeclaration(std::string declared, int& width) {
+  width = 0;
+  auto paren = declared.find('(');
+  if (paren != std::string::npos) {
+    width = std::atoi(declared.c_str() + paren + 1);
+    declared.resize(paren);
+  }
+  while (!declared.empty() && declared.back() == ' ') declared.pop_back();
+  auto blank = declared.find(' ');
+  if (blank != std::string::npos) declared.resize(blank);
+  return file_engine::ParseTypeName(declared).value_or(file_engine::ColumnType::kText);
+}
+
+}  // namespace
+
+void RegisterTextProvider() {
+  ado::RegisterProvider(ado::ProviderKind::kText, [](const ado::ConnectionSpec& spec) {
+    return std::unique_ptr<ado::Provider>(std::make_unique<TextProvider>(spec));
+  });
+}
+
+TextProvider::TextProvider(const ado::ConnectionSpec& spec) {
+  std::string folder = spec.dataSource;
+  std::replace(folder.begin(), folder.end(), '\\', '/');
+  while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+  folder_ = folder;
+  std::error_code ec;
+  if (folder.empty() || !std::filesystem::is_directory(folder_, ec)) {
+    throw VbError(ado::kErrGeneral,
+                  "Der Ordner '" + spec.dataSource + "' der Textdateien wurde nicht gefunden",
+                  kSource);
+  }
+  engine_ = std::make_unique<file_engine::FileEngine>(
+      [this](const std::string& name) -> std::optional<file_engine::TableSource> {
+        auto file = ResolveTextFile(folder_, name);
+        if (!file) return std::nullopt;
+        return file_engine::TableSource{file_engine::kCsvModuleName, {file->string()}};
+      },
+      kSource);
+}
+
+ado::ExecuteResult TextProvider::Execute(const std::string& sql, std::span<const Variant> params,
+                                         std::int64_t maxRows) {
+  ado::ExecuteResult result;
+  if (StartsWithWords(sql, {"CREATE", "TABLE"})) {
+    CreateTable(sql);
+    result.rowsAffected = 0;
+    return result;
+  }
+  auto statement = engine_->Prepare(sql);
+  Bind(statement->handle(), params);
+  if (sqlite3_column_count(statement->handle()) > 0) {
+    result.cursor = std::make_unique<TextCursor>(std::move(statement), maxRows);
+    return result;
+  }
+  while (statement->Step()) {
+  }
+  result.rowsAffected = sqlite3_changes64(engine_->db());
+  return result;
+}
+
+void TextProvider::BeginTrans() {
+  engine_->Execute("BEGIN");
+}
+void TextProvider::CommitTrans() {
+  engine_->Execute("COMMIT");
+}
+void TextProvider::RollbackTrans() {
+  engine_->Execute("ROLLBACK");
+}
+
+std::vector<ado::TableInfo> TextProvider::Tables() {
+  std::vector<ado::TableInfo> tables;
+  for (auto& name : ListTextTables(folder_)) tables.push_back({"", "", std::move(name), "TABLE"});
+  return tables;
+}
+
+std::vector<ado::ColumnInfo> TextProvider::TableColumns(const std::string& table) {
+  engine_->EnsureTable(table);
+  auto statement = engine_->Prepare("SELECT * FROM " + file_engine::QuoteSqlIdentifier(table));
+  sqlite3_stmt* h = statement->handle();
+  std::vector<ado::ColumnInfo> columns;
+  for (int i = 0; i < sqlite3_column_count(h); ++i) {
+    auto c = ColumnFromDeclaredType(sqlite3_column_name(h, i), sqlite3_column_decltype(h, i));
+    c.baseTable = table;
+    c.baseColumn = c.name;
+    columns.push_back(std::move(c));
+  }
+  return columns;
+}
+
+std::string TextProvider::ColumnTypeSql(const ado::ColumnInfo& column) const {
+  switch (column.type) {
+    case ado::adTinyInt:
+    case ado::adSmallInt:
+    case ado::adInteger:
+    case ado::adBigInt:
+    case ado::adUnsignedTinyInt:
+    case ado::adUnsignedSmallInt:
+    case ado::adUnsignedInt:
+    case ado::adUnsignedBigInt:
+      return "INTEGER";
+    case ado::adSingle:
+    case ado::adDouble:
+    case ado::adNumeric:
+    case ado::adDecimal:
+    case ado::adVarNumeric:
+      return "DOUBLE";
+    case ado::adCurrency:
+      return "CURRENCY";
+    case ado::adDate:
+    case ado::adDBDate:
+    case ado::adDBTime:
+    case ado::adDBTimeStamp:
+      return "DATETIME";
+    case ado::adBoolean:
+      return "BIT";
+    case ado::adLongVarChar:
+    case ado::adLongVarWChar:
+      return "MEMO";
+    default:
+      break;
+  }
+  return "TEXT";
+}
+
+// CREATE TABLE writes a file holding the header line, and the columns' types
+// into schema.ini. The statement is read by SQLite itself, on a scratch
+// database, so that every form of column list is understood.
+void TextProvider::CreateTable(const std::string& sql) {
+  sqlite3* scratch = nullptr;
+  sqlite3_open(":memory:", &scratch);
+  std::unique_ptr<sqlite3, int (*)(sqlite3*)> guard(scratch, sqlite3_close);
+  char* err = nullptr;
+  if (sqlite3_exec(scratch, file_engine::RewriteFileSql(sql).c_str(), nullptr, nullptr, &err) !=
+      SQLITE_OK) {
+    std::string msg = err ? err : "CREATE TABLE";
+    sqlite3_free(err);
+    throw VbError(ado::kErrStatementRefused, msg, kSource);
+  }
+  sqlite3_stmt* h = nullptr;
+  sqlite3_prepare_v2(scratch, "SELECT name FROM sqlite_master WHERE type = 'table'", -1, &h,
+                     nullptr);
+  std::string table;
+  if (sqlite3_step(h) == SQLITE_ROW)
+    table = reinterpret_cast<const char*>(sqlite3_column_text(h, 0));
+  sqlite3_finalize(h);
+
+  file_engine::SchemaEntry entry;
+  std::string pragma = "PRAGMA table_info(" + file_engine::QuoteSqlIdentifier(table) + ")";
+  sqlite3_prepare_v2(scratch, pragma.c_str(), -1, &h, nullptr);
+  while (sqlite3_step(h) == SQLITE_ROW) {
+    file_engine::SchemaColumn column;
+    column.name = reinterpret_cast<const char*>(sqlite3_column_text(h, 1));
+    const char* declared = reinterpret_cast<const char*>(sqlite3_column_text(h, 2));
+    column.type = TypeOfDeclaration(declared ? declared : "", column.width);
+    entry.columns.push_back(std::move(column));
+  }
+  sqlite3_finalize(h);
+
+  // The file: the name without folder and without the ".TXT" the system adds.
+  std::string name = table.substr(table.find_last_of("\\/") + 1);
+  if (name.size() > 4 && Upper(name.substr(name.size() - 4)) == ".TXT" &&
+      name.substr(0, name.size() - 4).find('.') != std::string::npos) {
+    name.resize(name.size() - 4);
+  }
+  const auto file = folder_ / name;
+  if (ResolveTextFile(folder_, name)) {
+    throw VbError(ado::kErrStatementRefused, "Die Tabelle '" + name + "' existiert bereits",
+                  kSource);
+  }
+  entry.file = name;
+  entry.header = true;
+  entry.delimiter = ';';
+  entry.charset = file_engine::Charset::kUtf8;
+  std::string header;
+  for (std::size_t i = 0; i < entry.columns.size(); ++i) {
+    if (i > 0) header.push_back(';');
+    file_engine::AppendCsvField(header, entry.columns[i].name, ';', false);
+  }
+  header += "\r\n";
+  {
+    std::ofstream out(file, std::ios::binary);
+    if (!out || !(out << header)) {
+      throw VbError(ado::kErrGeneral, "Datei " + file.string() + " kann nicht angelegt werden",
+                    kSource);
+    }
+  }
+  file_engine::WriteSchemaIni(folder_, entry);
+  engine_->ForgetTable(table);
+}
+
+}  // namespace ketrova::text_provider
