@@ -1,6 +1,5 @@
 #include "platform/script/vbscript/regexp.h"
 
-#include <algorithm>
 #include <locale>
 
 #include "platform/script/vbscript/builtins.h"
@@ -8,41 +7,10 @@
 
 namespace ketrova::script::vbscript {
 
+// The arguments as the binding passes them (the built-ins' Args are const).
+using BoundArgs = script::Args;
+
 namespace {
-
-struct Member {
-  std::string_view name;
-  int id;
-};
-
-bool EqualNoCase(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return LowerChar(static_cast<unsigned char>(x)) ==
-                  LowerChar(static_cast<unsigned char>(y));
-         });
-}
-
-template <std::size_t N>
-int FindMember(const Member (&members)[N], std::string_view name) {
-  for (const Member& m : members)
-    if (EqualNoCase(m.name, name)) return m.id;
-  return kDispIdUnknown;
-}
-
-template <std::size_t N>
-std::vector<std::string> Names(const Member (&members)[N]) {
-  std::vector<std::string> names;
-  for (const Member& m : members) names.emplace_back(m.name);
-  return names;
-}
-
-bool IsPut(InvokeKind kind) {
-  return kind == InvokeKind::kPropertyPut || kind == InvokeKind::kPropertyPutRef;
-}
-
-void ExpectArgs(std::span<Variant> args, std::size_t count) {
-  if (args.size() != count) throw VbError(450);
-}
 
 std::wstring Wide(std::string_view utf8) {
   std::u32string text = ToU32(utf8);
@@ -55,104 +23,76 @@ std::string Narrow(std::wstring_view text) {
   return out;
 }
 
-// Walks a list of values for For Each.
-class ListEnumerator : public Enumerator {
- public:
-  explicit ListEnumerator(std::vector<Variant> items) : items_(std::move(items)) {}
-  bool Next(Variant& item) override {
-    if (next_ >= items_.size()) return false;
-    item = items_[next_++];
-    return true;
-  }
-
- private:
-  std::vector<Variant> items_;
-  std::size_t next_ = 0;
-};
-
-// The 0-based item of a list, 5 when out of range.
-const Variant& ItemAt(const std::vector<Variant>& items, std::span<Variant> args) {
-  ExpectArgs(args, 1);
-  std::int32_t i = args[0].ToLong();
+// The 0-based item of a result list, 5 when out of range.
+Variant ItemAt(const std::vector<Variant>& items, const Variant& index) {
+  std::int32_t i = index.ToLong();
   if (i < 0 || static_cast<std::size_t>(i) >= items.size()) RaiseInvalidArgument();
   return items[static_cast<std::size_t>(i)];
 }
 
-// A list-like result object: Count, Item (the default member), For Each.
-class ListObject : public Object {
+// Matches and SubMatches: Count, Item (the default member, 0-based), For Each.
+template <typename Tag>
+class ResultList : public BoundObject<ResultList<Tag>> {
  public:
-  ListObject(std::string typeName, std::vector<Variant> items)
-      : typeName_(std::move(typeName)), items_(std::move(items)) {}
-  std::string TypeName() const override { return typeName_; }
-  int GetIDOfName(std::string_view name) override { return FindMember(kMembers, name); }
-  std::vector<std::string> MemberNames() const override { return Names(kMembers); }
-  Variant Invoke(int dispId, InvokeKind kind, std::span<Variant> args) override {
-    if (IsPut(kind)) throw VbError(438);
-    switch (dispId) {
-      case kDispIdValue:
-        return ItemAt(items_, args);
-      case 1:
-        ExpectArgs(args, 0);
-        return Variant::Long(static_cast<std::int32_t>(items_.size()));
-      default:
-        throw VbError(438);
-    }
+  explicit ResultList(std::vector<Variant> items) : items(std::move(items)) {}
+  std::string TypeName() const override { return Tag::kTypeName; }
+  static const MemberTable<ResultList>& Members() {
+    static const auto table =
+        MemberTable<ResultList>()
+            .Property("Item", 1, 1,
+                      [](ResultList& l, BoundArgs a) { return ItemAt(l.items, a[0]); })
+            .Property("Count",
+                      [](ResultList& l, BoundArgs) {
+                        return Variant::Long(static_cast<std::int32_t>(l.items.size()));
+                      })
+            .Default("Item")
+            .Enumeration([](ResultList& l) -> std::unique_ptr<Enumerator> {
+              return std::make_unique<VectorEnumerator>(l.items);
+            });
+    return table;
   }
-  std::unique_ptr<Enumerator> NewEnum() override {
-    return std::make_unique<ListEnumerator>(items_);
-  }
-
- private:
-  static constexpr Member kMembers[] = {{"Item", kDispIdValue}, {"Count", 1}};
-  std::string typeName_;
-  std::vector<Variant> items_;
+  std::vector<Variant> items;
 };
 
-class MatchObject : public Object {
- public:
-  MatchObject(std::string value, std::int32_t firstIndex, std::int32_t length,
-              std::vector<Variant> subMatches)
-      : value_(std::move(value)),
-        firstIndex_(firstIndex),
-        length_(length),
-        subMatches_(std::move(subMatches)) {}
-  std::string TypeName() const override { return "IMatch2"; }
-  int GetIDOfName(std::string_view name) override { return FindMember(kMembers, name); }
-  std::vector<std::string> MemberNames() const override { return Names(kMembers); }
-  Variant Invoke(int dispId, InvokeKind kind, std::span<Variant> args) override {
-    if (IsPut(kind)) throw VbError(438);
-    // m.SubMatches(0) indexes the collection in one step.
-    if (dispId == 3 && !args.empty()) return ItemAt(subMatches_, args);
-    ExpectArgs(args, 0);
-    switch (dispId) {
-      case kDispIdValue:
-        return Variant(value_);
-      case 1:
-        return Variant::Long(firstIndex_);
-      case 2:
-        return Variant::Long(length_);
-      case 3:
-        return Variant(ObjectPtr(std::make_shared<ListObject>("ISubMatches", subMatches_)));
-      default:
-        throw VbError(438);
-    }
-  }
+struct MatchesTag {
+  static constexpr const char* kTypeName = "IMatchCollection2";
+};
+struct SubMatchesTag {
+  static constexpr const char* kTypeName = "ISubMatches";
+};
+using Matches = ResultList<MatchesTag>;
+using SubMatches = ResultList<SubMatchesTag>;
 
- private:
-  static constexpr Member kMembers[] = {
-      {"Value", kDispIdValue}, {"FirstIndex", 1}, {"Length", 2}, {"SubMatches", 3}};
-  std::string value_;
-  std::int32_t firstIndex_;
-  std::int32_t length_;
-  std::vector<Variant> subMatches_;
+class Match : public BoundObject<Match> {
+ public:
+  std::string TypeName() const override { return "IMatch2"; }
+  static const MemberTable<Match>& Members() {
+    static const auto table =
+        MemberTable<Match>()
+            .Property("Value", [](Match& m, BoundArgs) { return Variant(m.value); })
+            .Property("FirstIndex", [](Match& m, BoundArgs) { return Variant::Long(m.firstIndex); })
+            .Property("Length", [](Match& m, BoundArgs) { return Variant::Long(m.length); })
+            .Property("SubMatches",
+                      [](Match& m, BoundArgs) {
+                        return Variant(ObjectPtr(std::make_shared<SubMatches>(m.groups)));
+                      })
+            .Default("Value");
+    return table;
+  }
+  std::string value;
+  std::int32_t firstIndex = 0;
+  std::int32_t length = 0;
+  std::vector<Variant> groups;  // Empty for a group that took no part
 };
 
 ObjectPtr MakeMatch(const std::wsmatch& m) {
-  std::vector<Variant> groups;
+  auto match = std::make_shared<Match>();
+  match->value = Narrow(m[0].str());
+  match->firstIndex = static_cast<std::int32_t>(m.position(0));
+  match->length = static_cast<std::int32_t>(m.length(0));
   for (std::size_t i = 1; i < m.size(); ++i)
-    groups.push_back(m[i].matched ? Variant(Narrow(m[i].str())) : Variant());
-  return std::make_shared<MatchObject>(Narrow(m[0].str()), static_cast<std::int32_t>(m.position(0)),
-                                       static_cast<std::int32_t>(m.length(0)), std::move(groups));
+    match->groups.push_back(m[i].matched ? Variant(Narrow(m[i].str())) : Variant());
+  return match;
 }
 
 int ErrorNumber(std::regex_constants::error_type code) {
@@ -172,60 +112,33 @@ int ErrorNumber(std::regex_constants::error_type code) {
   }
 }
 
-enum RegExpMember { kPattern = 1, kIgnoreCase, kGlobal, kMultiline, kTest, kExecute, kReplace };
-
-constexpr Member kRegExpMembers[] = {{"Pattern", kPattern}, {"IgnoreCase", kIgnoreCase},
-                                     {"Global", kGlobal},   {"Multiline", kMultiline},
-                                     {"Test", kTest},       {"Execute", kExecute},
-                                     {"Replace", kReplace}};
+template <bool RegExp::*flag>
+MemberTable<RegExp>& Flag(MemberTable<RegExp>& table, std::string name) {
+  return table.Property(
+      std::move(name), [](RegExp& r, BoundArgs) { return Variant(r.*flag); },
+      [](RegExp& r, BoundArgs, const Variant& v) { r.*flag = v.ToBool(); });
+}
 
 }  // namespace
 
-int RegExp::GetIDOfName(std::string_view name) {
-  return FindMember(kRegExpMembers, name);
-}
-
-std::vector<std::string> RegExp::MemberNames() const {
-  return Names(kRegExpMembers);
-}
-
-Variant RegExp::Invoke(int dispId, InvokeKind kind, std::span<Variant> args) {
-  auto flag = [&](bool& value) -> Variant {
-    if (IsPut(kind)) {
-      ExpectArgs(args, 1);
-      value = args[0].ToBool();
-      return Variant();
-    }
-    ExpectArgs(args, 0);
-    return Variant(value);
-  };
-  switch (dispId) {
-    case kPattern:
-      if (IsPut(kind)) {
-        ExpectArgs(args, 1);
-        Pattern = args[0].ToString();
-        return Variant();
-      }
-      ExpectArgs(args, 0);
-      return Variant(Pattern);
-    case kIgnoreCase:
-      return flag(IgnoreCase);
-    case kGlobal:
-      return flag(Global);
-    case kMultiline:
-      return flag(Multiline);
-    case kTest:
-      ExpectArgs(args, 1);
-      return Variant(Test(args[0].ToString()));
-    case kExecute:
-      ExpectArgs(args, 1);
-      return Variant(Execute(args[0].ToString()));
-    case kReplace:
-      ExpectArgs(args, 2);
-      return Variant(Replace(args[0].ToString(), args[1].ToString()));
-    default:
-      throw VbError(438);
-  }
+const MemberTable<RegExp>& RegExp::Members() {
+  static const auto table = [] {
+    MemberTable<RegExp> t;
+    t.Property(
+        "Pattern", [](RegExp& r, BoundArgs) { return Variant(r.Pattern); },
+        [](RegExp& r, BoundArgs, const Variant& v) { r.Pattern = v.ToString(); });
+    Flag<&RegExp::IgnoreCase>(t, "IgnoreCase");
+    Flag<&RegExp::Global>(t, "Global");
+    Flag<&RegExp::Multiline>(t, "Multiline");
+    t.Method("Test", 1, 1, [](RegExp& r, BoundArgs a) { return Variant(r.Test(a[0].ToString())); });
+    t.Method("Execute", 1, 1,
+             [](RegExp& r, BoundArgs a) { return Variant(r.Execute(a[0].ToString())); });
+    t.Method("Replace", 2, 2, [](RegExp& r, BoundArgs a) {
+      return Variant(r.Replace(a[0].ToString(), a[1].ToString()));
+    });
+    return t;
+  }();
+  return table;
 }
 
 const std::wregex& RegExp::Compiled() {
@@ -265,7 +178,7 @@ ObjectPtr RegExp::Execute(const std::string& text) {
     matches.emplace_back(MakeMatch(*it));
     if (!Global) break;
   }
-  return std::make_shared<ListObject>("IMatchCollection2", std::move(matches));
+  return std::make_shared<Matches>(std::move(matches));
 }
 
 std::string RegExp::Replace(const std::string& text, const std::string& replacement) {

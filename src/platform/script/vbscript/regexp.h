@@ -17,16 +17,14 @@
 #include <regex>
 #include <string>
 
-#include "support/object.h"
+#include "platform/script/binding.h"
 
 namespace ketrova::script::vbscript {
 
-class RegExp : public Object {
+class RegExp : public BoundObject<RegExp> {
  public:
   std::string TypeName() const override { return "IRegExp2"; }
-  int GetIDOfName(std::string_view name) override;
-  Variant Invoke(int dispId, InvokeKind kind, std::span<Variant> args) override;
-  std::vector<std::string> MemberNames() const override;
+  static const MemberTable<RegExp>& Members();
 
   // The C++ face of the members.
   std::string Pattern;
