@@ -175,6 +175,14 @@ TEST_F(FileEngineTest, AppendedValuesFollowTheStyleOfTheirColumn) {
             "Betrag;Datum;Wert\r\n12,5;31.12.2002;1.5\r\n0,25;02.01.2003 10:30:00;0.25\r\n");
 }
 
+TEST_F(FileEngineTest, AWriteReachesTheFileWhileAReadIsOpen) {
+  Write("k.csv", "A\r\n1\r\n2\r\n");
+  auto reading = engine_->Prepare("SELECT A FROM [k.csv]");
+  ASSERT_TRUE(reading->Step());
+  EXPECT_EQ(engine_->Execute("INSERT INTO [k.csv] VALUES (3)"), 1);
+  EXPECT_EQ(Read("k.csv"), "A\r\n1\r\n2\r\n3\r\n");
+}
+
 TEST_F(FileEngineTest, TenThousandLines) {
   Write("gross.csv", "Nr;Name;Wert\r\n");
   for (int i = 1; i <= 10000; ++i) {
