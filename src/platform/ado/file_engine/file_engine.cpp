@@ -4,6 +4,7 @@
 
 #include "platform/ado/enums.h"
 #include "platform/ado/file_engine/csv_module.h"
+#include "platform/ado/file_engine/like_function.h"
 #include "platform/ado/file_engine/sql_rewrite.h"
 #include "support/vb_error.h"
 
@@ -75,6 +76,7 @@ FileEngine::FileEngine(TableResolver resolver, std::string source)
   sqlite3_db_config(db_, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
   sqlite3_db_config(db_, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
   RegisterCsvModule(db_);
+  RegisterLikeFunction(db_);
 }
 
 FileEngine::~FileEngine() {

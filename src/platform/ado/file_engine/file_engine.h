@@ -8,6 +8,9 @@
 // creates the table, then prepares again. Tables stay for the connection's
 // life; one whose file was changed from outside is made anew.
 //
+// The engine has the module "ketrova_csv" and a LIKE that ignores case beyond
+// ASCII. A provider for another format registers its module on db().
+//
 // Prepared statements are kept per SQL text and lent out one user at a time.
 // Failures raise VbError: kErrUnknownTable for a name that resolves to no file,
 // the module's own number for file failures, kErrStatementRefused otherwise,

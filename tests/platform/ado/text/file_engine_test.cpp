@@ -183,6 +183,14 @@ TEST_F(FileEngineTest, AWriteReachesTheFileWhileAReadIsOpen) {
   EXPECT_EQ(Read("k.csv"), "A\r\n1\r\n2\r\n3\r\n");
 }
 
+TEST_F(FileEngineTest, LikeIgnoresCaseOfUmlautsToo) {
+  Write("n.csv", "Name\r\nMÜLLER\r\nmüller\r\nMueller\r\nÆrø_x\r\n");
+  EXPECT_EQ(Count("SELECT COUNT(*) FROM [n.csv] WHERE ('Name'  LIKE '%üll%'\r\n)"), 2);
+  EXPECT_EQ(Count("SELECT COUNT(*) FROM [n.csv] WHERE Name LIKE 'm_ller'"), 2);
+  EXPECT_EQ(Count("SELECT COUNT(*) FROM [n.csv] WHERE Name LIKE '%RØ!_%' ESCAPE '!'"), 1);
+  EXPECT_EQ(Count("SELECT COUNT(*) FROM [n.csv] WHERE ('Name'  NOT LIKE '%ue%'\r\n)"), 3);
+}
+
 TEST_F(FileEngineTest, TenThousandLines) {
   Write("gross.csv", "Nr;Name;Wert\r\n");
   for (int i = 1; i <= 10000; ++i) {
