@@ -26,6 +26,8 @@ class Properties : public Object {
   std::string TypeName() const override { return "Properties"; }
   std::int32_t Count() const { return static_cast<std::int32_t>(items_.size()); }
   Property& Item(std::string_view name) const;
+  Property& Item(const char* name) const { return Item(std::string_view(name)); }
+  Property& Item(const std::string& name) const { return Item(std::string_view(name)); }
   Property& Item(std::int32_t index) const;
   Property* Find(std::string_view name) const;
   // Sets a property, adding it when it is not there yet.
