@@ -111,6 +111,12 @@ TEST_F(TextProviderTest, ReadsCountsAndFiltersASource) {
                 "Long:3|String:Zwei\r\nZeilen|NULL|NULL|NULL"}));
   EXPECT_EQ(Count(*db, CountSql("Kunden.csv", "Kunden")), 3);
   // Filters as a job writes them: the apostrophe names the column.
+  // The catalogue reads a table's columns with the store's apostrophes.
+  auto shape = std::make_shared<Recordset>();
+  shape->SetMaxRecords(1);
+  shape->Open("SELECT * FROM 'Kunden.csv'", Variant(ObjectPtr(db)), ado::adOpenForwardOnly, -1);
+  EXPECT_EQ(shape->GetFields().Count(), 5);
+  EXPECT_EQ(Texts(*shape).size(), 1u);
   auto filtered = db->Execute(select + " WHERE ('Name'  LIKE '%Mü%'\r\n OR 'Umsatz'  < 10\r\n)");
   EXPECT_EQ(Texts(*filtered).size(), 2u);
   filtered = db->Execute(select + " WHERE ('Seit'  > #2003-01-01#\r\n)");
