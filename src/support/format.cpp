@@ -266,6 +266,7 @@ std::string FormatNumberSection(double value, const std::vector<Item>& items,
 
 std::string FormatNumber(double value, const std::vector<std::vector<Item>>& sections,
                          const RegionalSettings& r) {
+  if (!std::isfinite(value)) return NumberToText(value, 15, r);
   const std::vector<Item>* section = &sections[0];
   bool minus = false;
   if (value < 0) {
