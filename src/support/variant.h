@@ -11,6 +11,15 @@
 // 13 "Typen unverträglich", 6 "Überlauf", 94 "Unzulässige Verwendung von Null",
 // 424 "Objekt erforderlich". Text is parsed and written under the regional
 // settings of support/regional.h.
+//
+// Texts as VB wrote them on a system of the regional language: CStr of a
+// Double is the shortest text with up to 15 significant digits and the
+// regional decimal separator ("1,5", "1E+20"); of a Date the short date, with
+// " hh:mm:ss" when there is a time, only the time when the date part is 0; of
+// a Boolean "Wahr"/"Falsch" under German (and C / POSIX) settings and
+// "True"/"False" under any other language, so a log line that concatenates a
+// Boolean reads "Job.CancelOnError = Falsch". CBool accepts "True", "False",
+// "Wahr" and "Falsch" in any case, whatever the settings, and numbers.
 #pragma once
 
 #include <compare>
