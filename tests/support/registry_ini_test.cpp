@@ -124,6 +124,20 @@ TEST_F(ConfigFolderTest, MissingFilesGiveDefaults) {
   EXPECT_TRUE(ini.GetSections().empty());
 }
 
+TEST_F(ConfigFolderTest, IniDocumentKeepsOtherLines) {
+  std::string path = (dir_ / "odbc.ini").string();
+  Write(path, "[A]\r\n; Notiz\r\nx = \"1\"\r\n\r\n[B]\r\ny=2\r\n");
+  IniDocument doc = IniDocument::Load(path);
+  EXPECT_EQ(doc.Get("a", "X"), "1");
+  EXPECT_EQ(doc.Get("B", "x"), std::nullopt);
+  doc.Set("A", "z", "3");
+  doc.Set("B", "Y", "4");
+  doc.Set("C", "w", "5");
+  EXPECT_EQ(doc.Text(), "[A]\n; Notiz\nx = \"1\"\nz=3\n\n[B]\ny=4\n\n[C]\nw=5\n");
+  EXPECT_TRUE(doc.RemoveSection("b"));
+  EXPECT_EQ(doc.Sections(), (std::vector<std::string>{"A", "C"}));
+}
+
 TEST_F(ConfigFolderTest, IniFileReadsAndWritesEntries) {
   std::string path = (dir_ / "app.ini").string();
   Write(path, "; Kommentar\n[Allgemein]\nName = Test\nAn=yes\nZahl=12abc\n\n[Zwei]\nx=1\n");

@@ -81,6 +81,17 @@ TEST_F(ConsoleUiTest, QuestionsFromTheTerminal) {
   EXPECT_NE(err_.str().find("Ketrova: Abbrechen ?\n[J]a / [N]ein ? "), std::string::npos);
 }
 
+TEST_F(ConsoleUiTest, InputAndChoicesFromTheTerminal) {
+  in_.str("Meier\n\n/data/p.cpf\n\n");
+  auto ui = Make({.interactive = true}, true);
+  EXPECT_EQ(ui.InputBox("Name ?", "Ketrova", "Schulz"), "Meier");
+  EXPECT_EQ(ui.InputBox("Name ?", "Ketrova", "Schulz"), "Schulz");  // empty line: the default
+  EXPECT_EQ(ui.ChooseFile("Projekt", "*.cpf", ""), "/data/p.cpf");
+  EXPECT_EQ(ui.ChooseFolder("Ordner", "/alt"), "/alt");
+  EXPECT_EQ(ui.InputBox("Name ?", "", "x"), std::nullopt);  // end of input: cancelled
+  EXPECT_EQ(ui.ChooseFolder("Ordner", "/alt"), std::nullopt);
+}
+
 TEST_F(ConsoleUiTest, WithoutTerminalOrWithYes) {
   in_.str("n\n");
   auto plain = Make({.interactive = true}, false);
