@@ -16,7 +16,8 @@ constexpr std::int32_t kLcidGerman = 1031;
 constexpr std::int32_t kLcidUs = 1033;
 
 // The locale a script set with SetLocale; 0 while it follows the environment.
-thread_local std::int32_t chosenLocale = 0;
+// Process-wide, like the regional settings it switches.
+std::int32_t chosenLocale = 0;
 
 std::int32_t CurrentLocale() {
   if (chosenLocale != 0) return chosenLocale;
