@@ -475,7 +475,9 @@ void Recordset::AddNew() {
   CheckOpen();
   EnsureUpdatable();
   if (editMode_ != adEditNone) Update();
-  FetchAll();
+  // The engine opens a whole table per record only to add one: rows not read
+  // yet are not read at all. The new record goes behind those already read.
+  cursor_.reset();
   Record rec;
   rec.values.assign(columns_.size(), Variant::Null());
   rec.original.assign(columns_.size(), Variant::Null());

@@ -301,6 +301,20 @@ TEST_P(RecordAccess, MovingMaxRecordsRecordCountAndASecondOpen) {
   rs->Close();
   EXPECT_EQ(rs->State(), adStateClosed);
   EXPECT_THROW(rs->Eof(), VbError);
+
+  // The engine's target for plain inserts is the whole table, opened per
+  // record: adding to it must not wait on the rows it did not read.
+  for (int n = 151; n <= 153; ++n) {
+    rs->Open(" SELECT * \r\n FROM    [Zahlen] Zahlen", Variant(ObjectPtr(db)), adOpenKeyset,
+             adLockBatchOptimistic);
+    ASSERT_FALSE(rs->Eof());
+    rs->AddNew();
+    rs->GetFields().Item("N").SetValue(Variant(n));
+    rs->Update();
+    rs->UpdateBatch(adAffectAll);
+    rs->Close();
+  }
+  EXPECT_EQ(Scalar("SELECT COUNT(*) FROM [Zahlen]").ToLong(), 153);
 }
 
 TEST_P(RecordAccess, RollbackUndoesAndExecuteCountsAffectedRows) {

@@ -522,10 +522,26 @@ OdbcProvider::OdbcProvider(const ConnectionSpec& spec) {
   SQLHENV env = Env();
   if (!env) throw VbError(kErrGeneral, "ODBC-Umgebung nicht verfügbar", "Ketrova.ODBC");
   Check(SQLAllocHandle(SQL_HANDLE_DBC, env, &dbc_), SQL_HANDLE_ENV, env, OdbcPhase::kConnect);
+  Connect(spec.odbcString);
+  SQLCHAR info[256] = {};
+  SQLSMALLINT len = 0;
+  if (SQL_SUCCEEDED(SQLGetInfo(dbc_, SQL_DBMS_NAME, info, sizeof info, &len)))
+    dbms_ = reinterpret_cast<char*>(info);
+  if (Upper(dbms_).find("POSTGRES") != std::string::npos &&
+      Upper(spec.odbcString).find("USEDECLAREFETCH") == std::string::npos) {
+    // The PostgreSQL driver reads a whole result at execution unless told to
+    // fetch through a cursor; a record set must cost a block, not a table.
+    SQLDisconnect(dbc_);
+    Connect(spec.odbcString + ";UseDeclareFetch=1;Fetch=64");
+  }
+  Setup();
+}
+
+void OdbcProvider::Connect(const std::string& odbcString) {
   SQLSetConnectAttr(dbc_, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(15), 0);
   // The narrow call: connection strings are ASCII in practice, and a driver
   // without wide calls (SQLite3) then gets a UTF-8 file name unchanged.
-  std::string in = spec.odbcString;
+  std::string in = odbcString;
   SQLCHAR out[2048];
   SQLSMALLINT outLen = 0;
   SQLRETURN rc = SQLDriverConnect(dbc_, nullptr, N(in), static_cast<SQLSMALLINT>(in.size()), out,
@@ -535,13 +551,14 @@ OdbcProvider::OdbcProvider(const ConnectionSpec& spec) {
     SQLFreeHandle(SQL_HANDLE_DBC, dbc_);
     dbc_ = SQL_NULL_HDBC;
     std::string text = OdbcErrorText(records);
-    if (text.empty()) text = "Verbindung fehlgeschlagen: " + spec.odbcString;
+    if (text.empty()) text = "Verbindung fehlgeschlagen: " + odbcString;
     throw VbError(OdbcErrorNumber(records, OdbcPhase::kConnect), text, "Ketrova.ODBC");
   }
+}
+
+void OdbcProvider::Setup() {
   SQLCHAR info[256] = {};
   SQLSMALLINT len = 0;
-  if (SQL_SUCCEEDED(SQLGetInfo(dbc_, SQL_DBMS_NAME, info, sizeof info, &len)))
-    dbms_ = reinterpret_cast<char*>(info);
   std::string upper = Upper(dbms_);
   if (upper.find("SQLITE") != std::string::npos) {
     dialect_ = "sqlite";

@@ -50,6 +50,8 @@ class OdbcProvider : public Provider {
   void Release(std::unique_ptr<OdbcStatement> statement);
 
  private:
+  void Connect(const std::string& odbcString);
+  void Setup();
   std::unique_ptr<OdbcStatement> Acquire(const std::string& sql);
   void ExecDirect(const std::string& sql);
   SQLHSTMT NewCatalogStatement();
