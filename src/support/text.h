@@ -78,6 +78,8 @@ bool IsChecked(const Variant& value);
 
 // A number as text for SQL: a German number text "1.234,50" becomes
 // "1234.50"; blank gives "0", ",5" gives "0.5", anything not numeric "0".
+// A number value is first written as CStr writes it, so under settings with a
+// decimal point its point is deleted too (1234.5 gives "12345"), as it was.
 std::string ToDouble(const Variant& value);
 // A value as text for SQL by its ADO type: dates as DateToLocalText (or
 // DateToGermanText when not asLocal), the numeric types with `format` or
