@@ -96,6 +96,8 @@ TEST_F(TextTest, ToDoubleMakesSqlNumberText) {
   EXPECT_EQ(ToDouble(Variant(-2.25)), "-2.25");
   EXPECT_EQ(ToDouble(Variant("abc")), "0");
   EXPECT_EQ(ToDouble(Variant::Null()), "0");
+  RegionalGuard us(UsRegional());
+  EXPECT_EQ(ToDouble(Variant(1234.5)), "12345");  // the point goes as a thousands separator
 }
 
 TEST_F(TextTest, FormatValueByAdoType) {
