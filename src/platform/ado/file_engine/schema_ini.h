@@ -10,8 +10,8 @@
 //   Col2="Geburts Datum" DateTime
 // Format takes CSVDelimited, TabDelimited and Delimited(x); CharacterSet takes
 // ANSI or 1252 for Windows-1252 and 65001 or UTF-8. Keys and the section name
-// are compared without regard to case. Other keys are kept when a section is
-// written back.
+// are compared without regard to case. Writing a section replaces that section
+// and keeps all others as they stand.
 #pragma once
 
 #include <filesystem>

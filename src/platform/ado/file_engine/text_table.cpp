@@ -18,6 +18,19 @@ std::string LowerAscii(std::string s) {
   return s;
 }
 
+// True when every field is an unquoted number or date, and one at least is
+// not empty: no header line looks like that.
+bool LooksLikeData(const CsvRecord& record) {
+  bool any = false;
+  for (std::size_t i = 0; i < record.count; ++i) {
+    const std::string& f = record.fields[i];
+    if (f.empty() && !record.quoted[i]) continue;
+    if (record.quoted[i] || !(ParseNumber(f, false) || ParseDateText(f))) return false;
+    any = true;
+  }
+  return any;
+}
+
 }  // namespace
 
 TextTableLayout ReadTextTableLayout(const std::filesystem::path& file) {
@@ -42,10 +55,17 @@ TextTableLayout ReadTextTableLayout(const std::filesystem::path& file) {
                                                       "die Datei ist leer, die Kopfzeile mit "
                                                       "den Spaltennamen fehlt"));
     }
-    header.assign(record.fields.begin(), record.fields.begin() + record.count);
-    layout.data_offset = record.end;
-    layout.data_line = reader.line();
-    have_first = reader.Next(record);
+    if (LooksLikeData(record) && !(schema && schema->header)) {
+      // A first line of numbers and dates only is data: the file has no header.
+      layout.dialect.header = false;
+      layout.data_offset = record.offset;
+      layout.data_line = record.line;
+    } else {
+      header.assign(record.fields.begin(), record.fields.begin() + record.count);
+      layout.data_offset = record.end;
+      layout.data_line = reader.line();
+      have_first = reader.Next(record);
+    }
   } else {
     layout.data_offset = have_first ? record.offset : 0;
     layout.data_line = have_first ? record.line : 1;

@@ -3,7 +3,9 @@
 //
 // The delimiter is ";" unless schema.ini in the file's folder says otherwise.
 // The first line holds the column names unless schema.ini says
-// ColNameHeader=False; then the columns are F1, F2, ... A ColN entry of
+// ColNameHeader=False, or the line holds nothing but numbers and dates (a file
+// without a header, whose first line is data and must not be lost); then the
+// columns are F1, F2, ... A ColN entry of
 // schema.ini names and types column N; columns without one take their name
 // from the header and their type from the first rows (MaxScanRows, 25 by
 // default). A header field that is empty becomes F<n>; a name seen before

@@ -224,6 +224,10 @@ TEST_F(FileEngineTest, BadFilesGiveClearErrorsOrTheDocumentedFallback) {
   Write("kurz.csv", "A;B;C\r\n1;2\r\n3;4;5;\r\n");
   EXPECT_EQ(Query("SELECT * FROM [kurz.csv]"),
             (Rows{{"i:1", "i:2", "NULL"}, {"i:3", "i:4", "i:5"}}));
+  // A first line of numbers and dates is data, not a header.
+  Write("ohne.csv", "1;2,5;31.12.2002\r\n2;;01.01.2003\r\n");
+  EXPECT_EQ(Query("SELECT F1, F2, F3 FROM [ohne#csv]"),
+            (Rows{{"i:1", "r:2.5", "t:2002-12-31"}, {"i:2", "NULL", "t:2003-01-01"}}));
   Write("lang.csv", "A;B\r\n1;2\r\n3;4;5\r\n");
   VbError e = ErrorOf("SELECT * FROM [lang.csv]");
   EXPECT_EQ(e.Number, ado::kErrGeneral);

@@ -52,9 +52,15 @@ std::optional<std::filesystem::path> ResolveTextFile(const std::filesystem::path
     if (candidate.is_relative()) candidate = folder / candidate;
     if (!given.empty() && std::filesystem::is_directory(candidate, ec)) where = candidate;
   }
-  if (auto found = FindInFolder(where, file)) return found;
   if (file.size() > 4 && Lower(file.substr(file.size() - 4)) == ".txt") {
-    if (auto found = FindInFolder(where, file.substr(0, file.size() - 4))) return found;
+    if (auto found = FindInFolder(where, file)) return found;
+    file.resize(file.size() - 4);
+  }
+  if (auto found = FindInFolder(where, file)) return found;
+  // Jet wrote the dot of a file name as "#" (Kunden#csv).
+  if (file.find('#') != std::string::npos) {
+    std::replace(file.begin(), file.end(), '#', '.');
+    return FindInFolder(where, file);
   }
   return std::nullopt;
 }

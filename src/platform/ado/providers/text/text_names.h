@@ -4,7 +4,8 @@
 // txt is a table named by its file name, and so is a file without extension
 // (the header file that table creation writes). A name resolves to a file as
 // written or without a trailing ".TXT" (which the system appends to every
-// name), in both cases without regard to case. A name may carry a folder,
+// name), in both cases without regard to case; "#" stands for the dot of the
+// file name as Jet wrote it (Kunden#csv). A name may carry a folder,
 // "folder\name" as the text-driver syntax writes it; a folder that does not
 // exist here (a path from another machine) is read as the store's folder.
 #pragma once
