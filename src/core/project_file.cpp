@@ -1,0 +1,201 @@
+// CConverter.SaveProject and LoadProject: the project file as a whole. The
+// sections of the file are written and read by each class's own Save and Load.
+#include <pugixml.hpp>
+
+#include "core/converter.h"
+#include "core/error_text.h"
+#include "core/project_values.h"
+#include "core/work_form.h"
+#include "core/xml_document.h"
+#include "engine/script_modules.h"
+#include "jobs/jobs.h"
+#include "platform/ui/user_interface.h"
+#include "stores/database.h"
+#include "support/files.h"
+#include "support/text.h"
+#include "support/vb_error.h"
+
+namespace ketrova {
+
+namespace {
+
+void Hourglass(bool on) {
+  ui::Current().SetMousePointer(on ? ui::vbHourglass : ui::vbDefault);
+}
+
+std::string EncodeScript(const std::string& script) {
+  return EscapeSpecialChars(ConvertUmlautsEscape(script, true), true);
+}
+
+std::string DecodeScript(const std::string& text) {
+  return EscapeSpecialChars(ConvertUmlautsEscape(text, false), false);
+}
+
+}  // namespace
+
+std::string CConverter::SaveProject(const std::string& szFileName) {
+  std::string error;
+  std::string szStep;
+  Hourglass(true);
+  WorkFormOpen("Bitte einen Moment Geduld", "Projekt wird gesichert", "");
+  try {
+    szStep = "Create DOM";
+    CreateDOM();
+    CXMLADO& xml = XMLLib();
+    pugi::xml_node root = xml.AppendChild(Document(), xml.CreateElement("PROJECT"));
+    if (!szFileName.empty()) FileName = szFileName;
+    auto text = [&](const char* name, const std::string& value) {
+      return xml.AppendChild(root, xml.CreateElement(name, "", value));
+    };
+    text("PROJECTNAME", ProjectName);
+    text("DIRWORKING", WorkingDirectory);
+    text("DIRPROJECTS", ProjectDirectory());
+    text("DIRERRORS", ErrorDirectory());
+    text("ERRORFILENAME", ErrorFileName);
+    text("LOGFILENAME", LogfileName);
+    text("MAXRECORDS", std::to_string(MaxRecords));
+    text("MAXDEMODATA", std::to_string(MaxDemoData()));
+    std::string onStart = EncodeScript(ScriptOnStart);
+    xml.AppendChild(root, xml.CreateCData("SCRIPTONSTART", onStart));
+    std::string onEnd = EncodeScript(ScriptOnEnd);
+    xml.AppendChild(root, xml.CreateCData("SCRIPTONEND", onEnd));
+    text("SCRIPTLANGUAGE", std::to_string(ScriptLanguage));
+    pugi::xml_node source = text("DATABASESOURCE", "");
+    pugi::xml_node dest = text("DATABASEDEST", "");
+    pugi::xml_node jobs = text("JOBS", "");
+
+    szStep = "Quelldatenbank wird gesichert";
+    WorkFormText(szStep, "");
+    SourceDataBase().Save(source);
+    if (error.empty()) {
+      szStep = "Zieldatenbank wird gesichert";
+      WorkFormText(szStep, "");
+      DestDataBase().Save(dest);
+    }
+    if (error.empty()) {
+      szStep = "Aufgaben werden gesichert";
+      WorkFormText(szStep, "");
+      error = Jobs().Save(jobs, true);
+    }
+    pugi::xml_node modules = text("SCRIPTMODULES", "");
+    if (error.empty()) {
+      szStep = "Module werden gesichert";
+      WorkFormText(szStep, "");
+      WorkFormProgress(0, 1, 0);
+      error = ScriptModules().Save(modules);
+    }
+    // A section that failed leaves a partial document, which is written all
+    // the same.
+    DeleteFileWait(FileName);
+    if (!SaveDocument(Document(), FileName)) throw VbError(75);
+    EditMode = edEdit;
+  } catch (...) {
+    SetPendingError(std::current_exception());
+  }
+  Hourglass(false);
+  if (!error.empty() || Err().Number != 0) {
+    if (!szStep.empty()) error += "\\nAusgeführte Aktion : " + szStep;
+    BuildErrorText(1, error, "");
+  }
+  Err().Clear();
+  WorkFormClose();
+  Hourglass(false);
+  return error;
+}
+
+std::string CConverter::LoadProject(const std::string& szFileName) {
+  std::string error;
+  std::string szStep;
+  WorkFormOpen("Bitte einen Moment Geduld", "Projekt wird geöffnet", "");
+  Hourglass(true);
+  bool failed = false;
+  try {
+    Clear();
+    CreateDOM();
+    DocumentLoadResult loaded = LoadDocument(Document(), szFileName);
+    if (!loaded.ok) {
+      error = "Das Dokument konnte nicht gelesen werden. \r\nFehlertext : " + loaded.srcText +
+              "\r\nDateiname  : " + szFileName;
+      WorkFormClose();
+      Hourglass(false);
+      return error;
+    }
+    CXMLADO& xml = XMLLib();
+    ProjectName = xml.ReadNode("/Project/ProjectName");
+    FileName = szFileName;
+    WorkingDirectory = xml.ReadNode("/Project/DirWorking");
+    // Replaced by the file's own directory below, so nothing is created here.
+    projectDirectory_ = xml.ReadNode("/Project/DirProjects");
+    SetErrorDirectory(xml.ReadNode("/Project/DirErrors"));
+    ErrorFileName = xml.ReadNode("/Project/ErrorFileName");
+    LogfileName = xml.ReadNode("/Project/LogfileName");
+    MaxRecords = TextToLong(xml.ReadNode("/Project/MaxRecords", {}, "0"));
+    SetMaxDemoData(TextToLong(xml.ReadNode("/Project/MaxDemoData", {}, "20")));
+    // The skeletons are checked at once, while ScriptLanguage still has the
+    // value Clear gave it.
+    ScriptOnStart = DecodeScript(xml.ReadNode("/Project/ScriptOnStart"));
+    CheckMainScriptOnStart();
+    ScriptOnEnd = DecodeScript(xml.ReadNode("/Project/ScriptOnEnd"));
+    CheckMainScriptOnEnd();
+    ScriptLanguage = TextToLong(xml.ReadNode("/Project/ScriptLanguage", {}, "1"));
+    pugi::xml_node root = xml.FindNode("/Project");
+
+    WorkFormText("Quelldatenbank wird geöffnet", "");
+    error = SourceDataBase().Load("/Project/DatabaseSource", root);
+    if (error.empty()) {
+      szStep = "Quelldatenbank öffnen";
+      SourceDataBase().SetActive(true);
+      if (SourceDataBase().ErrorNumber() != 0)
+        Logs().AddLog(szStep + " : " + SourceDataBase().LastErrorMessage());
+    }
+    if (error.empty()) {
+      szStep = "Quell-Objekte werden geladen";
+      WorkFormText(szStep, "");
+      if (SourceDataBase().Objects().Count() == 0) SourceDataBase().Reload();
+      if (SourceDataBase().ErrorNumber() != 0)
+        Logs().AddLog(szStep + " : " + SourceDataBase().LastErrorMessage());
+    }
+    if (error.empty()) {
+      WorkFormText("Zieldatenbank wird geöffnet", "");
+      error = DestDataBase().Load("/Project/DatabaseDest", root);
+    }
+    if (error.empty()) {
+      szStep = "Zieldatenbank öffnen";
+      DestDataBase().SetActive(true);
+      if (DestDataBase().ErrorNumber() != 0)
+        Logs().AddLog(szStep + " : " + DestDataBase().LastErrorMessage());
+    }
+    if (error.empty()) {
+      szStep = "Ziel-Objekte werden geladen";
+      WorkFormText(szStep, "");
+      if (DestDataBase().Objects().Count() == 0) DestDataBase().Reload();
+      if (DestDataBase().ErrorNumber() != 0)
+        Logs().AddLog(szStep + " : " + DestDataBase().LastErrorMessage());
+    }
+    if (error.empty()) {
+      WorkFormText("Aufgaben werden geladen", "");
+      error = Jobs().Load("/Project/Jobs", root, true);
+    }
+    if (error.empty()) {
+      WorkFormText("Module werden geladen", "");
+      WorkFormProgress(0, 1, 0);
+      error = ScriptModules().Load("/Project/ScriptModules");
+    }
+    SetProjectDirectory(FilePath(szFileName));
+    EditMode = edEdit;
+  } catch (...) {
+    SetPendingError(std::current_exception());
+    failed = true;
+  }
+  if (failed || !error.empty()) {
+    Hourglass(false);
+    if (!szStep.empty()) error += "\\nAusgeführte Aktion : " + szStep;
+    BuildErrorText(1, error, "");
+  }
+  Err().Clear();
+  WorkFormClose();
+  Hourglass(false);
+  return error;
+}
+
+}  // namespace ketrova

@@ -1,0 +1,125 @@
+// CDatabase: one data store of a project, the source or the destination. Its
+// eight text parameters say where the store is; the connection string is built
+// anew from them each time it is read and is never the source of truth.
+//
+// CConverter owns two of them; a job side may own one of its own. The catalogue
+// (Objects) is owned here; Converter is a back reference that the owner sets
+// through SetConverter, which passes it down the catalogue.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <pugixml.hpp>
+#include <string>
+
+#include "core/enums.h"
+#include "stores/database_objects.h"
+
+namespace ketrova {
+
+namespace ado {
+class Connection;
+class Recordset;
+}  // namespace ado
+
+class CConverter;
+class CJob;
+
+class CDatabase {
+ public:
+  CDatabase();
+  ~CDatabase();
+  CDatabase(const CDatabase&) = delete;
+  CDatabase& operator=(const CDatabase&) = delete;
+
+  std::string DataSourceName;
+  std::string UserName;
+  std::string Password;  // kept and saved in clear
+  std::string DatabaseName;
+  std::string DriverName;
+  std::string ServerName;
+  std::string PortAdress;
+  std::string DatabaseFileName;
+  // 0 in a new object until Clear or Load sets it.
+  std::int32_t DatabaseType = 0;
+  std::int32_t DatabaseDirection = dbdSource;
+
+  CConverter* Converter = nullptr;
+  void SetConverter(CConverter* converter);
+  CDatabaseObjects& Objects() { return *objects_; }
+  const CDatabaseObjects& Objects() const { return *objects_; }
+
+  // Record access of the store; set up when the store opens.
+  std::shared_ptr<ado::Connection> Connection;
+  std::shared_ptr<ado::Recordset> Recordset;
+
+  const std::string& LastErrorMessage() const { return lastErrorMessage_; }
+  std::int32_t ErrorNumber() const { return errorNumber_; }
+  bool OnTransaction() const { return onTransaction_; }
+  const std::string& ColBracketLeft() const { return colBracketLeft_; }
+  const std::string& ColBracketRight() const { return colBracketRight_; }
+
+  // The connection string built from the parameters and the type.
+  std::string ConnectionString();
+  // Ignores the value: rebuilds the string and parses the parameters back from
+  // it, which leaves them in upper case.
+  void SetConnectionString(const std::string& ignored);
+  std::string DatabaseTypeString() const;
+  // No store type may use transactions.
+  bool CanUseTransctions() const { return false; }
+  std::string GetFileBasedDriverPath() const;
+  // Only text stores change the name: cut at an extension, or ".TXT" added.
+  std::string CheckTableName(std::string& szObjectName, bool bCut) const;
+  bool CanUseConnection() const;
+  bool IsFileBased();
+  // The type the connection string leads to (the argument, else the string
+  // built from the parameters).
+  std::int32_t DatabaseTypeNative(const std::string& szConnection = {});
+
+  void Clear();
+  void Save(pugi::xml_node objRootNode);
+  // Reads the store element at `szTreeNode` (below `objNode`); "" or an error text.
+  std::string Load(const std::string& szTreeNode, pugi::xml_node objNode);
+
+  // Whether the connection is open. Opening is record access's work; until it
+  // is there, setting Active changes only the flag.
+  bool Active() const { return active_; }
+  void SetActive(bool value);
+
+  // The catalogue members; filled by the schema analysis. Until then Reload
+  // and VerifyTables answer "" and read nothing.
+  std::string Reload(bool bShowWorkForm = false, bool bShowErrors = false);
+  std::string VerifyTables(bool bShowWorkForm = false, bool bShowErrors = false);
+  // The catalogue object whose name matches by IsEqual after MakeIdentifier (and
+  // CheckTableName with bCut on stores that are not file based); on a target
+  // with `bSearchInSource`, a clone of the source's object. Null when none; a
+  // clone is owned by `clone`.
+  CDatabaseObject* ObjectByName(const std::string& szObjectName, std::string& szError,
+                                bool bSearchInSource,
+                                std::unique_ptr<CDatabaseObject>* clone = nullptr);
+  std::string ValidColumnName(const std::string& szColumnName) const;
+  void CopyDataBaseObjectsToJobs();
+  void CopyOutlookObjectsToTargetJobs(CJob& objJob, bool bShowWorkForm = false);
+
+ private:
+  std::unique_ptr<CDatabaseObjects> objects_;
+  std::string connectionString_;
+  std::string lastErrorMessage_;
+  std::int32_t errorNumber_ = 0;
+  bool active_ = false;
+  bool onTransaction_ = false;
+  std::string colBracketLeft_;
+  std::string colBracketRight_;
+};
+
+// Reverse parsing of a connection string (the argument is upper-cased in place):
+// 0 data source, 1 database (else data source), 2 user, 3 password, 4 driver
+// (else provider), 5 server, 6 provider, 7 default directory (else database).
+std::string GetConnectStringPart(std::string& szConnection, int inPart);
+
+// The store code behind a connection string: 0 Watcom, 1 SQL Server, 2 Access,
+// 3 Interbase, 4 Oracle, 5 Paradox, 6 MySQL, 7 Excel, 8 Outlook, 9 ODBC,
+// 10 text, 11 XML; `inDefault` when nothing says otherwise.
+std::int32_t GetDatabaseTypeFromConnectString(std::string szConnection, std::int32_t inDefault);
+
+}  // namespace ketrova

@@ -1,0 +1,234 @@
+#include "stores/database_objects.h"
+
+#include "core/converter.h"
+#include "core/project_values.h"
+#include "core/xml_document.h"
+#include "core/xml_node.h"
+#include "stores/database.h"
+#include "support/text.h"
+
+namespace ketrova {
+
+// --- CDatabaseObjectField -------------------------------------------------
+
+std::unique_ptr<CDatabaseObjectField> CDatabaseObjectField::Clone() const {
+  auto field = std::make_unique<CDatabaseObjectField>(*this);
+  field->Converter = nullptr;
+  return field;
+}
+
+void CDatabaseObjectField::Clear() {
+  CConverter* converter = Converter;
+  *this = CDatabaseObjectField();
+  Converter = converter;
+}
+
+void CDatabaseObjectField::Save(pugi::xml_node objRootNode) {
+  CXMLADO& xml = Converter->XMLLib();
+  xml.WriteNodeAttribute(objRootNode, "INDEX", std::to_string(Index));
+  xml.WriteNodeAttribute(objRootNode, "KEY", Key);
+  xml.WriteNodeAttribute(objRootNode, "NAME", Name);
+  xml.WriteNodeAttribute(objRootNode, "COLUMNNAME", ColumnName);
+  xml.WriteNodeAttribute(objRootNode, "COLUMNWIDTH", ColumnWidth);
+  xml.WriteNodeAttribute(objRootNode, "ACTUALSIZE", std::to_string(ActualSize));
+  xml.WriteNodeAttribute(objRootNode, "DEFINEDSIZE", std::to_string(DefinedSize));
+  xml.WriteNodeAttribute(objRootNode, "NUMERICSCALE", std::to_string(NumericScale));
+  xml.WriteNodeAttribute(objRootNode, "PRECISION", std::to_string(Precision));
+  xml.WriteNodeAttribute(objRootNode, "STATUS", std::to_string(Status));
+  xml.WriteNodeAttribute(objRootNode, "FIELDTYPE", std::to_string(FieldType));
+}
+
+void CDatabaseObjectField::Load(pugi::xml_node objRootNode) {
+  CXMLADO& xml = Converter->XMLLib();
+  Name = xml.ReadAttribute(objRootNode, "NAME");
+  ColumnName = xml.ReadAttribute(objRootNode, "COLUMNNAME");
+  ColumnWidth = xml.ReadAttribute(objRootNode, "COLUMNWIDTH", "20");
+  ActualSize = TextToLong(xml.ReadAttribute(objRootNode, "ACTUALSIZE", "0"));
+  DefinedSize = TextToLong(xml.ReadAttribute(objRootNode, "DEFINEDSIZE", "0"));
+  NumericScale = TextToByte(xml.ReadAttribute(objRootNode, "NUMERICSCALE", "0"));
+  Precision = TextToByte(xml.ReadAttribute(objRootNode, "PRECISION", "0"));
+  Status = TextToLong(xml.ReadAttribute(objRootNode, "STATUS", "0"));
+  FieldType = TextToLong(xml.ReadAttribute(objRootNode, "FIELDTYPE", "13"));
+}
+
+// --- CDatabaseObjectFields ------------------------------------------------
+
+void CDatabaseObjectFields::SetConverter(CConverter* converter) {
+  Converter = converter;
+  for (CDatabaseObjectField& field : items_) field.Converter = converter;
+}
+
+CDatabaseObjectField& CDatabaseObjectFields::AddObject(
+    std::unique_ptr<CDatabaseObjectField> objObject) {
+  std::string key = std::to_string(objObject->Index);
+  return items_.Add(std::move(objObject), key);
+}
+
+CDatabaseObjectField& CDatabaseObjectFields::Add() {
+  auto field = std::make_unique<CDatabaseObjectField>();
+  field->Clear();
+  field->Converter = Converter;
+  field->Index = Count() + 1;
+  field->Key = std::to_string(field->Index);
+  std::string key = field->Key;
+  return items_.Add(std::move(field), key);
+}
+
+void CDatabaseObjectFields::Clear() {
+  for (CDatabaseObjectField& field : items_) field.Clear();
+  while (items_.Count() > 0) items_.Remove(1);
+}
+
+void CDatabaseObjectFields::Save(pugi::xml_node objRootNode) {
+  CXMLADO& xml = Converter->XMLLib();
+  xml.WriteNodeAttribute(objRootNode, "COUNT", std::to_string(Count()));
+  for (CDatabaseObjectField& field : items_) {
+    pugi::xml_node node = xml.CreateElement("FIELD");
+    field.Save(node);
+    xml.AppendChild(objRootNode, node);
+  }
+}
+
+std::string CDatabaseObjectFields::Load(const std::string& szTreeNode) {
+  CXMLADO& xml = Converter->XMLLib();
+  pugi::xml_node node = xml.FindNode(szTreeNode);
+  if (!node) return {};
+  for (pugi::xml_node child : node.children()) {
+    if (child.type() != pugi::node_element) continue;
+    Add().Load(child);
+  }
+  return {};
+}
+
+// --- CDatabaseObject ------------------------------------------------------
+
+CDatabaseObject::CDatabaseObject() : fields_(std::make_unique<CDatabaseObjectFields>()) {}
+
+void CDatabaseObject::SetConverter(CConverter* converter) {
+  Converter = converter;
+  fields_->SetConverter(converter);
+}
+
+bool CDatabaseObject::IsValidField(std::int32_t inDataType) {
+  if (!Database || Database->DatabaseTypeNative() != dbtMySQL) return true;
+  switch (inDataType) {
+    case 0:
+    case 9:
+    case 10:
+    case 12:
+    case 13:
+    case 128:
+    case 132:
+    case 138:
+    case 204:
+    case 205:
+      return false;
+    default:
+      return true;
+  }
+}
+
+std::string CDatabaseObject::LoadColumns() {
+  return {};
+}
+
+std::unique_ptr<CDatabaseObject> CDatabaseObject::Clone() const {
+  auto object = std::make_unique<CDatabaseObject>();
+  object->Index = Index;
+  object->Key = Key;
+  object->Name = Name;
+  object->ObjectType = ObjectType;
+  object->SQL = SQL;
+  object->Visible = Visible;
+  for (const CDatabaseObjectField& field : *fields_) object->fields_->AddObject(field.Clone());
+  return object;
+}
+
+void CDatabaseObject::Clear() {
+  Index = 0;
+  Key.clear();
+  Name.clear();
+  SQL.clear();
+  Visible = false;
+  ObjectType = dboTable;
+  fields_->Clear();
+}
+
+CDatabaseObjectField* CDatabaseObject::ColumnByName(const std::string& szColumnName) const {
+  for (CDatabaseObjectField& field : *fields_)
+    if (IsEqual(field.Name, szColumnName)) return &field;
+  return nullptr;
+}
+
+void CDatabaseObject::Save(pugi::xml_node objRootNode) {
+  CXMLADO& xml = Converter->XMLLib();
+  xml.WriteNodeAttribute(objRootNode, "INDEX", std::to_string(Index));
+  xml.WriteNodeAttribute(objRootNode, "NAME", Name);
+  xml.WriteNodeAttribute(objRootNode, "OBJECTTYPE", std::to_string(ObjectType));
+  xml.WriteNodeAttribute(objRootNode, "KEY", Key);
+  std::string sql = SQL;
+  xml.AppendChild(objRootNode, xml.CreateCData("SQL", sql));
+  xml.WriteNodeAttribute(objRootNode, "VISIBLE", BoolText(Visible));
+  pugi::xml_node fields = xml.CreateElement("FIELDS");
+  fields_->Save(fields);
+  xml.AppendChild(objRootNode, fields);
+}
+
+void CDatabaseObject::Load(pugi::xml_node objRootNode) {
+  CXMLADO& xml = Converter->XMLLib();
+  Name = xml.ReadAttribute(objRootNode, "NAME");
+  ObjectType = TextToLong(xml.ReadAttribute(objRootNode, "OBJECTTYPE", "0"));
+  // The statement is the text of the whole element; only SQL holds text.
+  SQL = ConvertUmlautsEscape(NodeText(objRootNode), false);
+  Visible = TextToBool(xml.ReadAttribute(objRootNode, "VISIBLE", "TRUE"));
+  // The path is searched from the root element and finds nothing there, so a
+  // loaded catalogue has no field lists; analysis fills them when needed.
+  fields_->Load(std::string(objRootNode.name()) + "/Fields");
+}
+
+// --- CDatabaseObjects -----------------------------------------------------
+
+void CDatabaseObjects::SetConverter(CConverter* converter) {
+  Converter = converter;
+  for (CDatabaseObject& object : items_) object.SetConverter(converter);
+}
+
+CDatabaseObject& CDatabaseObjects::Add() {
+  auto object = std::make_unique<CDatabaseObject>();
+  object->Clear();
+  object->SetConverter(Converter);
+  object->Index = Count() + 1;
+  object->Key = std::to_string(object->Index);
+  std::string key = object->Key;
+  CDatabaseObject& added = items_.Add(std::move(object), key);
+  added.Database = Database;
+  return added;
+}
+
+void CDatabaseObjects::Clear() {
+  for (CDatabaseObject& object : items_) object.Clear();
+  while (items_.Count() > 0) items_.Remove(1);
+}
+
+void CDatabaseObjects::Save(pugi::xml_node objRootNode) {
+  CXMLADO& xml = Converter->XMLLib();
+  xml.WriteNodeAttribute(objRootNode, "COUNT", std::to_string(Count()));
+  for (CDatabaseObject& object : items_) {
+    pugi::xml_node node = xml.CreateElement("OBJECT");
+    object.Save(node);
+    xml.AppendChild(objRootNode, node);
+  }
+}
+
+std::string CDatabaseObjects::Load(const std::string& szTreeNode) {
+  CXMLADO& xml = Converter->XMLLib();
+  pugi::xml_node node = xml.FindNode(szTreeNode);
+  if (!node) return {};
+  for (pugi::xml_node child : node.children()) {
+    if (child.type() != pugi::node_element) continue;
+    Add().Load(child);
+  }
+  return {};
+}
+
+}  // namespace ketrova

@@ -1,0 +1,140 @@
+// The catalogue of a store: CDatabaseObjects lists its tables and views, each
+// CDatabaseObject holds its columns as CDatabaseObjectFields. Filled by the
+// schema analysis or from the project file, so that a project can be edited
+// with its stores offline.
+//
+// Lists are 1-based; an item's Key is its Index as text, given at Add and never
+// renumbered. A list owns its items; Converter and Database are back
+// references that the owner sets.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <pugixml.hpp>
+#include <string>
+
+#include "core/enums.h"
+#include "support/collection.h"
+#include "support/variant.h"
+
+namespace ketrova {
+
+class CConverter;
+class CDatabase;
+
+class CDatabaseObjectField {
+ public:
+  CDatabaseObjectField() = default;
+  std::int32_t Index = 0;
+  std::string Key;
+  std::string Name;
+  std::string ColumnName;
+  std::string ColumnWidth = "50";
+  std::int32_t ActualSize = 0;
+  std::int32_t DefinedSize = 0;
+  std::uint8_t NumericScale = 0;
+  Variant OriginalValue = Variant("");
+  std::uint8_t Precision = 0;
+  std::int32_t Status = 0;
+  std::int32_t FieldType = kFieldTypeUnknown;
+  Variant UnderlyingValue = Variant("");
+  Variant Value = Variant("");
+  CConverter* Converter = nullptr;
+
+  std::unique_ptr<CDatabaseObjectField> Clone() const;
+  void Clear();
+  void Save(pugi::xml_node objRootNode);
+  void Load(pugi::xml_node objRootNode);
+};
+
+class CDatabaseObjectFields {
+ public:
+  CDatabaseObjectFields() = default;
+  ~CDatabaseObjectFields() { Clear(); }
+  CDatabaseObjectFields(const CDatabaseObjectFields&) = delete;
+  CDatabaseObjectFields& operator=(const CDatabaseObjectFields&) = delete;
+
+  CConverter* Converter = nullptr;
+  void SetConverter(CConverter* converter);
+
+  // Appends a field under its own Index as key, unchanged.
+  CDatabaseObjectField& AddObject(std::unique_ptr<CDatabaseObjectField> objObject);
+  CDatabaseObjectField& Add();
+  void Remove(std::int32_t Index) { items_.Remove(Index); }
+  void Remove(std::string_view Key) { items_.Remove(Key); }
+  CDatabaseObjectField& Item(std::int32_t Index) const { return items_.Item(Index); }
+  CDatabaseObjectField& Item(std::string_view Key) const { return items_.Item(Key); }
+  std::int32_t Count() const { return items_.Count(); }
+  void Clear();
+  void Save(pugi::xml_node objRootNode);
+  // Searches `szTreeNode` from the root element.
+  std::string Load(const std::string& szTreeNode);
+
+  auto begin() const { return items_.begin(); }
+  auto end() const { return items_.end(); }
+
+ private:
+  Collection<CDatabaseObjectField> items_;
+};
+
+class CDatabaseObject {
+ public:
+  CDatabaseObject();
+  std::int32_t Index = 0;
+  std::string Key;
+  std::string Name;
+  std::int32_t ObjectType = dboTable;
+  std::string SQL;
+  bool Visible = false;
+  CConverter* Converter = nullptr;
+  CDatabase* Database = nullptr;
+  CDatabaseObjectFields& Fields() { return *fields_; }
+  const CDatabaseObjectFields& Fields() const { return *fields_; }
+  void SetConverter(CConverter* converter);
+
+  // False for the ADO types a MySQL store cannot hold; true otherwise.
+  bool IsValidField(std::int32_t inDataType);
+  // Reads the columns from the store; the error text or "". Filled by the
+  // schema analysis; until then it reads nothing.
+  std::string LoadColumns();
+  std::unique_ptr<CDatabaseObject> Clone() const;
+  void Clear();
+  // The first field whose Name IsEqual to the name, or null.
+  CDatabaseObjectField* ColumnByName(const std::string& szColumnName) const;
+  void Save(pugi::xml_node objRootNode);
+  void Load(pugi::xml_node objRootNode);
+
+ private:
+  std::unique_ptr<CDatabaseObjectFields> fields_;
+};
+
+class CDatabaseObjects {
+ public:
+  CDatabaseObjects() = default;
+  ~CDatabaseObjects() { Clear(); }
+  CDatabaseObjects(const CDatabaseObjects&) = delete;
+  CDatabaseObjects& operator=(const CDatabaseObjects&) = delete;
+
+  CConverter* Converter = nullptr;
+  CDatabase* Database = nullptr;
+  void SetConverter(CConverter* converter);
+
+  CDatabaseObject& Add();
+  void Remove(std::int32_t Index) { items_.Remove(Index); }
+  void Remove(std::string_view Key) { items_.Remove(Key); }
+  CDatabaseObject& Item(std::int32_t Index) const { return items_.Item(Index); }
+  CDatabaseObject& Item(std::string_view Key) const { return items_.Item(Key); }
+  std::int32_t Count() const { return items_.Count(); }
+  void Clear();
+  void Save(pugi::xml_node objRootNode);
+  // Searches `szTreeNode` from the root element; one CDatabaseObject per child.
+  std::string Load(const std::string& szTreeNode);
+
+  auto begin() const { return items_.begin(); }
+  auto end() const { return items_.end(); }
+
+ private:
+  Collection<CDatabaseObject> items_;
+};
+
+}  // namespace ketrova
