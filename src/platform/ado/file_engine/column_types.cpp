@@ -1,7 +1,6 @@
 #include "platform/ado/file_engine/column_types.h"
 
 #include <charconv>
-#include <cstdio>
 
 namespace ketrova::file_engine {
 
@@ -148,10 +147,18 @@ std::optional<std::string> ParseDateText(std::string_view text) {
     return std::nullopt;
   }
   if (!ValidDate(y, m, d)) return std::nullopt;
-  char out[64];
+  // Written by hand: this runs for every date value read.
+  auto put = [](std::string& out, std::size_t at, int value, int width) {
+    for (int i = width - 1; i >= 0; --i, value /= 10) {
+      out[at + static_cast<std::size_t>(i)] = static_cast<char>('0' + value % 10);
+    }
+  };
   if (pos == text.size()) {
-    std::snprintf(out, sizeof out, "%04d-%02d-%02d", y, m, d);
-    return std::string(out);
+    std::string out = "0000-00-00";
+    put(out, 0, y, 4);
+    put(out, 5, m, 2);
+    put(out, 8, d, 2);
+    return out;
   }
   if (text[pos] != ' ' && text[pos] != 'T') return std::nullopt;
   int hh = 0, mm = 0, ss = 0;
@@ -166,8 +173,14 @@ std::optional<std::string> ParseDateText(std::string_view text) {
     pos += 3;
   }
   if (pos != text.size() || hh > 23 || mm > 59 || ss > 59) return std::nullopt;
-  std::snprintf(out, sizeof out, "%04d-%02d-%02d %02d:%02d:%02d", y, m, d, hh, mm, ss);
-  return std::string(out);
+  std::string out = "0000-00-00 00:00:00";
+  put(out, 0, y, 4);
+  put(out, 5, m, 2);
+  put(out, 8, d, 2);
+  put(out, 11, hh, 2);
+  put(out, 14, mm, 2);
+  put(out, 17, ss, 2);
+  return out;
 }
 
 std::optional<bool> ParseBoolean(std::string_view text) {

@@ -64,9 +64,12 @@ bool Statement::Step() {
   engine_->RaiseError(rc, sqlite3_sql(stmt_) ? sqlite3_sql(stmt_) : "");
 }
 
+// A connection serves one thread at a time, as record access does: SQLite's
+// own locking is left out.
 FileEngine::FileEngine(TableResolver resolver, std::string source)
     : resolver_(std::move(resolver)), source_(std::move(source)) {
-  int rc = sqlite3_open_v2(":memory:", &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+  int rc = sqlite3_open_v2(
+      ":memory:", &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
   if (rc != SQLITE_OK) {
     std::string msg = db_ ? sqlite3_errmsg(db_) : "out of memory";
     sqlite3_close(db_);

@@ -2,7 +2,6 @@
 
 #include <sqlite3.h>
 
-#include <cstdio>
 #include <limits>
 #include <string_view>
 
@@ -18,20 +17,23 @@ bool Is(const char* declared, std::string_view word) {
 
 // "yyyy-mm-dd" or "yyyy-mm-dd hh:mm:ss" as an OLE date; false for anything else.
 bool OleDateFromIso(std::string_view text, double& ole) {
+  if (text.size() != 10 && text.size() != 19) return false;
+  auto number = [&](std::size_t at, std::size_t width, int& value) {
+    value = 0;
+    for (std::size_t i = at; i < at + width; ++i) {
+      if (text[i] < '0' || text[i] > '9') return false;
+      value = value * 10 + (text[i] - '0');
+    }
+    return true;
+  };
   ado::DateParts p;
-  int n = 0;
-  std::string s(text);
-  if (text.size() == 10) {
-    if (std::sscanf(s.c_str(), "%4d-%2d-%2d%n", &p.year, &p.month, &p.day, &n) != 3 || n != 10) {
-      return false;
-    }
-  } else if (text.size() == 19) {
-    if (std::sscanf(s.c_str(), "%4d-%2d-%2d %2d:%2d:%2d%n", &p.year, &p.month, &p.day, &p.hour,
-                    &p.minute, &p.second, &n) != 6 ||
-        n != 19) {
-      return false;
-    }
-  } else {
+  if (text[4] != '-' || text[7] != '-' || !number(0, 4, p.year) || !number(5, 2, p.month) ||
+      !number(8, 2, p.day)) {
+    return false;
+  }
+  if (text.size() == 19 &&
+      (text[10] != ' ' || text[13] != ':' || text[16] != ':' || !number(11, 2, p.hour) ||
+       !number(14, 2, p.minute) || !number(17, 2, p.second))) {
     return false;
   }
   ole = ado::OleDateFromParts(p);
