@@ -54,6 +54,9 @@ struct CsvCursor : sqlite3_vtab_cursor {
   std::unique_ptr<CsvReader> reader;
   CsvRecord record;
   bool eof = true;
+  // The file's size when the scan began: lines appended during the scan (by
+  // a statement that reads and writes the same file) are not read again.
+  std::int64_t end = 0;
 };
 
 // The tables of each connection, for StaleCsvTables.
@@ -174,7 +177,7 @@ int Close(sqlite3_vtab_cursor* cursor) {
 // are accepted only when they are empty (a trailing delimiter).
 void Advance(CsvCursor* cursor) {
   auto* table = static_cast<CsvTable*>(cursor->pVtab);
-  cursor->eof = !cursor->reader->Next(cursor->record);
+  cursor->eof = !cursor->reader->Next(cursor->record) || cursor->record.offset >= cursor->end;
   if (cursor->eof) return;
   const CsvRecord& r = cursor->record;
   std::size_t columns = table->layout.names.size();
@@ -195,6 +198,7 @@ int Filter(sqlite3_vtab_cursor* base, int, const char*, int, sqlite3_value**) {
     if (!cursor->reader) {
       cursor->reader = std::make_unique<CsvReader>(table->layout.file, table->layout.dialect);
     }
+    cursor->end = StampOf(table->layout.file).size;
     cursor->reader->Seek(table->layout.data_offset, table->layout.data_line);
     Advance(cursor);
     return SQLITE_OK;

@@ -33,6 +33,19 @@ struct Fd {
   }
 };
 
+// Locks the whole file for writing, or fails naming it: flock for programs
+// that use it, and a POSIX record lock, which office programs take.
+void LockForWriting(int fd, const std::filesystem::path& file) {
+  if (::flock(fd, LOCK_EX | LOCK_NB) < 0) FailErrno(file, "kann nicht gesperrt werden");
+  struct flock lock {};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  if (::fcntl(fd, F_SETLK, &lock) < 0) {
+    if (errno == EACCES || errno == EAGAIN) errno = EWOULDBLOCK;
+    FailErrno(file, "kann nicht gesperrt werden");
+  }
+}
+
 void WriteAll(int fd, std::string_view text, const std::filesystem::path& file) {
   while (!text.empty()) {
     ssize_t n = ::write(fd, text.data(), text.size());
@@ -71,7 +84,7 @@ void AppendToFile(const std::filesystem::path& file, std::string_view text,
   Fd f;
   f.fd = ::open(file.c_str(), O_RDWR | O_APPEND | O_CLOEXEC);
   if (f.fd < 0) FailErrno(file, "kann nicht zum Schreiben geöffnet werden");
-  if (::flock(f.fd, LOCK_EX | LOCK_NB) < 0) FailErrno(file, "kann nicht gesperrt werden");
+  LockForWriting(f.fd, file);
   std::string block;
   struct stat st {};
   if (::fstat(f.fd, &st) == 0 && st.st_size > 0) {
@@ -89,7 +102,7 @@ void RewriteFile(const std::filesystem::path& file,
   Fd original;
   original.fd = ::open(file.c_str(), O_RDWR | O_CLOEXEC);
   if (original.fd < 0) FailErrno(file, "kann nicht zum Schreiben geöffnet werden");
-  if (::flock(original.fd, LOCK_EX | LOCK_NB) < 0) FailErrno(file, "kann nicht gesperrt werden");
+  LockForWriting(original.fd, file);
   struct stat st {};
   ::fstat(original.fd, &st);
 

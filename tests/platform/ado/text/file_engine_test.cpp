@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 #include <sys/file.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "platform/ado/enums.h"
@@ -259,6 +260,31 @@ TEST_F(FileEngineTest, LockedFileRefusesTheWriteAndKeepsItsContent) {
   EXPECT_EQ(Read("k.csv"), "A\r\n1\r\n");
   // The connection stays usable.
   EXPECT_EQ(engine_->Execute("INSERT INTO [k.csv] VALUES (2)"), 1);
+  EXPECT_EQ(Read("k.csv"), "A\r\n1\r\n2\r\n");
+
+  // An office program's lock is a POSIX record lock held by another process.
+  int ready[2], done[2];
+  ASSERT_EQ(::pipe(ready), 0);
+  ASSERT_EQ(::pipe(done), 0);
+  pid_t child = ::fork();
+  if (child == 0) {
+    int lock_fd = ::open(Path("k.csv").c_str(), O_RDWR);
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    char c = ::fcntl(lock_fd, F_SETLK, &lock) == 0 ? 'y' : 'n';
+    (void)!::write(ready[1], &c, 1);
+    (void)!::read(done[0], &c, 1);
+    ::_exit(0);
+  }
+  char c = 0;
+  ASSERT_EQ(::read(ready[0], &c, 1), 1);
+  ASSERT_EQ(c, 'y');
+  e = ErrorOf("INSERT INTO [k.csv] VALUES (3)");
+  (void)!::write(done[1], "x", 1);
+  ::waitpid(child, nullptr, 0);
+  EXPECT_EQ(e.Description,
+            "Datei " + Path("k.csv").string() + " ist von einem anderen Programm gesperrt");
   EXPECT_EQ(Read("k.csv"), "A\r\n1\r\n2\r\n");
 }
 
