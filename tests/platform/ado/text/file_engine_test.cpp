@@ -192,6 +192,24 @@ TEST_F(FileEngineTest, LikeIgnoresCaseOfUmlautsToo) {
   EXPECT_EQ(Count("SELECT COUNT(*) FROM [n.csv] WHERE ('Name'  NOT LIKE '%ue%'\r\n)"), 3);
 }
 
+TEST_F(FileEngineTest, AScanDoesNotReadLinesAppendedDuringIt) {
+  // A job whose source and target are the same file, on two connections.
+  Write("k.csv", "A\r\n1\r\n2\r\n");
+  FileEngine target(
+      [this](const std::string& name) -> std::optional<TableSource> {
+        return TableSource{"ketrova_csv",
+                           {text_provider::ResolveTextFile(folder_, name)->string()}};
+      },
+      "Ketrova.Text");
+  auto source = engine_->Prepare("SELECT A FROM [k.csv]");
+  int rows = 0;
+  while (source->Step() && rows < 10) {
+    target.Execute("INSERT INTO [k.csv] VALUES (" + std::to_string(++rows + 10) + ")");
+  }
+  EXPECT_EQ(rows, 2);
+  EXPECT_EQ(Read("k.csv"), "A\r\n1\r\n2\r\n11\r\n12\r\n");
+}
+
 TEST_F(FileEngineTest, TenThousandLines) {
   Write("gross.csv", "Nr;Name;Wert\r\n");
   for (int i = 1; i <= 10000; ++i) {
