@@ -4,8 +4,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
-#include <stdexcept>
 
 #include "platform/ado/enums.h"
 #include "platform/ado/file_engine/text_encoding.h"

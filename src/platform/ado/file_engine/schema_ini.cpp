@@ -1,5 +1,6 @@
 #include "platform/ado/file_engine/schema_ini.h"
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 

@@ -1,6 +1,5 @@
 #include "platform/ado/file_engine/sql_rewrite.h"
 
-#include <array>
 #include <cstdio>
 #include <optional>
 
