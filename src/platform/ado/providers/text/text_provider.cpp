@@ -7,11 +7,10 @@
 
 #include "platform/ado/file_engine/csv_module.h"
 #include "platform/ado/file_engine/csv_writer.h"
+#include "platform/ado/file_engine/engine_access.h"
 #include "platform/ado/file_engine/schema_ini.h"
 #include "platform/ado/file_engine/sql_rewrite.h"
-#include "platform/ado/providers/text/text_cursor.h"
 #include "platform/ado/providers/text/text_names.h"
-#include "platform/ado/value_text.h"
 #include "support/vb_error.h"
 
 namespace ketrova::text_provider {
@@ -37,56 +36,6 @@ bool StartsWithWords(std::string_view sql, std::initializer_list<std::string_vie
     if (p < sql.size() && !std::isspace(static_cast<unsigned char>(sql[p]))) return false;
   }
   return true;
-}
-
-// The text of an OLE date as the file engine keeps dates.
-std::string IsoDate(double ole) {
-  ado::DateParts p = ado::PartsFromOleDate(ole);
-  char buf[64];
-  if (p.hour == 0 && p.minute == 0 && p.second == 0) {
-    std::snprintf(buf, sizeof buf, "%04d-%02d-%02d", p.year, p.month, p.day);
-  } else {
-    std::snprintf(buf, sizeof buf, "%04d-%02d-%02d %02d:%02d:%02d", p.year, p.month, p.day, p.hour,
-                  p.minute, p.second);
-  }
-  return buf;
-}
-
-void BindText(sqlite3_stmt* h, int i, const std::string& text) {
-  sqlite3_bind_text(h, i, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
-}
-
-void Bind(sqlite3_stmt* h, std::span<const Variant> params) {
-  for (std::size_t n = 0; n < params.size(); ++n) {
-    const Variant& v = params[n];
-    const int i = static_cast<int>(n) + 1;
-    switch (v.Type()) {
-      case vbEmpty:
-      case vbNull:
-        sqlite3_bind_null(h, i);
-        break;
-      case vbBoolean:
-        BindText(h, i, v.AsBool() ? "True" : "False");
-        break;
-      case vbByte:
-      case vbInteger:
-      case vbLong:
-        sqlite3_bind_int64(h, i, v.ToLong());
-        break;
-      case vbSingle:
-      case vbDouble:
-      case vbCurrency:
-      case vbDecimal:
-        sqlite3_bind_double(h, i, v.ToDouble());
-        break;
-      case vbDate:
-        BindText(h, i, IsoDate(v.AsDate().value));
-        break;
-      default:
-        BindText(h, i, v.ToString());
-        break;
-    }
-  }
 }
 
 file_engine::ColumnType TypeOfDeclaration(std::string declared, int& width) {
@@ -138,16 +87,7 @@ ado::ExecuteResult TextProvider::Execute(const std::string& sql, std::span<const
     result.rowsAffected = 0;
     return result;
   }
-  auto statement = engine_->Prepare(sql);
-  Bind(statement->handle(), params);
-  if (sqlite3_column_count(statement->handle()) > 0) {
-    result.cursor = std::make_unique<TextCursor>(std::move(statement), maxRows);
-    return result;
-  }
-  while (statement->Step()) {
-  }
-  result.rowsAffected = sqlite3_changes64(engine_->db());
-  return result;
+  return file_engine::ExecuteStatement(*engine_, sql, params, maxRows);
 }
 
 void TextProvider::BeginTrans() {
@@ -172,7 +112,8 @@ std::vector<ado::ColumnInfo> TextProvider::TableColumns(const std::string& table
   sqlite3_stmt* h = statement->handle();
   std::vector<ado::ColumnInfo> columns;
   for (int i = 0; i < sqlite3_column_count(h); ++i) {
-    auto c = ColumnFromDeclaredType(sqlite3_column_name(h, i), sqlite3_column_decltype(h, i));
+    auto c = file_engine::ColumnFromDeclaredType(sqlite3_column_name(h, i),
+                                                 sqlite3_column_decltype(h, i));
     c.baseTable = table;
     c.baseColumn = c.name;
     columns.push_back(std::move(c));
@@ -181,38 +122,7 @@ std::vector<ado::ColumnInfo> TextProvider::TableColumns(const std::string& table
 }
 
 std::string TextProvider::ColumnTypeSql(const ado::ColumnInfo& column) const {
-  switch (column.type) {
-    case ado::adTinyInt:
-    case ado::adSmallInt:
-    case ado::adInteger:
-    case ado::adBigInt:
-    case ado::adUnsignedTinyInt:
-    case ado::adUnsignedSmallInt:
-    case ado::adUnsignedInt:
-    case ado::adUnsignedBigInt:
-      return "INTEGER";
-    case ado::adSingle:
-    case ado::adDouble:
-    case ado::adNumeric:
-    case ado::adDecimal:
-    case ado::adVarNumeric:
-      return "DOUBLE";
-    case ado::adCurrency:
-      return "CURRENCY";
-    case ado::adDate:
-    case ado::adDBDate:
-    case ado::adDBTime:
-    case ado::adDBTimeStamp:
-      return "DATETIME";
-    case ado::adBoolean:
-      return "BIT";
-    case ado::adLongVarChar:
-    case ado::adLongVarWChar:
-      return "MEMO";
-    default:
-      break;
-  }
-  return "TEXT";
+  return file_engine::EngineTypeSql(column.type);
 }
 
 // CREATE TABLE writes a file holding the header line, and the columns' types

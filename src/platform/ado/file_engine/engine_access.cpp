@@ -1,13 +1,14 @@
-#include "platform/ado/providers/text/text_cursor.h"
+#include "platform/ado/file_engine/engine_access.h"
 
 #include <sqlite3.h>
 
+#include <cstdio>
 #include <limits>
 #include <string_view>
 
 #include "platform/ado/value_text.h"
 
-namespace ketrova::text_provider {
+namespace ketrova::file_engine {
 
 namespace {
 
@@ -38,6 +39,56 @@ bool OleDateFromIso(std::string_view text, double& ole) {
   }
   ole = ado::OleDateFromParts(p);
   return true;
+}
+
+// The text of an OLE date as the file engine keeps dates.
+std::string IsoDate(double ole) {
+  ado::DateParts p = ado::PartsFromOleDate(ole);
+  char buf[64];
+  if (p.hour == 0 && p.minute == 0 && p.second == 0) {
+    std::snprintf(buf, sizeof buf, "%04d-%02d-%02d", p.year, p.month, p.day);
+  } else {
+    std::snprintf(buf, sizeof buf, "%04d-%02d-%02d %02d:%02d:%02d", p.year, p.month, p.day, p.hour,
+                  p.minute, p.second);
+  }
+  return buf;
+}
+
+void BindText(sqlite3_stmt* h, int i, const std::string& text) {
+  sqlite3_bind_text(h, i, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
+}
+
+void Bind(sqlite3_stmt* h, std::span<const Variant> params) {
+  for (std::size_t n = 0; n < params.size(); ++n) {
+    const Variant& v = params[n];
+    const int i = static_cast<int>(n) + 1;
+    switch (v.Type()) {
+      case vbEmpty:
+      case vbNull:
+        sqlite3_bind_null(h, i);
+        break;
+      case vbBoolean:
+        BindText(h, i, v.AsBool() ? "True" : "False");
+        break;
+      case vbByte:
+      case vbInteger:
+      case vbLong:
+        sqlite3_bind_int64(h, i, v.ToLong());
+        break;
+      case vbSingle:
+      case vbDouble:
+      case vbCurrency:
+      case vbDecimal:
+        sqlite3_bind_double(h, i, v.ToDouble());
+        break;
+      case vbDate:
+        BindText(h, i, IsoDate(v.AsDate().value));
+        break;
+      default:
+        BindText(h, i, v.ToString());
+        break;
+    }
+  }
 }
 
 Variant IntegerVariant(sqlite3_int64 v) {
@@ -82,7 +133,7 @@ ado::ColumnInfo ColumnFromDeclaredType(const std::string& name, const char* decl
   return c;
 }
 
-TextCursor::TextCursor(std::unique_ptr<file_engine::Statement> statement, std::int64_t maxRows)
+EngineCursor::EngineCursor(std::unique_ptr<Statement> statement, std::int64_t maxRows)
     : statement_(std::move(statement)), remaining_(maxRows > 0 ? maxRows : -1) {
   sqlite3_stmt* h = statement_->handle();
   has_row_ = remaining_ != 0 && statement_->Step();
@@ -110,7 +161,7 @@ TextCursor::TextCursor(std::unique_ptr<file_engine::Statement> statement, std::i
   }
 }
 
-Variant TextCursor::Value(int i) const {
+Variant EngineCursor::Value(int i) const {
   sqlite3_stmt* h = statement_->handle();
   const auto type = columns_[static_cast<std::size_t>(i)].type;
   switch (sqlite3_column_type(h, i)) {
@@ -138,7 +189,7 @@ Variant TextCursor::Value(int i) const {
   }
 }
 
-std::size_t TextCursor::Fetch(std::vector<ado::Row>& rows, std::size_t count) {
+std::size_t EngineCursor::Fetch(std::vector<ado::Row>& rows, std::size_t count) {
   std::size_t added = 0;
   const int n = static_cast<int>(columns_.size());
   while (added < count && has_row_) {
@@ -153,4 +204,54 @@ std::size_t TextCursor::Fetch(std::vector<ado::Row>& rows, std::size_t count) {
   return added;
 }
 
-}  // namespace ketrova::text_provider
+std::string EngineTypeSql(ado::DataTypeEnum type) {
+  switch (type) {
+    case ado::adTinyInt:
+    case ado::adSmallInt:
+    case ado::adInteger:
+    case ado::adBigInt:
+    case ado::adUnsignedTinyInt:
+    case ado::adUnsignedSmallInt:
+    case ado::adUnsignedInt:
+    case ado::adUnsignedBigInt:
+      return "INTEGER";
+    case ado::adSingle:
+    case ado::adDouble:
+    case ado::adNumeric:
+    case ado::adDecimal:
+    case ado::adVarNumeric:
+      return "DOUBLE";
+    case ado::adCurrency:
+      return "CURRENCY";
+    case ado::adDate:
+    case ado::adDBDate:
+    case ado::adDBTime:
+    case ado::adDBTimeStamp:
+      return "DATETIME";
+    case ado::adBoolean:
+      return "BIT";
+    case ado::adLongVarChar:
+    case ado::adLongVarWChar:
+      return "MEMO";
+    default:
+      break;
+  }
+  return "TEXT";
+}
+
+ado::ExecuteResult ExecuteStatement(FileEngine& engine, const std::string& sql,
+                                    std::span<const Variant> params, std::int64_t maxRows) {
+  ado::ExecuteResult result;
+  auto statement = engine.Prepare(sql);
+  Bind(statement->handle(), params);
+  if (sqlite3_column_count(statement->handle()) > 0) {
+    result.cursor = std::make_unique<EngineCursor>(std::move(statement), maxRows);
+    return result;
+  }
+  while (statement->Step()) {
+  }
+  result.rowsAffected = sqlite3_changes64(engine.db());
+  return result;
+}
+
+}  // namespace ketrova::file_engine

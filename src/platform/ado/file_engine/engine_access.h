@@ -1,0 +1,47 @@
+// What record access needs of the file SQL engine, for every file provider:
+// running a statement with Variant parameters, and its result as a Cursor,
+// with column descriptions from the declared types of the file tables
+// (TEXT, MEMO, INTEGER, DOUBLE, CURRENCY, DATETIME, BIT) and values converted
+// to Variants block by block. Dates travel through the engine as ISO text.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "platform/ado/file_engine/file_engine.h"
+#include "platform/ado/provider.h"
+
+namespace ketrova::file_engine {
+
+class EngineCursor : public ado::Cursor {
+ public:
+  // Takes a statement that has not been stepped; steps its first row at once
+  // to learn the types of computed columns.
+  EngineCursor(std::unique_ptr<Statement> statement, std::int64_t maxRows);
+
+  const std::vector<ado::ColumnInfo>& Columns() const override { return columns_; }
+  std::size_t Fetch(std::vector<ado::Row>& rows, std::size_t count) override;
+
+ private:
+  Variant Value(int column) const;
+
+  std::unique_ptr<Statement> statement_;
+  std::vector<ado::ColumnInfo> columns_;
+  std::int64_t remaining_;  // rows still allowed, -1 for no limit
+  bool has_row_ = false;
+};
+
+// The ADO description of a column declared with a file engine type name.
+ado::ColumnInfo ColumnFromDeclaredType(const std::string& name, const char* declared);
+
+// The declaration of an ADO type in the engine's terms ("INTEGER", "TEXT" ...).
+std::string EngineTypeSql(ado::DataTypeEnum type);
+
+// Runs one statement: a cursor when it gives rows, else the rows it changed.
+ado::ExecuteResult ExecuteStatement(FileEngine& engine, const std::string& sql,
+                                    std::span<const Variant> params, std::int64_t maxRows);
+
+}  // namespace ketrova::file_engine
