@@ -106,6 +106,8 @@ std::string DeclareSql(const TextTableLayout& layout) {
     sql += QuoteIdentifier(layout.names[i]);
     sql += " ";
     sql += SqlTypeName(layout.types[i]);
+    // A width from schema.ini travels in the declared type: "TEXT(50)".
+    if (layout.widths[i] > 0) sql += "(" + std::to_string(layout.widths[i]) + ")";
   }
   sql += ")";
   return sql;

@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <limits>
 #include <string_view>
 
@@ -101,10 +102,15 @@ Variant IntegerVariant(sqlite3_int64 v) {
 
 }  // namespace
 
-ado::ColumnInfo ColumnFromDeclaredType(const std::string& name, const char* declared) {
+ado::ColumnInfo ColumnFromDeclaredType(const std::string& name, const char* full) {
   ado::ColumnInfo c;
   c.name = name;
-  c.typeName = declared ? declared : "";
+  c.typeName = full ? full : "";
+  // "TEXT(50)": the type word, and a width that counts for text.
+  std::string word = c.typeName.substr(0, c.typeName.find('('));
+  const char* declared = full ? word.c_str() : nullptr;
+  const int width =
+      c.typeName.size() > word.size() ? std::atoi(c.typeName.c_str() + word.size() + 1) : 0;
   if (Is(declared, "INTEGER")) {
     c.type = ado::adInteger;
     c.definedSize = 4;
@@ -128,7 +134,7 @@ ado::ColumnInfo ColumnFromDeclaredType(const std::string& name, const char* decl
     c.definedSize = 65535;
   } else {
     c.type = ado::adVarWChar;
-    c.definedSize = 255;
+    c.definedSize = width > 0 ? width : 255;
   }
   return c;
 }

@@ -213,6 +213,7 @@ TEST_F(TextProviderTest, CreateTableWritesTheHeaderAndTheSchema) {
             "Col1=Nr Long\r\nCol2=Name Text Width 40\r\nCol3=Am DateTime\r\n");
   db->Execute("INSERT INTO [Neu.csv] VALUES (1, '42', #2002-12-31#)");
   auto rs = Open()->Execute("SELECT * FROM [Neu.csv]");
+  EXPECT_EQ(rs->GetFields().Item("Name").DefinedSize(), 40);
   EXPECT_EQ(Texts(*rs), (std::vector<std::string>{"Long:1|String:42|Date:31.12.2002"}));
 }
 
