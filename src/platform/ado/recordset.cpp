@@ -328,7 +328,9 @@ void Recordset::CheckOpen() const {
 
 bool Recordset::FetchMore() {
   if (!cursor_) return false;
-  std::size_t want = kBlockRows;
+  // The first read takes one row, enough to answer EOF after an open; the
+  // blocks follow when the caller moves on.
+  std::size_t want = records_.empty() ? 1 : kBlockRows;
   if (maxRecords_ > 0) {
     std::size_t have = records_.size();
     if (have >= static_cast<std::size_t>(maxRecords_)) {

@@ -527,12 +527,24 @@ OdbcProvider::OdbcProvider(const ConnectionSpec& spec) {
   SQLSMALLINT len = 0;
   if (SQL_SUCCEEDED(SQLGetInfo(dbc_, SQL_DBMS_NAME, info, sizeof info, &len)))
     dbms_ = reinterpret_cast<char*>(info);
+  // The PostgreSQL and SQLite3 drivers read a whole result at execution unless
+  // told to fetch through a cursor or step by step; a record set must cost a
+  // block, not a table.
+  std::string upperString = Upper(spec.odbcString);
+  std::string more;
   if (Upper(dbms_).find("POSTGRES") != std::string::npos &&
-      Upper(spec.odbcString).find("USEDECLAREFETCH") == std::string::npos) {
-    // The PostgreSQL driver reads a whole result at execution unless told to
-    // fetch through a cursor; a record set must cost a block, not a table.
+      upperString.find("USEDECLAREFETCH") == std::string::npos)
+    more = ";UseDeclareFetch=1;Fetch=64";
+  if (Upper(dbms_).find("SQLITE") != std::string::npos) {
+    // Each record commits on its own; WAL with synchronous NORMAL makes that
+    // cheap. The driver sets these itself (a PRAGMA through it does not hold).
+    if (upperString.find("STEPAPI") == std::string::npos) more += ";StepAPI=1";
+    if (upperString.find("JOURNALMODE") == std::string::npos) more += ";JournalMode=WAL";
+    if (upperString.find("SYNCPRAGMA") == std::string::npos) more += ";SyncPragma=NORMAL";
+  }
+  if (!more.empty()) {
     SQLDisconnect(dbc_);
-    Connect(spec.odbcString + ";UseDeclareFetch=1;Fetch=64");
+    Connect(spec.odbcString + more);
   }
   Setup();
 }
@@ -564,9 +576,6 @@ void OdbcProvider::Setup() {
     dialect_ = "sqlite";
     quote_ = "\"";
     narrow_ = true;
-    // Each record commits on its own; WAL with synchronous NORMAL makes that cheap.
-    ExecDirect("PRAGMA journal_mode=WAL");
-    ExecDirect("PRAGMA synchronous=NORMAL");
   } else if (upper.find("POSTGRES") != std::string::npos) {
     dialect_ = "postgresql";
     quote_ = "\"";

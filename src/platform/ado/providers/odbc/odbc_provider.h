@@ -5,7 +5,9 @@
 // read with SQLFetch as the cursor is asked, block by block. Text travels as
 // UTF-16 through the wide ODBC calls, so umlauts survive whatever the locale.
 // The dialect is taken from the DBMS name; PostgreSQL and MySQL/MariaDB get
-// their brackets rewritten. SQLite is switched to WAL with synchronous NORMAL.
+// their brackets rewritten. PostgreSQL fetches through a server cursor; SQLite
+// steps row by row and runs in WAL with synchronous NORMAL (driver options
+// added to the connection string on a second connect).
 #pragma once
 
 #include <sql.h>
