@@ -49,7 +49,9 @@ TEST_P(RecordAccess, OpenStateAndSecondOpenOfTheSameConnection) {
   db->Open();
   EXPECT_EQ(db->State(), adStateOpen);
   // Every record commits on its own: SQLite must run in WAL for that to be cheap.
-  if (Dialect() == "sqlite") EXPECT_EQ(Scalar("PRAGMA journal_mode").ToText(), "wal");
+  if (Dialect() == "sqlite") {
+    EXPECT_EQ(Scalar("PRAGMA journal_mode").ToText(), "wal");
+  }
 }
 
 TEST_P(RecordAccess, UnknownDsnAndRefusedStatementCarryTheDriversDiagnostic) {
