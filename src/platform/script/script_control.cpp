@@ -2,17 +2,10 @@
 
 namespace ketrova::script {
 
-// The VBScript interpreter is linked when it is there; until then the control
-// offers JScript only and answers 429 for VBScript.
-std::unique_ptr<Engine> CreateVBScriptEngine() __attribute__((weak));
-
 namespace {
 
 std::unique_ptr<Engine> MakeEngine(const std::string& language) {
-  if (language == "JScript") return CreateJScriptEngine();
-  auto factory = &CreateVBScriptEngine;
-  if (reinterpret_cast<std::uintptr_t>(factory) == 0) return nullptr;
-  return factory();
+  return language == "JScript" ? CreateJScriptEngine() : CreateVBScriptEngine();
 }
 
 }  // namespace
