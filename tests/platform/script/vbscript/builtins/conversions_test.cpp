@@ -101,5 +101,23 @@ TEST_F(Conversions, VarTypeAndTypeName) {
   EXPECT_EQ(Text("TypeName", Call("Split", "a")), "String()");
 }
 
+// Scripts pass fields as objects (Left(rs("Name"), 3)); a built-in sees the
+// field's value.
+TEST_F(Conversions, ObjectArgumentsStandForTheirDefaultValue) {
+  Variant meier = ObjectPtr(std::make_shared<Field>(Variant("Meier")));
+  Variant empty = ObjectPtr(std::make_shared<Field>(Null()));
+  Variant plain = ObjectPtr(std::make_shared<Plain>());
+  EXPECT_EQ(Text("Left", meier, 3), "Mei");
+  EXPECT_EQ(Text("Left", empty, 3), "Null");
+  EXPECT_EQ(Text("Len", ObjectPtr(std::make_shared<Field>(Variant::Long(12345)))), "5");
+  EXPECT_EQ(Text("IsNull", empty), "Wahr");
+  EXPECT_EQ(Text("IsNull", Variant::Nothing()), "Falsch");
+  EXPECT_EQ(Text("IsNumeric", plain), "Falsch");
+  EXPECT_EQ(Text("Hex", ObjectPtr(std::make_shared<Field>(Variant::Integer(-1)))), "FFFF");
+  EXPECT_EQ(ErrorOf("Len", Variant::Nothing()), 91);
+  EXPECT_EQ(ErrorOf("Len", plain), 438);
+  EXPECT_EQ(Call("Array", meier).AsArray()->data[0].IsObject(), true);
+}
+
 }  // namespace
 }  // namespace ketrova::script::vbscript::testing
