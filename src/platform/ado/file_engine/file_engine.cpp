@@ -38,11 +38,16 @@ std::string MissingTable(sqlite3* db) {
 
 }  // namespace
 
-Statement::Statement(FileEngine* engine, std::string key, sqlite3_stmt* stmt)
-    : engine_(engine), key_(std::move(key)), stmt_(stmt) {}
+Statement::Statement(FileEngine* engine, std::shared_ptr<bool> engine_alive, std::string key,
+                     sqlite3_stmt* stmt)
+    : engine_(engine), engine_alive_(std::move(engine_alive)), key_(std::move(key)), stmt_(stmt) {}
 
 Statement::~Statement() {
-  engine_->Release(key_, stmt_);
+  if (*engine_alive_) {
+    engine_->Release(key_, stmt_);
+  } else {
+    sqlite3_finalize(stmt_);  // completes the engine's deferred close
+  }
 }
 
 bool Statement::Step() {
@@ -83,7 +88,9 @@ FileEngine::FileEngine(TableResolver resolver, std::string source)
 }
 
 FileEngine::~FileEngine() {
+  *alive_ = false;
   for (auto& [key, stmt] : idle_) sqlite3_finalize(stmt);
+  // Closes once the last statement on loan is finalized.
   sqlite3_close_v2(db_);
 }
 
@@ -158,10 +165,10 @@ std::unique_ptr<Statement> FileEngine::Prepare(std::string_view sql) {
   if (it != idle_.end()) {
     sqlite3_stmt* stmt = it->second;
     idle_.erase(it);
-    return std::make_unique<Statement>(this, std::move(key), stmt);
+    return std::make_unique<Statement>(this, alive_, std::move(key), stmt);
   }
   sqlite3_stmt* stmt = PrepareRaw(RewriteFileSql(sql));
-  return std::make_unique<Statement>(this, std::move(key), stmt);
+  return std::make_unique<Statement>(this, alive_, std::move(key), stmt);
 }
 
 std::int64_t FileEngine::Execute(std::string_view sql) {

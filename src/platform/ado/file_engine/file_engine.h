@@ -44,7 +44,8 @@ class FileEngine;
 // One prepared statement on loan from the engine; returned on destruction.
 class Statement {
  public:
-  Statement(FileEngine* engine, std::string key, sqlite3_stmt* stmt);
+  Statement(FileEngine* engine, std::shared_ptr<bool> engine_alive, std::string key,
+            sqlite3_stmt* stmt);
   ~Statement();
   Statement(const Statement&) = delete;
   Statement& operator=(const Statement&) = delete;
@@ -55,6 +56,9 @@ class Statement {
 
  private:
   FileEngine* engine_;
+  // False once the engine is gone: a statement that outlives it (a cursor
+  // kept longer than its connection) then only finalizes itself.
+  std::shared_ptr<bool> engine_alive_;
   std::string key_;
   sqlite3_stmt* stmt_;
 };
@@ -91,6 +95,7 @@ class FileEngine {
   TableResolver resolver_;
   std::string source_;
   sqlite3* db_ = nullptr;
+  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
   std::multimap<std::string, sqlite3_stmt*> idle_;
 };
 

@@ -210,6 +210,14 @@ TEST_F(FileEngineTest, AScanDoesNotReadLinesAppendedDuringIt) {
   EXPECT_EQ(Read("k.csv"), "A\r\n1\r\n2\r\n11\r\n12\r\n");
 }
 
+TEST_F(FileEngineTest, AStatementMayOutliveItsEngine) {
+  Write("k.csv", "A\r\n1\r\n");
+  auto statement = engine_->Prepare("SELECT A FROM [k.csv]");
+  ASSERT_TRUE(statement->Step());
+  engine_.reset();
+  statement.reset();  // finalizes itself, which completes the engine's close
+}
+
 TEST_F(FileEngineTest, TenThousandLines) {
   Write("gross.csv", "Nr;Name;Wert\r\n");
   for (int i = 1; i <= 10000; ++i) {
