@@ -427,7 +427,11 @@ class Compiler {
   void BindName(Expr& e, bool declaring) {
     std::string lower = ToLower(e.name);
     Binding& b = e.bind;
-    if (!topLevel_ || current_ != &unit_.top) {
+    // Inside a Function its own name with arguments is a recursive call, not
+    // the return value.
+    bool recursiveCall = e.hasArgs && !declaring && current_->returnSlot >= 0 &&
+                         current_->localNames[current_->returnSlot] == lower;
+    if (!recursiveCall) {
       auto it = current_->localIndex.find(lower);
       if (it != current_->localIndex.end()) {
         b.kind = BindKind::kLocal;

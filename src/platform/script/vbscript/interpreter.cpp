@@ -211,7 +211,18 @@ struct Interpreter::Impl {
   ObjectPtr errObject;
   int depth = 0;
 
+  // Empties every global one by one, so that class instances end (and run
+  // Class_Terminate) while the code around them is still whole.
+  void ReleaseGlobals() {
+    for (auto& [name, module] : modules)
+      for (Variant& v : module->storage) {
+        Variant gone = std::move(v);
+        v = Variant();
+      }
+  }
+
   void Reset() {
+    ReleaseGlobals();
     if (alive) *alive = false;
     alive = std::make_shared<bool>(true);
     modules.clear();
@@ -1212,6 +1223,7 @@ struct Interpreter::Impl {
 Interpreter::Interpreter() : impl_(std::make_unique<Impl>(this)) {}
 
 Interpreter::~Interpreter() {
+  impl_->ReleaseGlobals();
   *impl_->alive = false;
 }
 

@@ -40,6 +40,7 @@ std::string RunScript(const std::string& code) {
     out->output += "Fehler " + std::to_string(e.Number) + " in " + std::to_string(e.Line) + "," +
                    std::to_string(e.Column) + ": " + e.Description + " (" + e.Source + ")\n";
   }
+  engine.reset();  // instances still alive end here, and may print
   return out->output;
 }
 

@@ -29,7 +29,7 @@ Loop
 Print i
 While i > 0 : i = i - 4 : Wend
 Print i
-Dim a : a = Array("x", "y", "z")
+Dim a : a = Array("x", "y", "z") : s = ""
 For Each e In a : s = s & e : Next
 Print s
 Dim m(1, 2)
