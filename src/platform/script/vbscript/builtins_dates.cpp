@@ -10,7 +10,7 @@
 #include <ctime>
 
 #include "platform/script/vbscript/builtins_common.h"
-#include "support/date_text.h"
+#include "support/format.h"
 #include "support/ole_date.h"
 #include "support/regional.h"
 
@@ -107,33 +107,16 @@ Variant DateField(Args args, Part part) {
   return Variant::Integer(static_cast<std::int16_t>(part(parts)));
 }
 
-constexpr const char* kMonthsDe[] = {"Januar",    "Februar", "März",     "April",
-                                     "Mai",       "Juni",    "Juli",     "August",
-                                     "September", "Oktober", "November", "Dezember"};
-constexpr const char* kMonthsDeShort[] = {"Jan", "Feb", "Mrz", "Apr", "Mai", "Jun",
-                                          "Jul", "Aug", "Sep", "Okt", "Nov", "Dez"};
-constexpr const char* kMonthsEn[] = {"January",   "February", "March",    "April",
-                                     "May",       "June",     "July",     "August",
-                                     "September", "October",  "November", "December"};
-constexpr const char* kMonthsEnShort[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                          "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-constexpr const char* kDaysDe[] = {"Sonntag",    "Montag",  "Dienstag", "Mittwoch",
-                                   "Donnerstag", "Freitag", "Samstag"};
-constexpr const char* kDaysDeShort[] = {"So", "Mo", "Di", "Mi", "Do", "Fr", "Sa"};
-constexpr const char* kDaysEn[] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
-                                   "Thursday", "Friday", "Saturday"};
-constexpr const char* kDaysEnShort[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-
+// Names of months and weekdays as Format writes them ("mmmm", "ddd" ...).
 std::string MonthText(int month, bool abbreviate) {
-  bool de = Regional().german;
-  return abbreviate ? (de ? kMonthsDeShort : kMonthsEnShort)[month - 1]
-                    : (de ? kMonthsDe : kMonthsEn)[month - 1];
+  return Format(Variant::FromDate(ketrova::DateSerial(2000, month, 1)),
+                abbreviate ? "mmm" : "mmmm");
 }
 
+// 2000-01-02 was a Sunday.
 std::string DayText(int weekday, bool abbreviate) {
-  bool de = Regional().german;
-  return abbreviate ? (de ? kDaysDeShort : kDaysEnShort)[weekday - 1]
-                    : (de ? kDaysDe : kDaysEn)[weekday - 1];
+  return Format(Variant::FromDate(ketrova::DateSerial(2000, 1, 1 + weekday)),
+                abbreviate ? "ddd" : "dddd");
 }
 
 // The local time now, to the microsecond.
@@ -363,30 +346,12 @@ Variant BiDatePart(Args args) {
 // FormatDateTime(date[, format]): 0 general (as CStr), 1 long date, 2 short
 // date, 3 long time, 4 short time (hh:mm).
 Variant BiFormatDateTime(Args args) {
+  static constexpr const char* kNamedFormats[] = {"General Date", "Long Date", "Short Date",
+                                                  "Long Time", "Short Time"};
   std::int32_t format = LongArg(args, 1, 0);
   if (format < 0 || format > 4) RaiseInvalidArgument();
-  double ole = args[0].ToDate().value;
-  const RegionalSettings& settings = Regional();
-  switch (format) {
-    case 1: {
-      std::int64_t day = FloorDiv(ToSeconds(ole), kDay);
-      DateParts p = SplitDate(static_cast<double>(day));
-      std::string weekday = DayText(WeekdayOfDay(day), false);
-      if (settings.german)
-        return Variant(weekday + ", " + std::to_string(p.day) + ". " + MonthText(p.month, false) +
-                       " " + std::to_string(p.year));
-      return Variant(weekday + ", " + MonthText(p.month, false) + " " + std::to_string(p.day) +
-                     ", " + std::to_string(p.year));
-    }
-    case 2:
-      return Variant(ShortDateText(ole, settings));
-    case 3:
-      return Variant(TimeText(ole, settings));
-    case 4:
-      return Variant(TimeText(ole, settings).substr(0, 5));
-    default:
-      return Variant(DateToText(ole, settings));
-  }
+  Variant date = Variant(args[0].ToDate());
+  return Variant(Format(date, kNamedFormats[format]));
 }
 
 }  // namespace ketrova::script::vbscript

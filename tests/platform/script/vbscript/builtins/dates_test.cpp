@@ -41,7 +41,7 @@ TEST_F(DateFunctions, WeekdaysCountFromTheFirstDay) {
   EXPECT_EQ(Text("WeekdayName", 1, true, 2), "Mo");
   EXPECT_EQ(Text("WeekdayName", 7, false, 2), "Sonntag");
   EXPECT_EQ(Text("MonthName", 3), "März");
-  EXPECT_EQ(Text("MonthName", 3, true), "Mrz");
+  EXPECT_EQ(Text("MonthName", 10, true), "Okt");
   EXPECT_EQ(ErrorOf("MonthName", 13), 5);
   EXPECT_EQ(ErrorOf("WeekdayName", 0), 5);
 }
