@@ -1,0 +1,6 @@
+function greet(name, n) {
+  return "Hallo " + name + " " + (n * 2);
+}
+function broken() {
+  return missingName;
+}

@@ -1,0 +1,3 @@
+Function Greet(name, n)
+  Greet = "Hallo " & name & " " & (n * 2)
+End Function
