@@ -2,7 +2,8 @@
 # Throwaway database servers for the tests labelled "server": a PostgreSQL and
 # a MariaDB on loopback, each in a temporary folder, with the test database,
 # a user and an ODBC data source (ketrova_pg, ketrova_maria) in a temporary
-# odbc.ini. scripts/test.sh sources this file, calls start_test_servers and
+# odbc.ini. The test user may create databases (tests running in parallel
+# each take one of their own). scripts/test.sh sources this file, calls start_test_servers and
 # stops them again with stop_test_servers, however the tests end.
 #
 # A server that cannot start is reported and left out; its tests then skip.
@@ -125,8 +126,8 @@ _ts_start_mariadb() {
 CREATE DATABASE $KETROVA_TEST_DB CHARACTER SET utf8mb4;
 CREATE USER '$KETROVA_TEST_USER'@'127.0.0.1' IDENTIFIED BY '$KETROVA_TEST_PASSWORD';
 CREATE USER '$KETROVA_TEST_USER'@'localhost' IDENTIFIED BY '$KETROVA_TEST_PASSWORD';
-GRANT ALL ON $KETROVA_TEST_DB.* TO '$KETROVA_TEST_USER'@'127.0.0.1';
-GRANT ALL ON $KETROVA_TEST_DB.* TO '$KETROVA_TEST_USER'@'localhost';
+GRANT ALL ON *.* TO '$KETROVA_TEST_USER'@'127.0.0.1';
+GRANT ALL ON *.* TO '$KETROVA_TEST_USER'@'localhost';
 EOF
     _ts_log "cannot create the MariaDB test database"
     return 1

@@ -28,11 +28,17 @@ void BackendTest::SetUp() {
   const Backend& b = GetParam();
   if (!b.envFlag.empty() && !std::getenv(b.envFlag.c_str()))
     GTEST_SKIP() << b.envFlag << " is not set: no " << b.dialect << " server";
+  std::random_device rd;
+  std::string unique = std::to_string(rd()) + std::to_string(rd());
   if (b.dialect == "sqlite") {
-    std::random_device rd;
-    folder = std::filesystem::temp_directory_path() /
-             ("ketrova-ado-" + std::to_string(rd()) + std::to_string(rd()));
+    folder = std::filesystem::temp_directory_path() / ("ketrova-ado-" + unique);
     std::filesystem::create_directories(folder);
+  } else {
+    // Test cases run in parallel processes: each gets a database of its own.
+    database = "ketrova_t" + unique;
+    auto server = std::make_shared<Connection>();
+    server->Open(ServerString());
+    server->Execute("CREATE DATABASE " + database);
   }
   db = std::make_shared<Connection>();
   db->Open(ConnectionString());
@@ -42,14 +48,26 @@ void BackendTest::TearDown() {
   if (db) db->Close();
   db.reset();
   if (!folder.empty()) std::filesystem::remove_all(folder);
+  if (!database.empty()) {
+    try {
+      auto server = std::make_shared<Connection>();
+      server->Open(ServerString());
+      server->Execute("DROP DATABASE " + database);
+    } catch (const VbError&) {
+    }
+  }
+}
+
+std::string BackendTest::ServerString() const {
+  if (GetParam().dialect == "postgresql")
+    return "Provider=MSDASQL.1;Data Source=ketrova_pg;Persist Security Info=False";
+  return "Provider=MSDASQL.1;Data Source=ketrova_maria;Persist Security Info=False";
 }
 
 std::string BackendTest::ConnectionString() const {
-  const std::string& d = GetParam().dialect;
-  if (d == "sqlite") return "Driver={SQLite3};Database=" + (folder / "test.db").string();
-  if (d == "postgresql")
-    return "Provider=MSDASQL.1;Data Source=ketrova_pg;Persist Security Info=False";
-  return "Provider=MSDASQL.1;Data Source=ketrova_maria;Persist Security Info=False";
+  if (GetParam().dialect == "sqlite")
+    return "Driver={SQLite3};Database=" + (folder / "test.db").string();
+  return ServerString() + ";Database=" + database;
 }
 
 void BackendTest::ExecQuietly(const std::string& sql) {

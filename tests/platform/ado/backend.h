@@ -33,8 +33,10 @@ class BackendTest : public ::testing::TestWithParam<Backend> {
   void SetUp() override;
   void TearDown() override;
 
-  // A connection string for the back-end.
+  // A connection string for the back-end (the test's own database).
   std::string ConnectionString() const;
+  // The server's data source with its default database.
+  std::string ServerString() const;
   // Runs statements, ignoring failures (for DROP ... IF EXISTS of leftovers).
   void ExecQuietly(const std::string& sql);
   void DropTable(const std::string& name);
@@ -44,7 +46,8 @@ class BackendTest : public ::testing::TestWithParam<Backend> {
   const std::string& Dialect() const { return GetParam().dialect; }
 
   ConnectionPtr db;
-  std::filesystem::path folder;
+  std::filesystem::path folder;  // SQLite
+  std::string database;          // servers
 };
 
 }  // namespace ketrova::ado::testing

@@ -83,6 +83,30 @@ TEST_P(RecordAccess, UnknownDsnAndRefusedStatementCarryTheDriversDiagnostic) {
   EXPECT_EQ(Scalar("SELECT 1 + 1").ToLong(), 2);
 }
 
+TEST_P(RecordAccess, RefusedLoginAndServerDownAreProviderFailures) {
+  if (Dialect() == "sqlite") GTEST_SKIP() << "a file has neither login nor server";
+  auto other = std::make_shared<Connection>();
+  if (Dialect() == "mysql") {
+    try {
+      other->Open(ServerString() + ";PWD=falsch");
+      FAIL() << "a wrong password must be refused";
+    } catch (const VbError& e) {
+      EXPECT_EQ(e.Number, kErrLoginRefused) << e.Description;
+    }
+  }
+  std::string down = Dialect() == "mysql"
+                         ? "Driver={MariaDB Unicode};Server=127.0.0.1;Port=1;Database=x"
+                         : "Driver={PostgreSQL Unicode};Servername=127.0.0.1;Port=1;Database=x";
+  try {
+    other->Open(down);
+    FAIL() << "a server that is down cannot be opened";
+  } catch (const VbError& e) {
+    EXPECT_LT(e.Number, 0);
+    EXPECT_FALSE(e.Description.empty());
+  }
+  EXPECT_EQ(other->State(), adStateClosed);
+}
+
 TEST_P(RecordAccess, SchemaListsTablesAndViewsWithAdosColumns) {
   CreateTypesTable();
   DropTable("KundenSicht");

@@ -475,9 +475,9 @@ class OdbcCursor : public Cursor {
       : provider_(provider), statement_(std::move(statement)) {}
   ~OdbcCursor() override {
     SQLFreeStmt(statement_->stmt, SQL_CLOSE);
-    // A result left before its end is not reused: some drivers would go on
-    // where it stopped at the next execution.
-    if (atEnd_) provider_.Release(std::move(statement_));
+    // The SQLite3 driver goes on where a result was left at the next
+    // execution: its statements are reused only after a complete read.
+    if (atEnd_ || !provider_.Narrow()) provider_.Release(std::move(statement_));
   }
   const std::vector<ColumnInfo>& Columns() const override { return statement_->columns; }
   std::size_t Fetch(std::vector<Row>& rows, std::size_t count) override {
