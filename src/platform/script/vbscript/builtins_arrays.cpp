@@ -52,24 +52,24 @@ Variant BiUBound(Args args) {
 // Split(expression[, delimiter[, count[, compare]]]): at most `count` parts, the
 // last one holding the rest.
 Variant BiSplit(Args args) {
-  std::u32string text = ToU32(args[0].ToString());
-  std::u32string delimiter = Missing(args, 1) ? U" " : ToU32(args[1].ToString());
+  std::u32string text = ToCodePoints(args[0].ToString());
+  std::u32string delimiter = Missing(args, 1) ? U" " : ToCodePoints(args[1].ToString());
   std::int32_t count = LongArg(args, 2, -1);
   if (count < -1) RaiseInvalidArgument();
   bool textCompare = TextCompareArg(args, 3);
   std::vector<Variant> parts;
   if (text.empty() || count == 0) return MakeArray({}, vbString);
-  if (delimiter.empty()) return MakeArray({Variant(ToUtf8(text))}, vbString);
+  if (delimiter.empty()) return MakeArray({Variant(FromCodePoints(text))}, vbString);
   std::u32string hay = Fold(text, textCompare);
   std::u32string needle = Fold(delimiter, textCompare);
   std::size_t pos = 0;
   while (count == -1 || static_cast<std::int32_t>(parts.size()) < count - 1) {
     std::size_t hit = hay.find(needle, pos);
     if (hit == std::u32string::npos) break;
-    parts.emplace_back(ToUtf8(std::u32string_view(text).substr(pos, hit - pos)));
+    parts.emplace_back(FromCodePoints(std::u32string_view(text).substr(pos, hit - pos)));
     pos = hit + needle.size();
   }
-  parts.emplace_back(ToUtf8(std::u32string_view(text).substr(pos)));
+  parts.emplace_back(FromCodePoints(std::u32string_view(text).substr(pos)));
   return MakeArray(std::move(parts), vbString);
 }
 
@@ -91,14 +91,14 @@ Variant BiJoin(Args args) {
 Variant BiFilter(Args args) {
   const SafeArray& array = ArrayArg(args[0]);
   if (array.bounds.size() != 1) RaiseInvalidArgument();
-  std::u32string value = ToU32(args[1].ToString());
+  std::u32string value = ToCodePoints(args[1].ToString());
   bool include = Missing(args, 2) ? true : args[2].ToBool();
   bool textCompare = TextCompareArg(args, 3);
   std::u32string needle = Fold(value, textCompare);
   std::vector<Variant> kept;
   for (const Variant& item : array.data) {
     std::string text = item.ToString();
-    bool found = Fold(ToU32(text), textCompare).find(needle) != std::u32string::npos;
+    bool found = Fold(ToCodePoints(text), textCompare).find(needle) != std::u32string::npos;
     if (found == include) kept.emplace_back(std::move(text));
   }
   return MakeArray(std::move(kept), vbString);

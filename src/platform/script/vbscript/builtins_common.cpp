@@ -24,72 +24,6 @@ bool TristateArg(Args args, std::size_t i, bool byDefault) {
   return value == -1;
 }
 
-std::u32string ToU32(std::string_view s) {
-  std::u32string out;
-  out.reserve(s.size());
-  std::size_t i = 0;
-  while (i < s.size()) {
-    auto b = static_cast<unsigned char>(s[i]);
-    int extra = b < 0x80 ? 0 : (b >> 5) == 6 ? 1 : (b >> 4) == 14 ? 2 : (b >> 3) == 30 ? 3 : -1;
-    if (extra < 0 || (extra > 0 && i + extra >= s.size())) {
-      // A stray or truncated byte stands for itself as U+FFFD.
-      out.push_back(0xFFFD);
-      ++i;
-      continue;
-    }
-    char32_t c = extra == 0 ? b : b & (0x3F >> extra);
-    bool ok = true;
-    for (int k = 1; k <= extra; ++k) {
-      auto cont = static_cast<unsigned char>(s[i + k]);
-      if ((cont & 0xC0) != 0x80) {
-        ok = false;
-        break;
-      }
-      c = (c << 6) | (cont & 0x3F);
-    }
-    if (!ok) {
-      out.push_back(0xFFFD);
-      ++i;
-      continue;
-    }
-    out.push_back(c);
-    i += extra + 1;
-  }
-  return out;
-}
-
-void AppendUtf8(std::string& out, char32_t c) {
-  if ((c >= 0xD800 && c <= 0xDFFF) || c > 0x10FFFF) c = 0xFFFD;
-  if (c < 0x80) {
-    out.push_back(static_cast<char>(c));
-  } else if (c < 0x800) {
-    out.push_back(static_cast<char>(0xC0 | (c >> 6)));
-    out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-  } else if (c < 0x10000) {
-    out.push_back(static_cast<char>(0xE0 | (c >> 12)));
-    out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-    out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-  } else {
-    out.push_back(static_cast<char>(0xF0 | (c >> 18)));
-    out.push_back(static_cast<char>(0x80 | ((c >> 12) & 0x3F)));
-    out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-    out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-  }
-}
-
-std::string ToUtf8(std::u32string_view text) {
-  std::string out;
-  out.reserve(text.size());
-  for (char32_t c : text) AppendUtf8(out, c);
-  return out;
-}
-
-std::size_t CodePointCount(std::string_view utf8) {
-  std::size_t n = 0;
-  for (unsigned char b : utf8) n += (b & 0xC0) != 0x80;
-  return n;
-}
-
 std::size_t Utf8Offset(std::string_view utf8, std::size_t chars) {
   std::size_t i = 0;
   for (; i < utf8.size(); ++i) {
@@ -109,7 +43,7 @@ bool IsAscii(std::string_view text) {
 
 std::u16string ToU16(std::string_view utf8) {
   std::u16string out;
-  for (char32_t c : ToU32(utf8)) {
+  for (char32_t c : ToCodePoints(utf8)) {
     if (c >= 0x10000) {
       c -= 0x10000;
       out.push_back(static_cast<char16_t>(0xD800 + (c >> 10)));
@@ -122,17 +56,19 @@ std::u16string ToU16(std::string_view utf8) {
 }
 
 std::string FromU16(std::u16string_view text) {
-  std::string out;
+  std::u32string out;
   for (std::size_t i = 0; i < text.size(); ++i) {
     char32_t c = text[i];
     if (c >= 0xD800 && c <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
         text[i + 1] <= 0xDFFF) {
       c = 0x10000 + ((c - 0xD800) << 10) + (text[i + 1] - 0xDC00);
       ++i;
+    } else if (c >= 0xD800 && c <= 0xDFFF) {
+      c = 0xFFFD;
     }
-    AppendUtf8(out, c);
+    out.push_back(c);
   }
-  return out;
+  return FromCodePoints(out);
 }
 
 namespace {

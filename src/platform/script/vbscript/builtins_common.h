@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "support/utf8.h"
 #include "support/variant.h"
 #include "support/vb_error.h"
 
@@ -23,11 +24,6 @@ using Args = std::span<const Variant>;
 // True when argument i was not given or left out between commas.
 inline bool Missing(Args args, std::size_t i) {
   return i >= args.size() || args[i].IsMissing();
-}
-
-// Argument i, Empty when missing.
-inline Variant Arg(Args args, std::size_t i) {
-  return Missing(args, i) ? Variant() : args[i];
 }
 
 // A whole-number argument (CLng's rules: Null raises 94), or `fallback` when missing.
@@ -46,10 +42,8 @@ bool TristateArg(Args args, std::size_t i, bool byDefault);
 
 // --- text --------------------------------------------------------------------
 
-std::u32string ToU32(std::string_view utf8);
-std::string ToUtf8(std::u32string_view text);
-void AppendUtf8(std::string& out, char32_t c);
-std::size_t CodePointCount(std::string_view utf8);
+// Code points come from support/utf8.h (ToCodePoints, FromCodePoints,
+// CodePointCount, Trim); these add what VBScript needs besides.
 // The byte offset of the code point `chars` places in; the size when the text
 // is shorter.
 std::size_t Utf8Offset(std::string_view utf8, std::size_t chars);
@@ -59,6 +53,8 @@ bool IsAscii(std::string_view text);
 std::u16string ToU16(std::string_view utf8);
 std::string FromU16(std::u16string_view text);
 
+// Case mapping by Unicode's simple mappings, all scripts (VBScript's UCase
+// and LCase, and its text compare).
 char32_t LowerChar(char32_t c);
 char32_t UpperChar(char32_t c);
 std::u32string Lower(std::u32string text);

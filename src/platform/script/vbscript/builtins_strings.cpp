@@ -11,7 +11,7 @@ namespace ketrova::script::vbscript {
 namespace {
 
 Variant Text(std::u32string_view text) {
-  return Variant(ToUtf8(text));
+  return Variant(FromCodePoints(text));
 }
 
 std::int32_t NonNegative(const Variant& v) {
@@ -81,15 +81,9 @@ Str ReplaceAll(const Str& source, const Str& hay, const Str& needle, const Str& 
   return out;
 }
 
-Variant TrimText(Args args, bool left, bool right) {
+Variant TrimText(Args args, std::string (*trim)(std::string_view)) {
   if (args[0].IsNull()) return Variant::Null();
-  std::string s = args[0].ToString();
-  std::size_t begin = 0, end = s.size();
-  if (left)
-    while (begin < end && s[begin] == ' ') ++begin;
-  if (right)
-    while (end > begin && s[end - 1] == ' ') --end;
-  return Variant(s.substr(begin, end - begin));
+  return Variant(trim(args[0].ToString()));
 }
 
 }  // namespace
@@ -166,8 +160,8 @@ Variant BiInStr(Args args) {
   bool text = TextCompareArg(args, 3);
   if (s1.IsNull() || s2.IsNull()) return Variant::Null();
   if (text)
-    return Variant::Long(
-        Find(Fold(ToU32(s1.ToString()), true), Fold(ToU32(s2.ToString()), true), start));
+    return Variant::Long(Find(Fold(ToCodePoints(s1.ToString()), true),
+                              Fold(ToCodePoints(s2.ToString()), true), start));
   // Binary compare finds the bytes; UTF-8 never matches inside a character.
   std::string hay = s1.ToString(), needle = s2.ToString();
   std::size_t length = CodePointCount(hay);
@@ -187,7 +181,9 @@ Variant BiInStrB(Args args) {
   const Variant& s2 = args[withStart ? 2 : 1];
   bool text = TextCompareArg(args, 3);
   if (s1.IsNull() || s2.IsNull()) return Variant::Null();
-  auto bytes = [text](const Variant& v) { return Bytes(ToUtf8(Fold(ToU32(v.ToString()), text))); };
+  auto bytes = [text](const Variant& v) {
+    return Bytes(FromCodePoints(Fold(ToCodePoints(v.ToString()), text)));
+  };
   return Variant::Long(Find(bytes(s1), bytes(s2), start));
 }
 
@@ -198,8 +194,8 @@ Variant BiInStrRev(Args args) {
   if (start == 0 || start < -1) RaiseInvalidArgument();
   bool text = TextCompareArg(args, 3);
   if (args[0].IsNull() || args[1].IsNull()) return Variant::Null();
-  std::u32string hay = Fold(ToU32(args[0].ToString()), text);
-  std::u32string needle = Fold(ToU32(args[1].ToString()), text);
+  std::u32string hay = Fold(ToCodePoints(args[0].ToString()), text);
+  std::u32string needle = Fold(ToCodePoints(args[1].ToString()), text);
   std::size_t length = hay.size();
   if (start == -1) start = static_cast<std::int32_t>(length);
   if (hay.empty() || static_cast<std::size_t>(start) > length) return Variant::Long(0);
@@ -222,34 +218,34 @@ Variant BiReplace(Args args) {
   std::string source = expr.substr(Utf8Offset(expr, static_cast<std::size_t>(start - 1)));
   if (find.empty() || count == 0) return Variant(std::move(source));
   if (!text) return Variant(ReplaceAll(source, source, find, with, count));
-  std::u32string wide = ToU32(source);
-  return Text(ReplaceAll(wide, Lower(wide), Lower(ToU32(find)), ToU32(with), count));
+  std::u32string wide = ToCodePoints(source);
+  return Text(ReplaceAll(wide, Lower(wide), Lower(ToCodePoints(find)), ToCodePoints(with), count));
 }
 
 // StrComp(string1, string2[, compare]): -1, 0 or 1 as an Integer.
 Variant BiStrComp(Args args) {
   bool text = TextCompareArg(args, 2);
   if (args[0].IsNull() || args[1].IsNull()) return Variant::Null();
-  std::u32string a = Fold(ToU32(args[0].ToString()), text);
-  std::u32string b = Fold(ToU32(args[1].ToString()), text);
+  std::u32string a = Fold(ToCodePoints(args[0].ToString()), text);
+  std::u32string b = Fold(ToCodePoints(args[1].ToString()), text);
   int c = a.compare(b);
   return Variant::Integer(static_cast<std::int16_t>(c < 0 ? -1 : c > 0 ? 1 : 0));
 }
 
 Variant BiLTrim(Args args) {
-  return TrimText(args, true, false);
+  return TrimText(args, LTrim);
 }
 Variant BiRTrim(Args args) {
-  return TrimText(args, false, true);
+  return TrimText(args, RTrim);
 }
 Variant BiTrim(Args args) {
-  return TrimText(args, true, true);
+  return TrimText(args, Trim);
 }
 
 Variant BiLCase(Args args) {
   if (args[0].IsNull()) return Variant::Null();
   std::string s = args[0].ToString();
-  if (!IsAscii(s)) return Text(Lower(ToU32(s)));
+  if (!IsAscii(s)) return Text(Lower(ToCodePoints(s)));
   for (char& c : s)
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
   return Variant(std::move(s));
@@ -258,7 +254,7 @@ Variant BiLCase(Args args) {
 Variant BiUCase(Args args) {
   if (args[0].IsNull()) return Variant::Null();
   std::string s = args[0].ToString();
-  if (!IsAscii(s)) return Text(Upper(ToU32(s)));
+  if (!IsAscii(s)) return Text(Upper(ToCodePoints(s)));
   for (char& c : s)
     if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 32);
   return Variant(std::move(s));
@@ -275,7 +271,7 @@ Variant BiString(Args args) {
   if (args[1].IsNull()) return Variant::Null();
   char32_t c;
   if (args[1].IsString()) {
-    std::u32string s = ToU32(args[1].AsString());
+    std::u32string s = ToCodePoints(args[1].AsString());
     if (s.empty()) RaiseInvalidArgument();
     c = s[0];
   } else {
@@ -287,13 +283,13 @@ Variant BiString(Args args) {
 }
 
 Variant BiStrReverse(Args args) {
-  std::u32string s = ToU32(args[0].ToString());
+  std::u32string s = ToCodePoints(args[0].ToString());
   std::reverse(s.begin(), s.end());
   return Text(s);
 }
 
 Variant BiAsc(Args args) {
-  std::u32string s = ToU32(args[0].ToString());
+  std::u32string s = ToCodePoints(args[0].ToString());
   if (s.empty()) RaiseInvalidArgument();
   return Variant::Integer(ToAnsi(s[0]));
 }

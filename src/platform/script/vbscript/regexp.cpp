@@ -13,14 +13,12 @@ using BoundArgs = script::Args;
 namespace {
 
 std::wstring Wide(std::string_view utf8) {
-  std::u32string text = ToU32(utf8);
+  std::u32string text = ToCodePoints(utf8);
   return std::wstring(text.begin(), text.end());
 }
 
 std::string Narrow(std::wstring_view text) {
-  std::string out;
-  for (wchar_t c : text) AppendUtf8(out, static_cast<char32_t>(c));
-  return out;
+  return FromCodePoints(std::u32string(text.begin(), text.end()));
 }
 
 // The 0-based item of a result list, 5 when out of range.
