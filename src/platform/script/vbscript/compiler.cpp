@@ -326,7 +326,15 @@ class Compiler {
         Bind(*s.value);
         break;
       case StmtKind::kCall:
-        Bind(*s.target);
+        if (s.target->kind == ExprKind::kName) {
+          calling_ = true;
+          BindName(*s.target, false);
+          calling_ = false;
+          for (auto& a : s.target->args)
+            if (a) Bind(*a);
+        } else {
+          Bind(*s.target);
+        }
         break;
       case StmtKind::kIf:
         for (auto& c : s.conds) Bind(*c);
@@ -558,7 +566,10 @@ class Compiler {
     // global; in a procedure it is looked up when run and, failing that, is an
     // implicit local.
     bool isExplicit = unit_.text.optionExplicit;
-    if (topLevel_ && current_ == &unit_.top && !isExplicit && !scope_.outer) {
+    // A name called or given arguments is no implicit variable: it may be a
+    // procedure that a later text (or ExecuteGlobal) defines.
+    bool called = calling_ || e.hasArgs;
+    if (topLevel_ && current_ == &unit_.top && !isExplicit && !scope_.outer && !called) {
       NewGlobal g;
       newGlobals_[lower] = g;
       b.kind = BindKind::kGlobal;
@@ -604,6 +615,7 @@ class Compiler {
   std::unordered_map<std::string, Procedure*> newProcs_;
   std::vector<Binding*> globalBindings_;
   std::unordered_map<std::string, int> implicit_;
+  bool calling_ = false;
 };
 
 }  // namespace

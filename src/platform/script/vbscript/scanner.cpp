@@ -110,15 +110,21 @@ class Scanner {
  private:
   char Peek(size_t ahead) const { return pos_ + ahead < text_.size() ? text_[pos_ + ahead] : '\0'; }
   // Columns count characters, not bytes.
-  int Column() const {
-    int column = 1;
-    for (size_t i = lineStart_; i < pos_ && i < text_.size(); ++i)
-      if ((static_cast<unsigned char>(text_[i]) & 0xC0) != 0x80) ++column;
-    return column;
+  // Counted on from the last position asked for, so a long line stays cheap.
+  int Column() {
+    if (columnPos_ < lineStart_ || columnPos_ > pos_) {
+      columnPos_ = lineStart_;
+      column_ = 1;
+    }
+    for (; columnPos_ < pos_ && columnPos_ < text_.size(); ++columnPos_)
+      if ((static_cast<unsigned char>(text_[columnPos_]) & 0xC0) != 0x80) ++column_;
+    return column_;
   }
   void NewLine() {
     ++line_;
     lineStart_ = pos_;
+    columnPos_ = pos_;
+    column_ = 1;
   }
   void SkipBlanks() {
     while (pos_ < text_.size() &&
@@ -377,6 +383,8 @@ class Scanner {
   std::string_view text_;
   size_t pos_ = 0;
   size_t lineStart_ = 0;
+  size_t columnPos_ = 0;
+  int column_ = 1;
   int line_;
   std::vector<Token> tokens_;
 };
