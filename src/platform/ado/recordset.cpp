@@ -289,7 +289,6 @@ void Recordset::OpenInMemory(const std::vector<ColumnInfo>& columns, std::vector
   records_.clear();
   for (auto& r : rows) {
     Record rec;
-    rec.original = r;
     rec.values = std::move(r);
     rec.changed.assign(columns_.size(), false);
     records_.push_back(std::move(rec));
@@ -343,7 +342,6 @@ bool Recordset::FetchMore() {
   std::size_t got = cursor_->Fetch(rows, want);
   for (auto& r : rows) {
     Record rec;
-    rec.original = r;
     rec.values = std::move(r);
     rec.changed.assign(columns_.size(), false);
     records_.push_back(std::move(rec));
@@ -423,7 +421,8 @@ Variant Recordset::FieldOriginalValue(std::size_t index) {
   CheckOpen();
   Record& r = Current();
   if (r.isNew) return Variant::Null();
-  return index < r.original.size() ? r.original[index] : Variant::Null();
+  const Row& row = r.original.empty() ? r.values : r.original;
+  return index < row.size() ? row[index] : Variant::Null();
 }
 
 void Recordset::SetFieldValue(std::size_t index, const Variant& value) {
@@ -432,6 +431,8 @@ void Recordset::SetFieldValue(std::size_t index, const Variant& value) {
   Record& r = Current();
   if (r.values.size() < columns_.size()) r.values.resize(columns_.size(), Variant::Null());
   if (r.changed.size() < columns_.size()) r.changed.resize(columns_.size(), false);
+  // The values as read are kept only once a record changes.
+  if (!r.isNew && r.original.empty()) r.original = r.values;
   r.values[index] = value;
   r.changed[index] = true;
   if (editMode_ == adEditNone) editMode_ = r.isNew ? adEditAdd : adEditInProgress;
@@ -482,7 +483,6 @@ void Recordset::AddNew() {
   cursor_.reset();
   Record rec;
   rec.values.assign(columns_.size(), Variant::Null());
-  rec.original.assign(columns_.size(), Variant::Null());
   rec.changed.assign(columns_.size(), false);
   rec.isNew = true;
   records_.push_back(std::move(rec));
@@ -495,7 +495,7 @@ void Recordset::Update() {
   if (editMode_ == adEditNone) return;
   Record& r = Current();
   if (inMemory_) {
-    r.original = r.values;
+    r.original.clear();
     r.changed.assign(columns_.size(), false);
     r.isNew = false;
     r.pending = false;
@@ -528,7 +528,11 @@ void Recordset::CancelUpdate() {
     records_.erase(records_.begin() + position_);
     position_ = std::max<std::int64_t>(0, static_cast<std::int64_t>(records_.size()) - 1);
   } else {
-    r.values = r.isNew ? Row(columns_.size(), Variant::Null()) : r.original;
+    if (r.isNew)
+      r.values.assign(columns_.size(), Variant::Null());
+    else if (!r.original.empty())
+      r.values = r.original;
+    r.original.clear();
     r.changed.assign(columns_.size(), false);
   }
   editMode_ = adEditNone;
@@ -566,6 +570,7 @@ void Recordset::WriteRecord(Record& r) {
       r.pending = false;
       return;
     }
+    const Row& original = r.original.empty() ? r.values : r.original;
     sql = "UPDATE " + Quote(t.table) + " SET ";
     for (std::size_t n = 0; n < set.size(); ++n) {
       if (n) sql += ", ";
@@ -596,11 +601,11 @@ void Recordset::WriteRecord(Record& r) {
       if (n) sql += " AND ";
       std::size_t i = where[n];
       std::string name = Quote(t.columns[static_cast<std::size_t>(t.tableColumn[i])].name);
-      if (r.original[i].IsNull() || r.original[i].IsEmpty()) {
+      if (original[i].IsNull() || original[i].IsEmpty()) {
         sql += name + " IS NULL";
       } else {
         sql += name + " = ?";
-        params.push_back(r.original[i]);
+        params.push_back(original[i]);
       }
     }
   }
@@ -610,7 +615,7 @@ void Recordset::WriteRecord(Record& r) {
                   "Die Zeile für die Aktualisierung konnte nicht gefunden werden. Einige Werte "
                   "wurden seit dem letzten Lesen möglicherweise geändert.",
                   "ADODB.Recordset");
-  r.original = r.values;
+  r.original.clear();
   r.changed.assign(columns_.size(), false);
   r.isNew = false;
   r.pending = false;

@@ -87,7 +87,7 @@ class Recordset : public Object {
  private:
   struct Record {
     Row values;
-    Row original;
+    Row original;  // the values as read, once the record is changed; else empty
     std::vector<bool> changed;
     bool isNew = false;    // not yet in the store
     bool pending = false;  // changed and not yet sent
