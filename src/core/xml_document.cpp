@@ -141,12 +141,18 @@ void AppendNode(std::string& out, pugi::xml_node node) {
   }
 }
 
-void AppendText(std::string& out, pugi::xml_node node) {
-  for (pugi::xml_node child : node.children()) {
-    if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)
-      out += child.value();
-    else if (child.type() == pugi::node_element)
-      AppendText(out, child);
+// Iterative, so that a deeply nested file cannot exhaust the stack.
+void AppendText(std::string& out, pugi::xml_node top) {
+  pugi::xml_node node = top.first_child();
+  while (node) {
+    if (node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata) out += node.value();
+    if (node.type() == pugi::node_element && node.first_child()) {
+      node = node.first_child();
+      continue;
+    }
+    while (node && node != top && !node.next_sibling()) node = node.parent();
+    if (!node || node == top) break;
+    node = node.next_sibling();
   }
 }
 

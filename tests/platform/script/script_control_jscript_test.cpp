@@ -116,6 +116,18 @@ TEST_F(JScriptControl, CompileErrorFillsEveryField) {
   EXPECT_EQ(control.Eval("typeof a").ToString(), "undefined");
 }
 
+TEST_F(JScriptControl, VBScriptTextFailsToCompile) {
+  // What a project in JScript meets when the engine adds its fixed code.
+  auto error = ErrorOf([&] {
+    control.AddCode(
+        "Dim IdentKey\r\nSub SetIdentKey(szGUID)\r\n     IdentKey = szGUID \r\nend Sub\r\n\r\n");
+  });
+  EXPECT_EQ(error.Number, 1004);
+  EXPECT_EQ(error.Description, "';' erwartet");
+  EXPECT_EQ(error.Line, 1);
+  EXPECT_EQ(error.Text, "Dim IdentKey");
+}
+
 TEST_F(JScriptControl, RunTimeErrorsCarryJScriptNumbersAndPlace) {
   control.AddCode(
       "function f() {\n"

@@ -122,6 +122,33 @@ TEST_F(VBScriptControl, CompileAndRunTimeErrorsFillEveryField) {
   EXPECT_GT(runtime.Column, 0);
 }
 
+TEST_F(VBScriptControl, ScriptsUseTheObjectsTheyCreate) {
+  std::string path = ::testing::TempDir() + "ketrova_vbs_fso.txt";
+  control.AddCode(
+      "Function Roundtrip(path)\r\n"
+      "  Dim d, k, fso, f, text\r\n"
+      "  Set d = CreateObject(\"Scripting.Dictionary\")\r\n"
+      "  d.Add \"a\", 1\r\n"
+      "  d(\"b\") = 2\r\n"
+      "  d.Item(\"a\") = d(\"a\") + 10\r\n"
+      "  Set fso = CreateObject(\"Scripting.FileSystemObject\")\r\n"
+      "  Set f = fso.CreateTextFile(path, True)\r\n"
+      "  For Each k In d\r\n"
+      "    f.WriteLine k & \"=\" & d(k)\r\n"
+      "  Next\r\n"
+      "  f.Close\r\n"
+      "  Set f = fso.OpenTextFile(path)\r\n"
+      "  Do While Not f.AtEndOfStream\r\n"
+      "    text = text & f.ReadLine & \";\"\r\n"
+      "  Loop\r\n"
+      "  f.Close\r\n"
+      "  fso.DeleteFile path\r\n"
+      "  Roundtrip = text & d.Count & fso.FileExists(path)\r\n"
+      "End Function\r\n");
+  Variant args[1] = {Variant(path)};
+  EXPECT_EQ(control.Run("Roundtrip", args).ToString(), "a=11;b=2;2Falsch");
+}
+
 TEST_F(VBScriptControl, ResetAndLanguageChangeDropEverything) {
   control.AddObject("Source", std::make_shared<Record>(), true);
   control.AddCode("Function F()\r\n  F = 1\r\nEnd Function\r\n");

@@ -887,7 +887,14 @@ JsErrorInfo DescribeError(duk_context* ctx, duk_idx_t index, bool compile) {
     } else if (message.find("unterminated comment") != std::string::npos) {
       info.number = 1016;
       info.description = "Nicht abgeschlossener Kommentar";
-    } else if (message.find("expected identifier") != std::string::npos) {
+    } else if (message.find("unterminated statement") != std::string::npos) {
+      info.number = 1004;
+      info.description = "';' erwartet";
+    } else if (message.find("invalid object literal") != std::string::npos) {
+      info.number = 1028;
+      info.description = "Bezeichner, Zeichenfolge oder Zahl erwartet";
+    } else if (message.find("expected identifier") != std::string::npos ||
+               message.find("invalid variable declaration") != std::string::npos) {
       info.number = 1010;
       info.description = "Bezeichner erwartet";
     } else {
