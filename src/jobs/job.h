@@ -15,6 +15,10 @@
 
 namespace ketrova {
 
+namespace ado {
+class Recordset;
+}  // namespace ado
+
 class CConverter;
 
 class CJob {
@@ -71,6 +75,9 @@ class CJob {
   std::string GenerateScript(std::string& szError);
   std::string GenerateScriptFilterUserDefined();
   std::string GenerateScriptDestinationUpdate();
+  // One INSERT or UPDATE statement from the current record of the source.
+  std::string GenerateUpdateInsertSQLFieldValues(ado::Recordset& objRSSource, bool bInsert,
+                                                 std::int32_t iDatabaseType);
 
  private:
   std::unique_ptr<CJobItem> jobSource_;

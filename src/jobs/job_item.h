@@ -98,6 +98,22 @@ class CJobItem {
   std::string ChangeDataBase(std::unique_ptr<CDatabase> vValue, bool bShowWorkForm);
   void RefreshKeyFieldBracket();
 
+  // Statement generation: the exact texts a job sends to its stores.
+  std::string GetSelectColumn(const std::string& szColumn, const std::string& szAlias) const;
+  std::string GetListFields() const;
+  std::string GetSourceSQL() const;
+  std::string GetFilter(const std::string& szBaseSQL) const;
+  std::string GenerateSQLCount() const;
+  std::string GenerateSQLDelete() const;
+  // Reports through szError and then answers "".
+  std::string GenerateSQLInsertRecord(std::string& szError);
+
+  // Table creation on the destination: the CREATE TABLE statement (or, for a
+  // text store, the header file written) for the source object's columns.
+  std::string GenerateTableStructure(std::string& szError, const std::string& szSourceObjectName);
+  // The store's type name for an ADO type; may turn `inFieldType` into 13.
+  static std::string GetSQLTypeName(std::int32_t& inFieldType, std::int32_t inDatabaseType);
+
  private:
   std::unique_ptr<CJobItemColumns> columns_;
   std::unique_ptr<CJobItemFilters> filters_;

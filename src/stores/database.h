@@ -98,6 +98,32 @@ class CDatabase {
                                 bool bSearchInSource,
                                 std::unique_ptr<CDatabaseObject>* clone = nullptr);
   std::string ValidColumnName(const std::string& szColumnName) const;
+
+  // Record access of the store. Text results are "" on success, else the
+  // error text. Opening and closing are Active's work.
+  std::string BeginTrans();
+  std::string CommitTrans();
+  std::string RollbackTrans();
+  // Opens `objRS` (made when null) on `szSQL` with the caller's cursor and lock.
+  std::string RecordSetOpen(std::shared_ptr<ado::Recordset>& objRS, const std::string& szSQL,
+                            const std::string& szObjectName, std::int32_t inRecordCount,
+                            std::int32_t inCursorType, std::int32_t inLockType);
+  std::string RecordSetClose(std::shared_ptr<ado::Recordset>& objRS);
+  // These work on the store-level Recordset, not on a job's.
+  bool RecordsetEOF();
+  bool RecordsetMoveNext();
+  std::int32_t RecordsetRecordCount();
+  std::string CreateObject(const std::string& szObjectName, const std::string& szSQL);
+  std::string DeleteRecords(const std::string& szObjectName, const std::string& szSQL);
+  // Whether a table or folder of that name exists now, asked of the store.
+  bool ObjectExists(const std::string& szObjectName);
+  // The engine's last step for a written record: Update, then UpdateBatch.
+  void RecordSetWrite(std::shared_ptr<ado::Recordset>& objRS, std::string& szOutlookError,
+                      std::string& szError);
+  // Copies a table's definition from the source through the catalogue;
+  // `szTableName` is the source name in, the destination's name out.
+  std::string CreateTableFromSource(std::string& szTableName);
+
   void CopyDataBaseObjectsToJobs();
   void CopyOutlookObjectsToTargetJobs(CJob& objJob, bool bShowWorkForm = false);
 
@@ -121,5 +147,12 @@ std::string GetConnectStringPart(std::string& szConnection, int inPart);
 // 3 Interbase, 4 Oracle, 5 Paradox, 6 MySQL, 7 Excel, 8 Outlook, 9 ODBC,
 // 10 text, 11 XML; `inDefault` when nothing says otherwise.
 std::int32_t GetDatabaseTypeFromConnectString(std::string szConnection, std::int32_t inDefault);
+
+// Runs a statement on the connection; "" or the error text. The failure does
+// not spread.
+std::string ExecuteSQL(ado::Connection& objConnection, const std::string& szSQL);
+// Close, ignoring every error; null is fine.
+void CloseRecordset(ado::Recordset* objRS);
+void CloseConnection(ado::Connection* objConnection);
 
 }  // namespace ketrova
