@@ -899,6 +899,15 @@ SQLRETURN OdbcProvider::CatalogCall(SQLHSTMT stmt, CatalogFunction function,
         std::u16string schema = u"public";
         return SQLTablesW(stmt, nullptr, 0, W(schema), SQL_NTS, nullptr, 0, xp, xp ? SQL_NTS : 0);
       }
+      if (dialect_ == "mysql") {
+        // Only the connection's database; the driver lists every one it may see.
+        SQLWCHAR current[256] = {};
+        SQLINTEGER length = 0;
+        if (SQL_SUCCEEDED(SQLGetConnectAttrW(dbc_, SQL_ATTR_CURRENT_CATALOG, current,
+                                             sizeof current, &length)) &&
+            current[0] != 0)
+          return SQLTablesW(stmt, current, SQL_NTS, nullptr, 0, nullptr, 0, xp, xp ? SQL_NTS : 0);
+      }
       return SQLTablesW(stmt, nullptr, 0, nullptr, 0, nullptr, 0, xp, xp ? SQL_NTS : 0);
     case CatalogFunction::kPrimaryKeys:
       return SQLPrimaryKeysW(stmt, nullptr, 0, nullptr, 0, tp, SQL_NTS);
