@@ -29,7 +29,11 @@ class ScriptView {
 
 class FieldView : public BoundObject<FieldView>, public ScriptView {
  public:
-  explicit FieldView(std::shared_ptr<ado::Field> field) : field_(std::move(field)) {}
+  // `owner` keeps the record set alive while a script holds one of its
+  // fields (SourceConnection.Execute(sql)(0)): a Field of a closed record set
+  // has no value.
+  FieldView(std::shared_ptr<ado::Field> field, ObjectPtr owner)
+      : field_(std::move(field)), owner_(std::move(owner)) {}
   std::string TypeName() const override { return "Field"; }
   ObjectPtr Target() const override { return field_; }
 
@@ -60,11 +64,13 @@ class FieldView : public BoundObject<FieldView>, public ScriptView {
 
  private:
   std::shared_ptr<ado::Field> field_;
+  ObjectPtr owner_;
 };
 
 class FieldsView : public BoundObject<FieldsView>, public ScriptView {
  public:
-  explicit FieldsView(std::shared_ptr<ado::Fields> fields) : fields_(std::move(fields)) {}
+  FieldsView(std::shared_ptr<ado::Fields> fields, ObjectPtr owner)
+      : fields_(std::move(fields)), owner_(std::move(owner)) {}
   std::string TypeName() const override { return "Fields"; }
   ObjectPtr Target() const override { return fields_; }
 
@@ -79,7 +85,7 @@ class FieldsView : public BoundObject<FieldsView>, public ScriptView {
         return Item(key);
       }
       view = std::make_shared<FieldView>(
-          std::static_pointer_cast<ado::Field>(field.shared_from_this()));
+          std::static_pointer_cast<ado::Field>(field.shared_from_this()), owner_);
     }
     return view;
   }
@@ -115,6 +121,7 @@ class FieldsView : public BoundObject<FieldsView>, public ScriptView {
 
  private:
   std::shared_ptr<ado::Fields> fields_;
+  ObjectPtr owner_;
   std::unordered_map<const ado::Field*, ObjectPtr> views_;
 };
 
@@ -126,7 +133,8 @@ class RecordsetView : public BoundObject<RecordsetView>, public ScriptView {
 
   FieldsView& FieldsOf() {
     auto current = rs_->FieldsPtr();
-    if (!fields_ || fields_->Target() != current) fields_ = std::make_shared<FieldsView>(current);
+    if (!fields_ || fields_->Target() != current)
+      fields_ = std::make_shared<FieldsView>(current, rs_);
     return *fields_;
   }
 
@@ -312,9 +320,9 @@ ObjectPtr BindForScript(ObjectPtr object) {
   if (auto c = std::dynamic_pointer_cast<ado::Connection>(object))
     return std::make_shared<ConnectionView>(std::move(c));
   if (auto f = std::dynamic_pointer_cast<ado::Fields>(object))
-    return std::make_shared<FieldsView>(std::move(f));
+    return std::make_shared<FieldsView>(std::move(f), nullptr);
   if (auto f = std::dynamic_pointer_cast<ado::Field>(object))
-    return std::make_shared<FieldView>(std::move(f));
+    return std::make_shared<FieldView>(std::move(f), nullptr);
   return object;
 }
 
