@@ -275,6 +275,33 @@ void CDatabase::SetActive(bool value) {
   if (!value) onTransaction_ = false;
 }
 
+void CDatabase::SetColBrackets() {
+  colBracketLeft_.clear();
+  colBracketRight_.clear();
+  switch (DatabaseTypeNative()) {
+    case dbtAccess:
+    case dbtSQLServer:
+    case dbtInterbase:
+    case dbtOracle:
+    case dbtExcel:
+    case dbtODBC:
+      colBracketLeft_ = "[";
+      colBracketRight_ = "]";
+      break;
+    case dbtParadox:
+      colBracketLeft_ = colBracketRight_ = "\"";
+      break;
+    case dbtMySQL:
+      colBracketLeft_ = colBracketRight_ = "`";
+      break;
+    case dbtText:
+      colBracketLeft_ = colBracketRight_ = "'";
+      break;
+    default:
+      break;
+  }
+}
+
 std::string CDatabase::Reload(bool, bool) {
   return {};
 }
