@@ -6,6 +6,8 @@
 #include "core/project_values.h"
 #include "core/xml_node.h"
 #include "jobs/jobs.h"
+#include "platform/ado/connection.h"
+#include "platform/ado/recordset.h"
 #include "support/files.h"
 #include "support/text.h"
 
@@ -44,7 +46,10 @@ std::string OdbcDsnValue(const std::string& dsn, const std::string& name,
 
 }  // namespace
 
-CDatabase::CDatabase() : objects_(std::make_unique<CDatabaseObjects>()) {
+CDatabase::CDatabase()
+    : Connection(std::make_shared<ado::Connection>()),
+      Recordset(std::make_shared<ado::Recordset>()),
+      objects_(std::make_unique<CDatabaseObjects>()) {
   objects_->Database = this;
 }
 
@@ -268,11 +273,6 @@ std::string CDatabase::Load(const std::string& szTreeNode, pugi::xml_node objNod
   // Searched from the root element: a store inside a job side, whose path is
   // relative, comes back without its catalogue.
   return objects_->Load(szTreeNode + "/Objects");
-}
-
-void CDatabase::SetActive(bool value) {
-  active_ = value;
-  if (!value) onTransaction_ = false;
 }
 
 std::string CDatabase::Reload(bool, bool) {

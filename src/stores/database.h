@@ -81,9 +81,10 @@ class CDatabase {
   // Reads the store element at `szTreeNode` (below `objNode`); "" or an error text.
   std::string Load(const std::string& szTreeNode, pugi::xml_node objNode);
 
-  // Whether the connection is open. Opening is record access's work; until it
-  // is there, setting Active changes only the flag.
-  bool Active() const { return active_; }
+  // Whether the store is open. Setting it true opens the connection (the
+  // first open of any store registers the file providers); a failure lands in
+  // ErrorNumber and LastErrorMessage, which a later success leaves standing.
+  bool Active() const;
   void SetActive(bool value);
 
   // The catalogue members; filled by the schema analysis. Until then Reload
@@ -128,11 +129,21 @@ class CDatabase {
   void CopyOutlookObjectsToTargetJobs(CJob& objJob, bool bShowWorkForm = false);
 
  private:
+  void Open();
+  void Close();
+  void OpenOutlook();
+  // The identifier brackets of the native type; run on each open.
+  void SetColBrackets();
+  std::string OpenOutlookRecordset(const std::string& szObjectName, std::int32_t inRecordCount,
+                                   std::shared_ptr<ado::Recordset>& objRS,
+                                   const std::string& szSQL);
+
   std::unique_ptr<CDatabaseObjects> objects_;
   std::string connectionString_;
   std::string lastErrorMessage_;
   std::int32_t errorNumber_ = 0;
   bool active_ = false;
+  bool outlookOpen_ = false;  // stands for the mail client's session
   bool onTransaction_ = false;
   std::string colBracketLeft_;
   std::string colBracketRight_;
