@@ -19,9 +19,12 @@ cd "$work"
 status=0
 "$ketrova" run demo.cpf --yes || status=$?
 
-echo
-echo "== Protokoll $work/demo.LOG"
-if [ -f demo.LOG ]; then tr -d '\r' < demo.LOG; fi
+# A failed run has printed its log already.
+if [ "$status" -eq 0 ] && [ -f demo.LOG ]; then
+  echo
+  echo "== Protokoll $work/demo.LOG"
+  tr -d '\r' <demo.LOG
+fi
 if [ -f demo.sqlite ]; then
   echo "== Kunden in $work/demo.sqlite (K1003 ist umgezogen: die zweite Zeile hat die erste aktualisiert)"
   sqlite3 -header -column demo.sqlite \
