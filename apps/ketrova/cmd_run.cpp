@@ -31,6 +31,7 @@ constexpr const char* kUsage = "Aufruf: ketrova run PROJEKT.CPF [--yes] [--quiet
 int RunProject(const Args& args) {
   std::string file;
   ui::ConsoleUserInterface::Options options;
+  bool badUsage = false;
   for (const auto& arg : args) {
     if (arg == "--yes") {
       options.assumeYes = true;
@@ -39,11 +40,10 @@ int RunProject(const Args& args) {
     } else if (file.empty() && !arg.starts_with("--")) {
       file = arg;
     } else {
-      std::cerr << kUsage;
-      return 2;
+      badUsage = true;
     }
   }
-  if (file.empty()) {
+  if (badUsage || file.empty()) {
     std::cerr << kUsage;
     return 2;
   }
