@@ -8,7 +8,8 @@
 //
 // Questions during the run (Ctrl-C asks whether to stop) are asked on the
 // terminal; --yes answers them with yes, and without a terminal on stdin each
-// takes its default button. --quiet prints neither progress nor status texts.
+// takes its default button. --quiet prints neither progress nor status texts;
+// the event log (the messages of CLogs) follows the run on stderr in any case.
 #include <unistd.h>
 
 #include <iostream>
@@ -19,12 +20,22 @@
 #include "platform/ui/console_ui.h"
 #include "run_display.h"
 #include "support/files.h"
+#include "support/utf8.h"
 
 namespace ketrova::cli {
 
 namespace {
 
 constexpr const char* kUsage = "Aufruf: ketrova run PROJEKT.CPF [--yes] [--quiet]\n";
+
+// The messages the closing box points to; the desktop shows them as its
+// event log.
+void PrintEventLog(const CLogs& logs) {
+  if (logs.Count() == 0) return;
+  std::cerr << "Ereignisprotokoll:\n";
+  for (std::int32_t i = 1; i <= logs.Count(); ++i)
+    std::cerr << ReplaceAll(RTrim(logs.Item(i).Message), "\r\n", "\n") << "\n";
+}
 
 }  // namespace
 
@@ -72,6 +83,7 @@ int RunProject(const Args& args) {
   std::string result = engine.Execute(noFile);
   console->onInterrupt = nullptr;
   display.Finish();
+  PrintEventLog(project.Logs());
 
   if (engine.ErrorCount() < 1 && result.empty()) {
     std::cout << "Konvertierung beendet !\n";
