@@ -79,6 +79,7 @@ TEST_P(SchemaTest, ReloadReadsTablesViewsAndColumnsAndLogsWhatItCannotRead) {
   ASSERT_EQ(project.Logs().Count(), 1);
   EXPECT_EQ(project.Logs().Item(1).Message.rfind("Objekt [its] öffnen ", 0), 0u)
       << project.Logs().Item(1).Message;
+  EXPECT_EQ(project.Logs().Item(1).Message.find("\r\n"), std::string::npos);  // one line
   ASSERT_EQ(ui->CallsOf("MsgBox").size(), 1u);
   EXPECT_NE(ui->CallsOf("MsgBox")[0].find(
                 "\"Insgesammt konnten 1 Tabellen oder Views nicht analysiert werden. Überprüfen "
