@@ -17,8 +17,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// One folder per fuzzing process, removed by the operating system's temp
-// cleaning; the stores named by an input find no drivers (see CMakeLists.txt).
+// One folder per fuzzing process for the input and the saved file. The stores
+// that an input names find no ODBC drivers (see CMakeLists.txt).
 const fs::path& WorkFolder() {
   static const fs::path folder = [] {
     fs::path dir = fs::temp_directory_path() / ("ketrova_fuzz_" + std::to_string(::getpid()));
