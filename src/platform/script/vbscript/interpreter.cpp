@@ -134,7 +134,9 @@ class ErrObjectRef : public Object {
         };
         std::string source = text(1);
         if (source.empty()) source = kRuntimeErrorSource;
-        throw VbError(number, text(2), source);
+        std::string description = text(2);
+        if (description.empty()) description = RaisedErrorText(number);
+        throw VbError(number, description, source);
       }
       case 7:
         err_.Clear();
