@@ -1,16 +1,4 @@
 ' Dates and number formats in the German settings, with Null and faulty arguments
-Sub T(code)
-  On Error Resume Next
-  Dim v
-  v = Eval(code)
-  If Err.Number <> 0 Then
-    Print code, "->", "Fehler", Err.Number, Err.Description
-  ElseIf IsArray(v) Then
-    Print code, "->", "(" & Join(v, "|") & ")"
-  Else
-    Print code, "->", TypeName(v), "[" & v & "]"
-  End If
-End Sub
 T "DateSerial(2024, 2, 30)"
 T "DateSerial(Null, 1, 1)"
 T "DateSerial(2024, 0, 0)"

@@ -1,16 +1,4 @@
 ' The string built-ins with Null, Empty and faulty arguments
-Sub T(code)
-  On Error Resume Next
-  Dim v
-  v = Eval(code)
-  If Err.Number <> 0 Then
-    Print code, "->", "Fehler", Err.Number, Err.Description
-  ElseIf IsArray(v) Then
-    Print code, "->", "(" & Join(v, "|") & ")"
-  Else
-    Print code, "->", TypeName(v), "[" & v & "]"
-  End If
-End Sub
 T "Len(Null)"
 T "Len(Empty)"
 T "Len(123)"

@@ -1,16 +1,4 @@
 ' Operators on mixed subtypes, Null and Empty, their precedence and literals
-Sub T(code)
-  On Error Resume Next
-  Dim v
-  v = Eval(code)
-  If Err.Number <> 0 Then
-    Print code, "->", "Fehler", Err.Number, Err.Description
-  ElseIf IsArray(v) Then
-    Print code, "->", "(" & Join(v, "|") & ")"
-  Else
-    Print code, "->", TypeName(v), "[" & v & "]"
-  End If
-End Sub
 T "Null + 1"
 T "Null & ""a"""
 T "Empty + 1"
