@@ -239,9 +239,12 @@ class RecordsetView : public BoundObject<RecordsetView>, public ScriptView {
     for (std::size_t i = 0; i < names.size(); ++i)
       rs_->GetFields().Item(PlainValue(names[i])).SetValue(PlainValue(values[i]));
   }
+  // With values the new record is saved at once, as ADO does.
   void AddNew(Args a) {
     rs_->AddNew();
+    if (!Given(a, 0)) return;
     SetValues(a);
+    rs_->Update();
   }
   void Update(Args a) {
     SetValues(a);
