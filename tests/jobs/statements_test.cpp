@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "engine/script_host_object.h"
 #include "jobs/job_fixture.h"
 #include "platform/ado/connection.h"
 #include "platform/ado/recordset.h"
@@ -279,17 +280,6 @@ TEST_F(SourceRecordTest, TargetOpenForUpdateByKey) {
   EXPECT_NE(error.find("Fehler Nr.: "), std::string::npos);
 }
 
-// The script control as the engine hands it to a job side: Run by name.
-class ScriptControlObject : public Object {
- public:
-  std::string TypeName() const override { return "ScriptControl"; }
-  Variant Invoke(int, InvokeKind, std::span<Variant> args) override {
-    return control.Run(args[0].ToString());
-  }
-  int GetIDOfName(std::string_view name) override { return name == "Run" ? 1 : kDispIdUnknown; }
-  script::ScriptControl control;
-};
-
 TEST_F(StatementsTest, UserSearchStatementComesFromTheScript) {
   UseStore(project_.DestDataBase(), dbtSQLServer);
   job().DestinationUpdate = true;
@@ -298,11 +288,11 @@ TEST_F(StatementsTest, UserSearchStatementComesFromTheScript) {
   EXPECT_EQ(dest().GenerateSQLInsertRecord(error), "");
   EXPECT_NE(error.find("Fehler Nr.: 424"), std::string::npos);
 
-  auto control = std::make_shared<ScriptControlObject>();
-  control->control.AddCode(
+  script::ScriptControl control;
+  control.AddCode(
       "Function txSQLSearchResult()\r\n  txSQLSearchResult = \"SELECT * FROM X WHERE A = 1\"\r\n"
       "End Function\r\n");
-  dest().ScriptControl = control;
+  dest().ScriptControl = std::make_shared<ScriptHostObject>(control);
   EXPECT_EQ(dest().GenerateSQLInsertRecord(error), "SELECT * FROM X WHERE A = 1");
   EXPECT_EQ(error, "");
 }
