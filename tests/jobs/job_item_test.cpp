@@ -129,5 +129,23 @@ TEST_F(JobItemTest, ATargetOpenedForInsertStandsOnANewRecord) {
   EXPECT_EQ(count->GetFields().Item(0).Value().ToLong(), 1);
 }
 
+TEST_F(JobItemTest, AStoreOfItsOwnServesEditingButNotTheOpen) {
+  auto other = std::make_unique<CDatabase>();
+  other->DatabaseType = dbtODBC;
+  other->DriverName = "SQLite3";
+  other->DatabaseName = (folder_ / "dest.sqlite").string();
+  CDatabase* own = other.get();
+  // With no object named yet, nothing can be read.
+  EXPECT_EQ(source().ChangeDataBase(std::move(other), false), Variant(false).ToString());
+  EXPECT_TRUE(source().DifferentDataBase());
+  EXPECT_EQ(source().Database(), own);
+  EXPECT_EQ(own->Objects().Count(), 1);
+
+  source().ItemObjectName = "Kunden Liste";
+  ASSERT_TRUE(source().OpenRecordSet()) << source().LastErrorMessage;
+  EXPECT_EQ(source().Recordset->GetFields().Item("Ort").Value().ToString(), "Köln");
+  own->SetActive(false);
+}
+
 }  // namespace
 }  // namespace ketrova
