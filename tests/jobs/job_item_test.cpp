@@ -2,7 +2,6 @@
 // its record set, rebuilding its columns from the fields, and what a failure
 // leaves behind.
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 
@@ -17,9 +16,7 @@ class JobItemTest : public testing::JobTest {
  protected:
   void SetUp() override {
     JobTest::SetUp();
-    std::string pattern = (std::filesystem::temp_directory_path() / "ketrova-jobs-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-    folder_ = pattern;
+    ASSERT_FALSE(Folder().empty());
     for (CDatabase* store : {&project_.SourceDataBase(), &project_.DestDataBase()}) {
       store->DatabaseType = dbtODBC;
       store->DriverName = "SQLite3";
@@ -38,8 +35,7 @@ class JobItemTest : public testing::JobTest {
   void TearDown() override {
     project_.SourceDataBase().SetActive(false);
     project_.DestDataBase().SetActive(false);
-    std::error_code ec;
-    std::filesystem::remove_all(folder_, ec);
+    JobTest::TearDown();
   }
   void Execute(CDatabase& store, const std::string& sql) {
     store.SetActive(true);
@@ -51,8 +47,6 @@ class JobItemTest : public testing::JobTest {
     side.ColumnsToList(list, true);
     return list;
   }
-
-  std::filesystem::path folder_;
 };
 
 TEST_F(JobItemTest, ColumnsComeFromTheFieldsAndMapByEqualNames) {

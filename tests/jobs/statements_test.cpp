@@ -2,7 +2,6 @@
 // side kind. The field values come from a real SQLite table read through the
 // ODBC driver.
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 #include <memory>
@@ -194,11 +193,8 @@ class SourceRecordTest : public StatementsTest {
  protected:
   void SetUp() override {
     StatementsTest::SetUp();
-    std::string pattern = (std::filesystem::temp_directory_path() / "ketrova-jobs-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-    folder_ = pattern;
     db_ = std::make_shared<ado::Connection>();
-    db_->Open("Driver={SQLite3};Database=" + (folder_ / "source.db").string());
+    db_->Open("Driver={SQLite3};Database=" + (Folder() / "source.db").string());
     db_->Execute(
         "CREATE TABLE Kunden (Id INTEGER, Name VARCHAR(40), Born DATE, Amount DOUBLE, "
         "Note VARCHAR(40), Flag VARCHAR(5))");
@@ -223,11 +219,9 @@ class SourceRecordTest : public StatementsTest {
     source().Recordset.reset();
     rs_.reset();
     if (db_) db_->Close();
-    std::error_code ec;
-    std::filesystem::remove_all(folder_, ec);
+    StatementsTest::TearDown();
   }
 
-  std::filesystem::path folder_;
   ado::ConnectionPtr db_;
   std::shared_ptr<ado::Recordset> rs_;
 };
