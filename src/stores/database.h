@@ -58,6 +58,8 @@ class CDatabase {
   bool OnTransaction() const { return onTransaction_; }
   const std::string& ColBracketLeft() const { return colBracketLeft_; }
   const std::string& ColBracketRight() const { return colBracketRight_; }
+  // Sets both brackets by the native type; each successful open runs it.
+  void SetColBrackets();
 
   // The connection string built from the parameters and the type.
   std::string ConnectionString();
@@ -132,8 +134,6 @@ class CDatabase {
   void Open();
   void Close();
   void OpenOutlook();
-  // The identifier brackets of the native type; run on each open.
-  void SetColBrackets();
   std::string OpenOutlookRecordset(const std::string& szObjectName, std::int32_t inRecordCount,
                                    std::shared_ptr<ado::Recordset>& objRS,
                                    const std::string& szSQL);
