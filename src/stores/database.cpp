@@ -8,6 +8,7 @@
 #include "jobs/jobs.h"
 #include "platform/ado/connection.h"
 #include "platform/ado/recordset.h"
+#include "stores/odbc_sources.h"
 #include "support/files.h"
 #include "support/text.h"
 
@@ -33,15 +34,6 @@ std::string WithoutTrailingBackslash(std::string path) {
 
 bool Contains(const std::string& haystack, std::string_view needle) {
   return FindString(needle, haystack) > 0;
-}
-
-// A value of a DSN's entry in the ODBC configuration; the default until the
-// registry stand-in is read here.
-std::string OdbcDsnValue(const std::string& dsn, const std::string& name,
-                         const std::string& defaultValue) {
-  (void)dsn;
-  (void)name;
-  return defaultValue;
 }
 
 }  // namespace
@@ -95,9 +87,9 @@ std::string CDatabase::ConnectionString() {
         if (DatabaseTypeNative(s) == dbtParadox) {
           s = "Provider=MSDASQL;Persist Security Info=False;Data Source=" + DataSourceName +
               ";Extended Properties=\";DSN=" + DataSourceName +
-              ";DBQ=" + OdbcDsnValue(DataSourceName, "DefaultDir", "") +
-              ";FIL=" + OdbcDsnValue(DataSourceName, "FIL", "") +
-              ";MaxBufferSize=" + OdbcDsnValue(DataSourceName, "MaxBufferSize", "500") +
+              ";DBQ=" + GetODBCRegistryValue(DataSourceName, "DefaultDir", "") +
+              ";FIL=" + GetODBCRegistryValue(DataSourceName, "FIL", "") +
+              ";MaxBufferSize=" + GetODBCRegistryValue(DataSourceName, "MaxBufferSize", "500") +
               ";PageTimeout=600\"";
         }
       }
@@ -275,52 +267,10 @@ std::string CDatabase::Load(const std::string& szTreeNode, pugi::xml_node objNod
   return objects_->Load(szTreeNode + "/Objects");
 }
 
-std::string CDatabase::Reload(bool, bool) {
-  return {};
-}
-
-std::string CDatabase::VerifyTables(bool, bool) {
-  return {};
-}
-
-CDatabaseObject* CDatabase::ObjectByName(const std::string& szObjectName, std::string& szError,
-                                         bool bSearchInSource,
-                                         std::unique_ptr<CDatabaseObject>* clone) {
-  szError.clear();
-  try {
-    bool fileBased = IsFileBased();
-    std::string wanted = szObjectName;
-    if (!fileBased) CheckTableName(wanted, true);
-    wanted = MakeIdentifier(wanted);
-    for (CDatabaseObject& object : *objects_) {
-      std::string name = object.Name;
-      if (!fileBased) CheckTableName(name, true);
-      if (!IsEqual(MakeIdentifier(name), wanted)) continue;
-      if (object.Fields().Count() == 0) szError = object.LoadColumns();
-      return &object;
-    }
-    if (DatabaseDirection == dbdTarget && bSearchInSource && Converter &&
-        &Converter->SourceDataBase() != this) {
-      CDatabaseObject* found =
-          Converter->SourceDataBase().ObjectByName(szObjectName, szError, false);
-      if (szError.empty() && found && clone) {
-        *clone = found->Clone();
-        return clone->get();
-      }
-    }
-  } catch (...) {
-  }
-  return nullptr;
-}
-
 std::string CDatabase::ValidColumnName(const std::string& szColumnName) const {
   if (Upper(szColumnName) == "TYP") return "TYP_Field";
   return szColumnName;
 }
-
-void CDatabase::CopyDataBaseObjectsToJobs() {}
-
-void CDatabase::CopyOutlookObjectsToTargetJobs(CJob&, bool) {}
 
 std::string GetConnectStringPart(std::string& szConnection, int inPart) {
   szConnection = Upper(szConnection);
@@ -378,8 +328,12 @@ std::int32_t GetDatabaseTypeFromConnectString(std::string szConnection, std::int
   if (szConnection.empty()) return result;
   std::string text = GetConnectStringPart(szConnection, 1);
   if (text.empty()) return result;
-  // A DSN's driver description is looked up in the ODBC configuration once the
-  // registry stand-in is read here; until then the name itself is examined.
+  // A data source name stands for its driver's description.
+  std::string driverDescription = ODBCDataSourceDriver(text);
+  if (!driverDescription.empty()) {
+    text = driverDescription;
+    whole += " " + driverDescription;
+  }
   std::string extension = FileExtension(text);
   if (extension == "DBF" || extension == "DB") result = 5;
   if (extension == "MDB") result = 2;

@@ -24,6 +24,9 @@ class Recordset;
 
 class CConverter;
 class CJob;
+class LabelControl;
+class ListControl;
+class ProgressBarControl;
 
 class CDatabase {
  public:
@@ -74,6 +77,9 @@ class CDatabase {
   std::string CheckTableName(std::string& szObjectName, bool bCut) const;
   bool CanUseConnection() const;
   bool IsFileBased();
+  // True for the stores that take SQL of their own: ODBC, MySQL, Oracle,
+  // Interbase, SQL Server and Access, by the declared type.
+  bool IsSQLStore() const;
   // The type the connection string leads to (the argument, else the string
   // built from the parameters).
   std::int32_t DatabaseTypeNative(const std::string& szConnection = {});
@@ -89,10 +95,17 @@ class CDatabase {
   bool Active() const;
   void SetActive(bool value);
 
-  // The catalogue members; filled by the schema analysis. Until then Reload
-  // and VerifyTables answer "" and read nothing.
-  std::string Reload(bool bShowWorkForm = false, bool bShowErrors = false);
-  std::string VerifyTables(bool bShowWorkForm = false, bool bShowErrors = false);
+  // Reads the store's tables and views with their columns into Objects,
+  // without clearing it first; a table whose columns cannot be read is logged
+  // and left out. "" or the error text; a failed open answers LastErrorMessage.
+  std::string Reload(bool bShowWorkForm = false, bool bShowErrors = false,
+                     ProgressBarControl* objProgressBar = nullptr,
+                     LabelControl* objLabel = nullptr);
+  // On a destination: creates the source's tables that it lacks, then reads
+  // its schema again. "" or the error text; a source store does nothing.
+  std::string VerifyTables(bool bShowWorkForm = false, bool bShowErrors = false,
+                           ProgressBarControl* objProgressBar = nullptr,
+                           LabelControl* objLabel = nullptr);
   // The catalogue object whose name matches by IsEqual after MakeIdentifier (and
   // CheckTableName with bCut on stores that are not file based); on a target
   // with `bSearchInSource`, a clone of the source's object. Null when none; a
@@ -127,8 +140,15 @@ class CDatabase {
   // `szTableName` is the source name in, the destination's name out.
   std::string CreateTableFromSource(std::string& szTableName);
 
+  // Fills the list with the names of the objects of a type (tables 1, views
+  // 2, all for jitUndefined), their Index as item data; reads the schema first
+  // when the catalogue is empty.
+  void DatabaseObjectsToList(ListControl& objList, std::int32_t inType);
+  // Run on the source: replaces all jobs by one per catalogue object.
   void CopyDataBaseObjectsToJobs();
-  void CopyOutlookObjectsToTargetJobs(CJob& objJob, bool bShowWorkForm = false);
+  // Fills the destination columns of the job from the first folder.
+  void CopyOutlookObjectsToTargetJobs(CJob& objJob, bool bShowWorkForm = false,
+                                      ProgressBarControl* ProgressBar = nullptr);
 
  private:
   void Open();

@@ -129,7 +129,9 @@ TEST(DatabaseTest, ObjectByNameComparesIdentifiers) {
   CConverter project;
   CDatabase& source = project.SourceDataBase();
   source.DatabaseType = dbtAccess;
-  source.Objects().Add().Name = "Müller";
+  CDatabaseObject& mueller = source.Objects().Add();
+  mueller.Name = "Müller";
+  mueller.Fields().Add().Name = "Nr";  // read, so no store is asked
   std::string error;
   CDatabaseObject* found = source.ObjectByName("MUELLER", error, false);
   ASSERT_NE(found, nullptr);
