@@ -1,8 +1,9 @@
 // The report of a failed record in the run's log: both statements, the fields
 // of both record sets with their values, and the field assignments.
+#include "engine/debug_report.h"
+
 #include "core/enums.h"
 #include "engine/engine.h"
-#include "engine/run_log.h"
 #include "jobs/job.h"
 #include "jobs/job_item.h"
 #include "platform/ado/recordset.h"
@@ -63,15 +64,17 @@ std::string FieldBlock(const char* szTitle, ado::Recordset* rs, ado::Recordset* 
 
 }  // namespace
 
-void CEngine::PrintDebugInfo(CJob& objJob, ado::Recordset* objRSSource, ado::Recordset* objRSDest) {
+std::vector<std::string> DebugReport(CJob& objJob, ado::Recordset* objRSSource,
+                                     ado::Recordset* objRSDest) {
   CJobItem& source = objJob.JobSource();
   CJobItem& dest = objJob.JobDest();
-  WriteLogLine(Statement("Quellabfrage:", source, objRSSource));
-  WriteLogLine(FieldBlock("Quellfelder:", objRSSource, objRSDest,
-                          "(Dieses Feld konnte in der Zieltabelle nicht gefunden werden.)"));
-  WriteLogLine(Statement("Zielabfrage:", dest, objRSDest));
-  WriteLogLine(FieldBlock("Zielfelder:", objRSDest, objRSSource,
-                          "(Dieses Feld konnte in der Quelltabelle nicht gefunden werden.)"));
+  std::vector<std::string> blocks;
+  blocks.push_back(Statement("Quellabfrage:", source, objRSSource));
+  blocks.push_back(FieldBlock("Quellfelder:", objRSSource, objRSDest,
+                              "(Dieses Feld konnte in der Zieltabelle nicht gefunden werden.)"));
+  blocks.push_back(Statement("Zielabfrage:", dest, objRSDest));
+  blocks.push_back(FieldBlock("Zielfelder:", objRSDest, objRSSource,
+                              "(Dieses Feld konnte in der Quelltabelle nicht gefunden werden.)"));
   std::string szText = "Feldzuweisungen:\r\n";
   for (const auto& column : dest.Columns()) {
     if (column.TargetColumn.empty() || column.SourceColumn.empty()) continue;
@@ -79,8 +82,13 @@ void CEngine::PrintDebugInfo(CJob& objJob, ado::Recordset* objRSSource, ado::Rec
               " = " + PadRight(" Quelle." + column.SourceColumn, 50 - Length(column.SourceColumn)) +
               "\r\n";
   }
-  WriteLogLine(szText);
+  blocks.push_back(std::move(szText));
   Err().Clear();
+  return blocks;
+}
+
+void CEngine::PrintDebugInfo(CJob& objJob, ado::Recordset* objRSSource, ado::Recordset* objRSDest) {
+  for (const std::string& block : DebugReport(objJob, objRSSource, objRSDest)) WriteLogLine(block);
 }
 
 }  // namespace ketrova

@@ -1,5 +1,6 @@
 #include "platform/script/jscript/js_bridge.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -9,6 +10,7 @@
 
 #include "platform/script/binding.h"
 #include "platform/script/engine.h"
+#include "support/collection.h"
 
 namespace ketrova::script::jscript {
 
@@ -820,11 +822,15 @@ Variant ToVariant(duk_context* ctx, duk_idx_t index) {
   return Variant(ObjectPtr(std::make_shared<JsObject>(heap, ref)));
 }
 
-void DefineMembers(duk_context* ctx, duk_idx_t index, const ObjectPtr& object) {
+void DefineMembers(duk_context* ctx, duk_idx_t index, const ObjectPtr& object,
+                   const std::vector<std::string>& keep) {
   index = duk_normalize_index(ctx, index);
   PushHostTarget(ctx, object);
   duk_idx_t target = duk_get_top_index(ctx);
   for (const std::string& name : object->MemberNames()) {
+    if (std::any_of(keep.begin(), keep.end(),
+                    [&](const std::string& k) { return KeyEquals(k, name); }))
+      continue;
     duk_push_string(ctx, name.c_str());
     duk_push_c_function(ctx, GlobalMemberGet, 0);
     duk_dup(ctx, target);

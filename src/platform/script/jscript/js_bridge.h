@@ -13,6 +13,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "support/object.h"
 #include "support/variant.h"
@@ -42,8 +43,11 @@ void PushVariant(duk_context* ctx, const Variant& value);
 Variant ToVariant(duk_context* ctx, duk_idx_t index);
 
 // Defines the members of `object` as accessors of the object at `index`
-// (the global object), for AddObject with addMembers.
-void DefineMembers(duk_context* ctx, duk_idx_t index, const ObjectPtr& object);
+// (the global object), for AddObject with addMembers. Names in `keep` (the
+// objects added by name) are left alone: a record set's member Source must not
+// hide the object Source.
+void DefineMembers(duk_context* ctx, duk_idx_t index, const ObjectPtr& object,
+                   const std::vector<std::string>& keep);
 
 // Pushes a JS Error for a host failure. `number` is VB's number; JScript
 // sees it as 0x800A0000 | number when it fits a word.

@@ -10,10 +10,12 @@
 // first non-blank character of the line. The build of Duktape that Debian ships
 // has no execution timeout, so Timeout is kept but not enforced; the script
 // host only ever sets -1 (no limit).
+#include <algorithm>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "platform/script/ado_binding.h"
 #include "platform/script/engine.h"
 #include "platform/script/jscript/js_bridge.h"
 #include "support/collection.h"
@@ -105,8 +107,12 @@ class JsEngine : public Engine {
 
   void AddObject(std::string_view name, ObjectPtr object, bool addMembers) override {
     duk_context* ctx = heap_->ctx;
+    object = BindForScript(std::move(object));
+    if (std::none_of(objectNames_.begin(), objectNames_.end(),
+                     [&](const std::string& n) { return KeyEquals(n, name); }))
+      objectNames_.emplace_back(name);
     duk_push_global_object(ctx);
-    if (addMembers && object) jscript::DefineMembers(ctx, -1, object);
+    if (addMembers && object) jscript::DefineMembers(ctx, -1, object, objectNames_);
     duk_push_lstring(ctx, name.data(), name.size());
     jscript::PushVariant(ctx, Variant(std::move(object)));
     duk_def_prop(ctx, -3,
@@ -183,6 +189,7 @@ class JsEngine : public Engine {
   void Reset() override {
     procedures_.clear();
     modules_.clear();
+    objectNames_.clear();
     chunks_.clear();
     heap_.reset();
     Init();
@@ -270,6 +277,7 @@ class JsEngine : public Engine {
   std::vector<std::unique_ptr<Module>> modules_;
   mutable std::map<std::string, std::unique_ptr<Procedure>> procedures_;
   std::vector<std::string> chunks_;
+  std::vector<std::string> objectNames_;  // added by AddObject, in order
   int timeout_ = -1;
 };
 

@@ -1,6 +1,7 @@
 // The VBScript Engine: modules, procedures and errors over the interpreter.
 #include "platform/script/engine.h"
 
+#include "platform/script/ado_binding.h"
 #include "platform/script/vbscript/errors.h"
 #include "platform/script/vbscript/interpreter.h"
 
@@ -39,7 +40,7 @@ class VBScriptEngine : public Engine {
   }
 
   void AddObject(std::string_view name, ObjectPtr object, bool addMembers) override {
-    interp_.AddObject(name, std::move(object), addMembers);
+    interp_.AddObject(name, BindForScript(std::move(object)), addMembers);
   }
 
   std::vector<ProcedureInfo> Procedures(std::string_view module) const override {

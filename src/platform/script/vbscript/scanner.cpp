@@ -218,8 +218,9 @@ class Scanner {
     tokens_.push_back(std::move(t));
   }
 
-  // &Hxxxx, &Oooo and &ooo; a trailing "&" is allowed. Values that fit in 16
-  // bits are Integers (so &HFFFF is -1), in 32 bits Longs.
+  // &Hxxxx, &Oooo and &ooo. Values that fit in 16 bits are Integers (so
+  // &HFFFF is -1), in 32 bits Longs; a trailing "&" makes a Long (&HFFFF& is
+  // 65535).
   void ScanRadix(int line, int column) {
     ++pos_;
     int radix = 8;
@@ -247,12 +248,13 @@ class Scanner {
       ++digits;
     }
     if (digits == 0) RaiseCompileError(kErrSyntax, line, column);
-    if (Peek(0) == '&') ++pos_;
+    bool asLong = Peek(0) == '&';
+    if (asLong) ++pos_;
     Token t;
     t.kind = TokenKind::kNumber;
     t.line = line;
     t.column = column;
-    if (value <= 0xFFFF)
+    if (value <= 0xFFFF && !asLong)
       t.value = Variant::Integer(static_cast<std::int16_t>(static_cast<std::uint16_t>(value)));
     else
       t.value = Variant::Long(static_cast<std::int32_t>(static_cast<std::uint32_t>(value)));

@@ -1,0 +1,135 @@
+// Conversion scripts on real record sets: a SQLite file through the SQLite3
+// ODBC driver, the source read forward-only, the target written in a batch,
+// in both languages through the script control, as a job runs them.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "platform/ado/connection.h"
+#include "platform/ado/recordset.h"
+#include "platform/script/script_control.h"
+
+namespace ketrova::script {
+namespace {
+
+namespace fs = std::filesystem;
+
+class RecordScripts : public ::testing::TestWithParam<std::string> {
+ protected:
+  void SetUp() override {
+    std::string pattern = (fs::temp_directory_path() / "ketrova-records-XXXXXX").string();
+    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+    folder_ = pattern;
+    db_ = std::make_shared<ado::Connection>();
+    db_->Open("Driver={SQLite3};Database=" + (folder_ / "test.db").string());
+    db_->Execute("CREATE TABLE Kunden (ID INTEGER PRIMARY KEY, Name VARCHAR(40), Ort VARCHAR(40))");
+    db_->Execute("INSERT INTO Kunden VALUES (1, 'Müller-Lüdenscheidt', 'Köln')");
+    db_->Execute("INSERT INTO Kunden VALUES (2, 'Ökonom', NULL)");
+    db_->Execute("CREATE TABLE Ziel (Nr INTEGER PRIMARY KEY, Name VARCHAR(5), Ort VARCHAR(40))");
+    control_.SetLanguage(GetParam());
+  }
+  void TearDown() override {
+    db_->Close();
+    fs::remove_all(folder_);
+  }
+  bool VB() const { return GetParam() == "VBScript"; }
+
+  // The job's loop: per source record AddNew, txConvertMain, Update.
+  void Convert(const std::string& script) {
+    auto source = std::make_shared<ado::Recordset>();
+    source->Open("SELECT ID, Name, Ort FROM Kunden ORDER BY ID", Variant(ObjectPtr(db_)));
+    auto target = std::make_shared<ado::Recordset>();
+    target->Open("SELECT * FROM Ziel", Variant(ObjectPtr(db_)), ado::adOpenKeyset,
+                 ado::adLockBatchOptimistic);
+    control_.AddObject("Source", source, true);
+    control_.AddObject("Destination", target, true);
+    control_.AddObject("SourceConnection", db_, true);
+    control_.Modules().Add("zsModuleConvertMain").AddCode(script);
+    ProcedureHandle main = control_.FindProcedure("zsModuleConvertMain", "txConvertMain");
+    ASSERT_NE(main, nullptr);
+    for (; !source->Eof(); source->MoveNext()) {
+      target->AddNew();
+      control_.Call(main, {});
+      target->Update();
+    }
+    target->UpdateBatch();
+    target->Close();
+    source->Close();
+  }
+  std::string Rows() {
+    auto rs = db_->Execute("SELECT Nr, Name, Ort FROM Ziel ORDER BY Nr");
+    std::string out;
+    for (; !rs->Eof(); rs->MoveNext())
+      for (const auto& f : rs->GetFields())
+        out += (f->Value().IsNull() ? "Null" : f->Value().ToText()) +
+               (f->Name() == "Ort" ? "\n" : ";");
+    return out;
+  }
+
+  fs::path folder_;
+  ado::ConnectionPtr db_;
+  ScriptControl control_;
+};
+
+// The generated script: VBScript cuts text to the target's size, JScript
+// never does (and its uncut lines carry two semicolons).
+TEST_P(RecordScripts, GeneratedScriptCopiesTheRecords) {
+  Convert(VB() ? "Function txConvertMain()\r\n"
+                 "\tDestination.Fields(\"Nr\") = Source.Fields(\"ID\")\r\n"
+                 "\tDestination.Fields(\"Name\") = Left(Source.Fields(\"Name\"),5)\r\n"
+                 "\tDestination.Fields(\"Ort\") = Left(Source.Fields(\"Ort\"),40)\r\n"
+                 "End Function\r\n"
+               : "function txConvertMain()\r\n{\r\n"
+                 "\tDestination.Fields(\"Nr\").Value = Source.Fields(\"ID\").Value;;\r\n"
+                 "\tDestination.Fields(\"Name\").Value = Source.Fields(\"Name\").Value;\r\n"
+                 "\tDestination.Fields(\"Ort\").Value = Source.Fields(\"Ort\").Value;\r\n"
+                 "}\r\n");
+  EXPECT_EQ(Rows(),
+            VB() ? "1;Mülle;Köln\n2;Ökono;Null\n" : "1;Müller-Lüdenscheidt;Köln\n2;Ökonom;Null\n");
+}
+
+// A hand-written script: the default members (rs("x")), Null tests, a
+// statement of its own over the connection, and the record set's state.
+TEST_P(RecordScripts, HandWrittenScriptUsesConnectionAndFieldMembers) {
+  Convert(
+      VB()
+          ? "Function txConvertMain()\r\n"
+            "  Dim n : n = SourceConnection.Execute(\"SELECT COUNT(*) FROM Kunden\")(0)\r\n"
+            "  Destination(\"Nr\") = Source(\"ID\") * 10\r\n"
+            "  Destination.Fields(\"Name\").Value = n & Source.Fields.Count & "
+            "Destination.EditMode\r\n"
+            "  If IsNull(Source(\"Ort\")) Then Destination(\"Ort\") = \"?\" Else _\r\n"
+            "    Destination(\"Ort\") = UCase(Source.Fields(\"Ort\").Name & Source(\"Ort\"))\r\n"
+            "End Function\r\n"
+          : "function txConvertMain() {\r\n"
+            "  var n = SourceConnection.Execute('SELECT COUNT(*) FROM Kunden').Fields(0).Value;\r\n"
+            "  Destination.Fields('Nr').Value = Source.Fields('ID').Value * 10;\r\n"
+            "  Destination.Fields('Name').Value = '' + n + Source.Fields.Count + "
+            "Destination.EditMode;\r\n"
+            "  var ort = Source.Fields('Ort');\r\n"
+            "  Destination.Fields('Ort').Value = ort.Value === null ? '?' :\r\n"
+            "    (ort.Name + ort.Value).toUpperCase();\r\n"
+            "}\r\n");
+  EXPECT_EQ(Rows(), "10;232;ORTKÖLN\n20;232;?\n");
+}
+
+// A failing field write is a run-time error of the script with its line.
+TEST_P(RecordScripts, UnknownFieldFailsWithTheScriptLine) {
+  EXPECT_ANY_THROW(Convert(VB() ? "Function txConvertMain()\r\n"
+                                  "  Destination(\"Nr\") = 1\r\n"
+                                  "  Destination(\"Gibtsnicht\") = 1\r\n"
+                                  "End Function\r\n"
+                                : "function txConvertMain() {\r\n"
+                                  "  Destination.Fields('Nr').Value = 1;\r\n"
+                                  "  Destination.Fields('Gibtsnicht').Value = 1;\r\n"
+                                  "}\r\n"));
+  EXPECT_EQ(control_.Error().Number, 3265);
+  EXPECT_EQ(control_.Error().Line, 3);
+}
+
+INSTANTIATE_TEST_SUITE_P(Languages, RecordScripts, ::testing::Values("VBScript", "JScript"),
+                         [](const auto& info) { return info.param; });
+
+}  // namespace
+}  // namespace ketrova::script
