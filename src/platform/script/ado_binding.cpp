@@ -329,9 +329,15 @@ class ConnectionView : public BoundObject<ConnectionView>, public ScriptView {
 
 }  // namespace
 
+// By exact type: this runs for every object a bound member answers, and a
+// type comparison is far cheaper than a dynamic_cast.
+bool NeedsScriptView(const Object& object) {
+  const std::type_info& type = typeid(object);
+  return type == typeid(ado::Recordset) || type == typeid(ado::Connection) ||
+         type == typeid(ado::Fields) || type == typeid(ado::Field);
+}
+
 ObjectPtr BindForScript(ObjectPtr object) {
-  // By exact type: this runs for every object a bound member answers, and a
-  // type comparison is far cheaper than a dynamic_cast.
   if (!object) return object;
   const std::type_info& type = typeid(*object);
   if (type == typeid(ado::Recordset))

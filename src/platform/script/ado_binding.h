@@ -15,6 +15,9 @@
 
 namespace ketrova::script {
 
+// Whether the object is one of the ado classes that scripts see through a view.
+bool NeedsScriptView(const Object& object);
+
 // The script view of an ado object; any other object (and a view) unchanged.
 ObjectPtr BindForScript(ObjectPtr object);
 

@@ -163,7 +163,8 @@ class MemberTable {
   // A record set, connection or field a member answers reaches scripts as
   // its script view.
   static Variant ForScript(Variant v) {
-    if (v.IsObject() && !v.IsNothing()) return Variant(BindForScript(v.AsObject()));
+    if (v.IsObject() && v.AsObject() && NeedsScriptView(*v.AsObject()))
+      return Variant(BindForScript(v.AsObject()));
     return v;
   }
 
@@ -180,8 +181,8 @@ class MemberTable {
     if (static_cast<int>(own) < e.minArgs) throw VbError(450);
     Variant target = e.get(self, args.first(own));
     if (!target.IsObject() || target.IsNothing()) throw VbError(put && !e.put ? 438 : 450);
-    ObjectPtr object = BindForScript(target.AsObject());
-    return ForScript(object->Invoke(kDispIdValue, kind, args.subspan(own)));
+    target = ForScript(std::move(target));
+    return ForScript(target.AsObject()->Invoke(kDispIdValue, kind, args.subspan(own)));
   }
 
   std::vector<Entry> entries_;
