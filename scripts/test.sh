@@ -12,8 +12,8 @@ build=${KETROVA_BUILD_DIR:-build}
 if [ -x scripts/test-servers.sh ]; then
   # shellcheck source=/dev/null
   source scripts/test-servers.sh
-  start_test_servers
   trap stop_test_servers EXIT
+  start_test_servers
 fi
 
 ctest --test-dir "$build" --output-on-failure -j "$(nproc)" --timeout 600

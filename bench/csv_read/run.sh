@@ -39,9 +39,11 @@ t1=$(now)
 p_sec=$(sed -E 's/.*seconds=([0-9.]+).*/\1/' <<<"$provider")
 p_rss=$(sed -E 's/.*max_rss_kb=([0-9]+).*/\1/' <<<"$provider")
 s_rss=$(sed -E 's/.*max_rss_kb=([0-9]+).*/\1/' <<<"$small")
-i_sec=$(echo "$t1 - $t0" | bc -l)
+# Arithmetic in awk, which every Debian has (bc is not installed by default).
+calc() { awk "BEGIN { printf \"$1\", $2 }"; }
+i_sec=$(calc %.3f "$t1 - $t0")
 echo "text provider:  $provider"
 echo "tenth of it:    $small"
-printf 'sqlite3 .import: seconds=%.3f\n' "$i_sec"
-printf 'ratio provider / .import: %.2f\n' "$(echo "$p_sec / $i_sec" | bc -l)"
-printf 'memory, full file / tenth: %.2f\n' "$(echo "$p_rss / $s_rss" | bc -l)"
+echo "sqlite3 .import: seconds=$i_sec"
+echo "ratio provider / .import: $(calc %.2f "$p_sec / $i_sec")"
+echo "memory, full file / tenth: $(calc %.2f "$p_rss / $s_rss")"

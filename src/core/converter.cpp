@@ -287,40 +287,51 @@ bool CConverter::SelectDatabase(CDatabase& objDataBase) {
 }
 
 bool CConverter::SelectDatabaseSource() {
-  ui::UserInterface& ui = ui::Current();
   ConverterDialogs* dialogs = CurrentConverterDialogs();
   bool confirmed = dialogs && dialogs->SelectDatabase(*this, dbdSource, *sourceDataBase_);
   if (!confirmed) return false;
-  ui.DoEvents();
+  ui::Current().DoEvents();
+  ApplyDatabaseSource(true);
+  return true;
+}
+
+std::string CConverter::ApplyDatabaseSource(bool bShowError) {
+  ui::UserInterface& ui = ui::Current();
   jobs_->Clear();
   logs_->Clear();
   scriptModules_->Clear();
   sourceDataBase_->Objects().Clear();
   std::string error = sourceDataBase_->Reload(true, true);
-  if (!error.empty())
-    ui.MsgBox(error, ui::vbOKOnly, ProductName());
-  else
+  if (!error.empty()) {
+    if (bShowError) ui.MsgBox(error, ui::vbOKOnly, ProductName());
+  } else {
     sourceDataBase_->CopyDataBaseObjectsToJobs();
+  }
   ui.DoEvents();
   UpdateJobTargets(true);
-  return true;
+  return error;
 }
 
 bool CConverter::SelectDatabaseDest() {
-  ui::UserInterface& ui = ui::Current();
   ConverterDialogs* dialogs = CurrentConverterDialogs();
   bool confirmed = dialogs && dialogs->SelectDatabase(*this, dbdTarget, *destDataBase_);
   if (!confirmed) return false;
-  ui.DoEvents();
+  ui::Current().DoEvents();
+  ApplyDatabaseDest(true);
+  return true;
+}
+
+std::string CConverter::ApplyDatabaseDest(bool bShowError) {
   destDataBase_->Objects().Clear();
   std::string error = destDataBase_->Reload(true, true);
   if (error.empty() && destDataBase_->DatabaseTypeNative() == dbtOutlook)
     for (CJob& job : *jobs_) destDataBase_->CopyOutlookObjectsToTargetJobs(job);
-  if (!error.empty())
-    ui.MsgBox(error, ui::vbOKOnly, ProductName());
-  else
+  if (!error.empty()) {
+    if (bShowError) ui::Current().MsgBox(error, ui::vbOKOnly, ProductName());
+  } else {
     UpdateJobTargets(true);
-  return true;
+  }
+  return error;
 }
 
 void CConverter::UpdateJobTargets(bool bSetType) {

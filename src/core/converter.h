@@ -97,6 +97,13 @@ class CConverter {
   bool SelectDatabase(CDatabase& objDataBase);
   bool SelectDatabaseSource();
   bool SelectDatabaseDest();
+  // What follows a confirmed store dialog, for callers without one: the
+  // source's catalogue is read anew and one job made per table or view (all
+  // jobs and modules are dropped first); the destination's catalogue is read
+  // anew and the jobs' targets re-aimed. "" or the store's error text, which
+  // is also shown in a message box with bShowError.
+  std::string ApplyDatabaseSource(bool bShowError);
+  std::string ApplyDatabaseDest(bool bShowError);
   // Whether a project was saved or loaded; otherwise offers to make one.
   bool HasProject();
   // Puts the skeleton of txOnStart / txOnEnd in front of the script unless it

@@ -1,47 +1,103 @@
 // CEngine: one run of a project, from the project file to the closing report.
 // The run dialog makes a fresh one for every press of its start button, hands
-// it the project and three display controls, calls Execute and reads
-// ErrorCount and LogfileName afterwards. Declared here with its members; the
-// run itself is filled with the engine's own work.
+// it the project and three display controls, calls Execute once and reads
+// ErrorCount and LogfileName afterwards.
+//
+// The run is split over four files: the driver (engine.cpp: stores, start and
+// end scripts, the job loop, the log frames), one job (job_execution.cpp),
+// the script host's set-up (script_setup.cpp) and the report of a failed
+// record (debug_report.cpp). Failures never leave Execute as exceptions: they
+// end in its text result and in the log beside the project.
+//
+// The display controls are optional late-bound objects: the two progress bars
+// take Min, Max, Value and Visible, EditInfo takes Text, Visible and Refresh.
+// A null control is simply not shown. Interface thread only; Cancel is set by
+// the dialog during the yields of the record loop.
 #pragma once
 
 #include <cstdint>
 #include <memory>
 #include <string>
 
+#include "engine/run_log.h"
 #include "engine/session.h"
 #include "support/object.h"
 
 namespace ketrova {
 
+namespace ado {
+class Recordset;
+}  // namespace ado
+namespace script {
+class ScriptControl;
+}  // namespace script
+
 class CConverter;
+class CJob;
 
 class CEngine {
  public:
-  CEngine() : runtime_(std::make_shared<CRuntime>()) {}
+  CEngine();
+  ~CEngine();
+  CEngine(const CEngine&) = delete;
+  CEngine& operator=(const CEngine&) = delete;
 
-  // Display controls (Min, Max, Value, Visible / Text), set by the dialog.
   ObjectPtr ProgressBar;
   ObjectPtr ProgressBarTotal;
   ObjectPtr EditInfo;
+  // The project being run; when Execute loads a file, the engine owns it.
   CConverter* Converter = nullptr;
   std::int32_t ErrorCount() const { return errorCount_; }
   const std::string& LogfileName() const { return logfileName_; }
   // -1 for true, as the program's truth values are.
   std::int32_t Cancel = 0;
   const std::shared_ptr<CRuntime>& Runtime() const { return runtime_; }
+  script::ScriptControl& ScriptHost() { return *scriptHost_; }
 
-  // The last error text of the run, "" for a clean one. Until the run is
-  // filled in it answers "" and runs nothing.
-  std::string Execute(std::string& szFileName) {
-    (void)szFileName;
-    return {};
-  }
+  // Runs the project: the one in `szFileName`, or Converter as it stands when
+  // the name is empty. The last error text of the run, "" for a clean one.
+  std::string Execute(std::string& szFileName);
+
+  // Writes the failing record of `objJob` into the log: both statements, the
+  // fields of both record sets with their values, and the assignments. A
+  // field or record set that cannot be read is left out.
+  void PrintDebugInfo(CJob& objJob, ado::Recordset* objRSSource, ado::Recordset* objRSDest);
+  // The text of the script host's current error, which is then cleared.
+  std::string GetScriptError(const std::string& szObject, const std::string& szScript);
+  // Adds SetIdentKey and SetRecordCount (VBScript text whatever the language)
+  // to the global module; raises what the host raises.
+  void WriteScriptFunctions();
 
  private:
+  // One job's run with its working state (job_execution.cpp).
+  class JobRun;
+  std::string DoExecute(CJob& objJob);
+  std::string AddScriptCode(const std::string& szStep, const std::string& szCode);
+  std::string ConfigureScripting(const std::string& szName);
+  void ShowStatus(const std::string& szText);
+  // inWhat: 0 Min, 1 Max, 2 Value; anything else does nothing.
+  void SetProgressTotal(int inWhat, double inValue);
+  void SetProgressRecord(int inWhat, double inValue);
+  void SetProgressVisible(bool bVisible);
+  bool OpenLogFile();
+  void CloseLogFile() { log_.Close(); }
+  void WriteLogLine(const std::string& szText) { log_.WriteLine(szText); }
+  // The closing part of Execute: log closed, bars hidden, stores inactive.
+  void FinishRun();
+
   std::shared_ptr<CRuntime> runtime_;
+  std::unique_ptr<CConverter> ownConverter_;
+  std::string projectFileName_;
   std::string logfileName_;
+  RunLog log_;
+  std::int32_t maxRecords_ = 0;
+  std::int32_t currentRecord_ = 0;
   std::int32_t errorCount_ = 0;
+  std::unique_ptr<script::ScriptControl> scriptHost_;
+  std::shared_ptr<ado::Recordset> rsSourceCount_;
+  std::shared_ptr<ado::Recordset> rsDestination_;
+  std::shared_ptr<ado::Recordset> rsDestinationCount_;
+  ObjectPtr scriptHostObject_;
 };
 
 }  // namespace ketrova

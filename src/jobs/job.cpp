@@ -166,17 +166,4 @@ void CJob::RefreshKeyBrackets() {
   jobDest_->RefreshKeyFieldBracket();
 }
 
-std::string CJob::GenerateScript(std::string& szError) {
-  szError.clear();
-  return {};
-}
-
-std::string CJob::GenerateScriptFilterUserDefined() {
-  return {};
-}
-
-std::string CJob::GenerateScriptDestinationUpdate() {
-  return {};
-}
-
 }  // namespace ketrova

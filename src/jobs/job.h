@@ -70,10 +70,12 @@ class CJob {
   void CopyColumns(bool bSource2Target);
   void RefreshKeyBrackets();
 
-  // Generation of statements and scripts; filled with their own work. Until
-  // then they answer "".
+  // Writes txConvertMain from the mapping into Script and answers it; "" with
+  // szError set on failure, "" and nothing touched when ScriptUserDefined.
   std::string GenerateScript(std::string& szError);
+  // The frame of txSQLSearchResult, kept as the target's search script.
   std::string GenerateScriptFilterUserDefined();
+  // The frame of txSQLDestinationUpdate; not stored.
   std::string GenerateScriptDestinationUpdate();
   // One INSERT or UPDATE statement from the current record of the source.
   std::string GenerateUpdateInsertSQLFieldValues(ado::Recordset& objRSSource, bool bInsert,

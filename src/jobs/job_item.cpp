@@ -1,12 +1,17 @@
 #include "jobs/job_item.h"
 
 #include "core/converter.h"
+#include "core/error_text.h"
 #include "core/project_values.h"
 #include "core/xml_document.h"
 #include "core/xml_node.h"
+#include "jobs/job.h"
+#include "platform/ado/fields.h"
+#include "platform/ado/recordset.h"
 #include "stores/database.h"
 #include "stores/field_types.h"
 #include "support/text.h"
+#include "support/vb_error.h"
 
 namespace ketrova {
 
@@ -25,7 +30,9 @@ std::string Unescaped(const std::string& text) {
 }  // namespace
 
 CJobItem::CJobItem()
-    : columns_(std::make_unique<CJobItemColumns>()), filters_(std::make_unique<CJobItemFilters>()) {
+    : Recordset(std::make_shared<ado::Recordset>()),
+      columns_(std::make_unique<CJobItemColumns>()),
+      filters_(std::make_unique<CJobItemFilters>()) {
   Clear();
 }
 
@@ -169,13 +176,97 @@ std::int32_t CJobItem::GetColumnFieldType(const std::string& szColumnName) const
   return column ? column->FieldType : kFieldTypeUnknown;
 }
 
-bool CJobItem::OpenRecordSet(std::int32_t, bool, const std::string&) {
-  ClearError();
-  return false;
+bool CJobItem::ValidRecordset() const {
+  try {
+    return Recordset && Recordset->State() > ado::adStateClosed && !Recordset->Eof();
+  } catch (...) {
+    return false;
+  }
 }
 
-bool CJobItem::ReloadColumns(bool, std::int32_t) {
-  return false;
+bool CJobItem::OpenRecordSet(std::int32_t inMaxRecords, bool bForInsert,
+                             const std::string& szUserSQL) {
+  ClearError();
+  CloseRecordset(Recordset.get());
+  std::string sql;
+  try {
+    if (!Converter) throw VbError(91);
+    // The project's store of the direction: a side's own store is for editing only.
+    CDatabase& store =
+        Direction == jidSource ? Converter->SourceDataBase() : Converter->DestDataBase();
+    if (!store.Active() && !store.OnTransaction()) {
+      store.SetActive(true);
+      if (!store.LastErrorMessage().empty())
+        throw VbError(store.ErrorNumber(), store.LastErrorMessage(), "Database");
+    }
+    if (store.DatabaseTypeNative() == dbtOutlook) {
+      sql = GetFilter({});
+      store.RecordSetOpen(Recordset, sql, ItemObjectName, inMaxRecords, ado::adOpenKeyset,
+                          ado::adLockOptimistic);
+      return true;
+    }
+    if (!Recordset) Recordset = std::make_shared<ado::Recordset>();
+    Recordset->SetActiveConnection(nullptr);
+    Recordset->SetActiveConnection(store.Connection);
+    if (bForInsert) {
+      std::string error;
+      sql = GenerateSQLInsertRecord(error);
+      if (!error.empty()) throw VbError(1000, error, "JobItem");
+      Recordset->Open(Variant(sql), Variant::Missing(), ado::adOpenKeyset, ado::adLockOptimistic,
+                      -1);
+      Recordset->AddNew();
+    } else {
+      sql = szUserSQL.empty() ? GetSourceSQL() : szUserSQL;
+      if (inMaxRecords > 0) Recordset->SetMaxRecords(inMaxRecords);
+      Recordset->Open(Variant(sql), Variant::Missing(), ado::adOpenKeyset, ado::adLockOptimistic,
+                      -1);
+    }
+    return true;
+  } catch (...) {
+    SetPendingError(std::current_exception());
+    LastErrorNumber = Err().Number;
+    LastErrorMessage = BuildErrorText(1, std::string(), std::string()) + "\r\nSQL:\r\n" + sql;
+    Err().Clear();
+    return false;
+  }
+}
+
+bool CJobItem::ReloadColumns(bool bReload, std::int32_t inMaxRecords) {
+  try {
+    columns_->Clear();
+    if (bReload && !OpenRecordSet(inMaxRecords, false)) return false;
+    if (!Recordset || Recordset->GetFields().Count() == 0) return false;
+    CDatabase* database = Database();
+    if (!database) throw VbError(91);
+    columns_->Clear();
+    ado::Fields& fields = Recordset->GetFields();
+    for (std::int32_t i = 0; i < fields.Count(); ++i) {
+      const ado::Field& field = fields.Item(i);
+      CJobItemColumn& column = columns_->Add();
+      if (Direction == jidSource) {
+        column.SourceColumn = field.Name();
+      } else if (Job) {
+        // Equal names make a first mapping by themselves.
+        if (const CJobItemColumn* fed = Job->JobSource().ColumnByName(field.Name()))
+          column.SourceColumn = fed->Name;
+      }
+      column.TargetColumn = database->ValidColumnName(MakeIdentifier(field.Name()));
+      column.DisplayName = column.TargetColumn;
+      column.Name = field.Name();
+      column.FieldType = field.Type();
+      Variant unused;
+      column.Quote = GetFieldDefault(column.FieldType, unused);
+    }
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
+
+void CJobItem::ColumnsToList(std::vector<std::string>& objList, bool bInsertFirstBlank) const {
+  objList.clear();
+  if (bInsertFirstBlank) objList.emplace_back();
+  for (const CJobItemColumn& column : *columns_) objList.push_back(column.Name);
 }
 
 void CJobItem::ClearError() {

@@ -12,6 +12,7 @@
 #include <memory>
 #include <pugixml.hpp>
 #include <string>
+#include <vector>
 
 #include "core/enums.h"
 #include "jobs/job_item_columns.h"
@@ -88,11 +89,21 @@ class CJobItem {
   // The type of the column with that name, 13 when there is none.
   std::int32_t GetColumnFieldType(const std::string& szColumnName) const;
 
-  // Record access of the side; filled with statement generation and the
-  // engine. Until then OpenRecordSet and ReloadColumns answer false.
+  // Whether Recordset is open and not at its end.
+  bool ValidRecordset() const;
+  // Opens Recordset through the project's store of the direction (opening the
+  // store when needed): on szUserSQL, else the source statement, or with
+  // bForInsert on the target's open statement followed by AddNew. False with
+  // LastErrorNumber and LastErrorMessage (ending in "SQL:" and the statement)
+  // on failure; never raises.
   bool OpenRecordSet(std::int32_t inMaxRecords = 0, bool bForInsert = false,
                      const std::string& szUserSQL = {});
+  // Rebuilds Columns from the record set's fields, opening it first with
+  // bReload. A target column takes the source column of the same name as its
+  // SourceColumn. False when nothing could be read.
   bool ReloadColumns(bool bReload, std::int32_t inMaxRecords = 0);
+  // The columns' names into a list, after one blank entry when asked.
+  void ColumnsToList(std::vector<std::string>& objList, bool bInsertFirstBlank = false) const;
   void ClearError();
   // Lets the side use a store of its own, which it then owns.
   std::string ChangeDataBase(std::unique_ptr<CDatabase> vValue, bool bShowWorkForm);

@@ -6,6 +6,9 @@
 #include "core/project_values.h"
 #include "core/xml_node.h"
 #include "jobs/jobs.h"
+#include "platform/ado/connection.h"
+#include "platform/ado/recordset.h"
+#include "stores/odbc_sources.h"
 #include "support/files.h"
 #include "support/text.h"
 
@@ -33,18 +36,12 @@ bool Contains(const std::string& haystack, std::string_view needle) {
   return FindString(needle, haystack) > 0;
 }
 
-// A value of a DSN's entry in the ODBC configuration; the default until the
-// registry stand-in is read here.
-std::string OdbcDsnValue(const std::string& dsn, const std::string& name,
-                         const std::string& defaultValue) {
-  (void)dsn;
-  (void)name;
-  return defaultValue;
-}
-
 }  // namespace
 
-CDatabase::CDatabase() : objects_(std::make_unique<CDatabaseObjects>()) {
+CDatabase::CDatabase()
+    : Connection(std::make_shared<ado::Connection>()),
+      Recordset(std::make_shared<ado::Recordset>()),
+      objects_(std::make_unique<CDatabaseObjects>()) {
   objects_->Database = this;
 }
 
@@ -90,9 +87,9 @@ std::string CDatabase::ConnectionString() {
         if (DatabaseTypeNative(s) == dbtParadox) {
           s = "Provider=MSDASQL;Persist Security Info=False;Data Source=" + DataSourceName +
               ";Extended Properties=\";DSN=" + DataSourceName +
-              ";DBQ=" + OdbcDsnValue(DataSourceName, "DefaultDir", "") +
-              ";FIL=" + OdbcDsnValue(DataSourceName, "FIL", "") +
-              ";MaxBufferSize=" + OdbcDsnValue(DataSourceName, "MaxBufferSize", "500") +
+              ";DBQ=" + GetODBCRegistryValue(DataSourceName, "DefaultDir", "") +
+              ";FIL=" + GetODBCRegistryValue(DataSourceName, "FIL", "") +
+              ";MaxBufferSize=" + GetODBCRegistryValue(DataSourceName, "MaxBufferSize", "500") +
               ";PageTimeout=600\"";
         }
       }
@@ -182,7 +179,16 @@ bool CDatabase::IsFileBased() {
 
 std::int32_t CDatabase::DatabaseTypeNative(const std::string& szConnection) {
   std::string text = szConnection.empty() ? ConnectionString() : szConnection;
-  switch (GetDatabaseTypeFromConnectString(text, 2)) {
+  // Statements ask for the type per record; the look-up in the ODBC
+  // configuration is made once per text until the store opens again.
+  auto known = nativeTypes_.find(text);
+  if (known != nativeTypes_.end()) return known->second;
+  if (nativeTypes_.size() > 16) nativeTypes_.clear();
+  return nativeTypes_[text] = NativeTypeOfCode(GetDatabaseTypeFromConnectString(text, 2));
+}
+
+std::int32_t CDatabase::NativeTypeOfCode(std::int32_t code) {
+  switch (code) {
     case -1:
       return dbtUndefined;
     case 0:
@@ -270,57 +276,10 @@ std::string CDatabase::Load(const std::string& szTreeNode, pugi::xml_node objNod
   return objects_->Load(szTreeNode + "/Objects");
 }
 
-void CDatabase::SetActive(bool value) {
-  active_ = value;
-  if (!value) onTransaction_ = false;
-}
-
-std::string CDatabase::Reload(bool, bool) {
-  return {};
-}
-
-std::string CDatabase::VerifyTables(bool, bool) {
-  return {};
-}
-
-CDatabaseObject* CDatabase::ObjectByName(const std::string& szObjectName, std::string& szError,
-                                         bool bSearchInSource,
-                                         std::unique_ptr<CDatabaseObject>* clone) {
-  szError.clear();
-  try {
-    bool fileBased = IsFileBased();
-    std::string wanted = szObjectName;
-    if (!fileBased) CheckTableName(wanted, true);
-    wanted = MakeIdentifier(wanted);
-    for (CDatabaseObject& object : *objects_) {
-      std::string name = object.Name;
-      if (!fileBased) CheckTableName(name, true);
-      if (!IsEqual(MakeIdentifier(name), wanted)) continue;
-      if (object.Fields().Count() == 0) szError = object.LoadColumns();
-      return &object;
-    }
-    if (DatabaseDirection == dbdTarget && bSearchInSource && Converter &&
-        &Converter->SourceDataBase() != this) {
-      CDatabaseObject* found =
-          Converter->SourceDataBase().ObjectByName(szObjectName, szError, false);
-      if (szError.empty() && found && clone) {
-        *clone = found->Clone();
-        return clone->get();
-      }
-    }
-  } catch (...) {
-  }
-  return nullptr;
-}
-
 std::string CDatabase::ValidColumnName(const std::string& szColumnName) const {
   if (Upper(szColumnName) == "TYP") return "TYP_Field";
   return szColumnName;
 }
-
-void CDatabase::CopyDataBaseObjectsToJobs() {}
-
-void CDatabase::CopyOutlookObjectsToTargetJobs(CJob&, bool) {}
 
 std::string GetConnectStringPart(std::string& szConnection, int inPart) {
   szConnection = Upper(szConnection);
@@ -378,8 +337,12 @@ std::int32_t GetDatabaseTypeFromConnectString(std::string szConnection, std::int
   if (szConnection.empty()) return result;
   std::string text = GetConnectStringPart(szConnection, 1);
   if (text.empty()) return result;
-  // A DSN's driver description is looked up in the ODBC configuration once the
-  // registry stand-in is read here; until then the name itself is examined.
+  // A data source name stands for its driver's description.
+  std::string driverDescription = ODBCDataSourceDriver(text);
+  if (!driverDescription.empty()) {
+    text = driverDescription;
+    whole += " " + driverDescription;
+  }
   std::string extension = FileExtension(text);
   if (extension == "DBF" || extension == "DB") result = 5;
   if (extension == "MDB") result = 2;

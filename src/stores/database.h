@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <pugixml.hpp>
 #include <string>
@@ -24,6 +25,9 @@ class Recordset;
 
 class CConverter;
 class CJob;
+class LabelControl;
+class ListControl;
+class ProgressBarControl;
 
 class CDatabase {
  public:
@@ -58,6 +62,8 @@ class CDatabase {
   bool OnTransaction() const { return onTransaction_; }
   const std::string& ColBracketLeft() const { return colBracketLeft_; }
   const std::string& ColBracketRight() const { return colBracketRight_; }
+  // Sets both brackets by the native type; each successful open runs it.
+  void SetColBrackets();
 
   // The connection string built from the parameters and the type.
   std::string ConnectionString();
@@ -72,6 +78,9 @@ class CDatabase {
   std::string CheckTableName(std::string& szObjectName, bool bCut) const;
   bool CanUseConnection() const;
   bool IsFileBased();
+  // True for the stores that take SQL of their own: ODBC, MySQL, Oracle,
+  // Interbase, SQL Server and Access, by the declared type.
+  bool IsSQLStore() const;
   // The type the connection string leads to (the argument, else the string
   // built from the parameters).
   std::int32_t DatabaseTypeNative(const std::string& szConnection = {});
@@ -81,15 +90,23 @@ class CDatabase {
   // Reads the store element at `szTreeNode` (below `objNode`); "" or an error text.
   std::string Load(const std::string& szTreeNode, pugi::xml_node objNode);
 
-  // Whether the connection is open. Opening is record access's work; until it
-  // is there, setting Active changes only the flag.
-  bool Active() const { return active_; }
+  // Whether the store is open. Setting it true opens the connection (the
+  // first open of any store registers the file providers); a failure lands in
+  // ErrorNumber and LastErrorMessage, which a later success leaves standing.
+  bool Active() const;
   void SetActive(bool value);
 
-  // The catalogue members; filled by the schema analysis. Until then Reload
-  // and VerifyTables answer "" and read nothing.
-  std::string Reload(bool bShowWorkForm = false, bool bShowErrors = false);
-  std::string VerifyTables(bool bShowWorkForm = false, bool bShowErrors = false);
+  // Reads the store's tables and views with their columns into Objects,
+  // without clearing it first; a table whose columns cannot be read is logged
+  // and left out. "" or the error text; a failed open answers LastErrorMessage.
+  std::string Reload(bool bShowWorkForm = false, bool bShowErrors = false,
+                     ProgressBarControl* objProgressBar = nullptr,
+                     LabelControl* objLabel = nullptr);
+  // On a destination: creates the source's tables that it lacks, then reads
+  // its schema again. "" or the error text; a source store does nothing.
+  std::string VerifyTables(bool bShowWorkForm = false, bool bShowErrors = false,
+                           ProgressBarControl* objProgressBar = nullptr,
+                           LabelControl* objLabel = nullptr);
   // The catalogue object whose name matches by IsEqual after MakeIdentifier (and
   // CheckTableName with bCut on stores that are not file based); on a target
   // with `bSearchInSource`, a clone of the source's object. Null when none; a
@@ -124,15 +141,34 @@ class CDatabase {
   // `szTableName` is the source name in, the destination's name out.
   std::string CreateTableFromSource(std::string& szTableName);
 
+  // Fills the list with the names of the objects of a type (tables 1, views
+  // 2, all for jitUndefined), their Index as item data; reads the schema first
+  // when the catalogue is empty.
+  void DatabaseObjectsToList(ListControl& objList, std::int32_t inType);
+  // Run on the source: replaces all jobs by one per catalogue object.
   void CopyDataBaseObjectsToJobs();
-  void CopyOutlookObjectsToTargetJobs(CJob& objJob, bool bShowWorkForm = false);
+  // Fills the destination columns of the job from the first folder.
+  void CopyOutlookObjectsToTargetJobs(CJob& objJob, bool bShowWorkForm = false,
+                                      ProgressBarControl* ProgressBar = nullptr);
 
  private:
+  void Open();
+  void Close();
+  void OpenOutlook();
+  std::string OpenOutlookRecordset(const std::string& szObjectName, std::int32_t inRecordCount,
+                                   std::shared_ptr<ado::Recordset>& objRS,
+                                   const std::string& szSQL);
+
+  // The TDataBaseType of a store code of GetDatabaseTypeFromConnectString.
+  static std::int32_t NativeTypeOfCode(std::int32_t code);
+
   std::unique_ptr<CDatabaseObjects> objects_;
+  std::map<std::string, std::int32_t> nativeTypes_;  // connection text -> native type
   std::string connectionString_;
   std::string lastErrorMessage_;
   std::int32_t errorNumber_ = 0;
   bool active_ = false;
+  bool outlookOpen_ = false;  // stands for the mail client's session
   bool onTransaction_ = false;
   std::string colBracketLeft_;
   std::string colBracketRight_;

@@ -1,38 +1,297 @@
-// The run-time half of CDatabase: transactions and the narrow record interface
-// through which the engine and the catalogue reach a store.
+// The run-time half of CDatabase: opening and closing the store, transactions
+// and the narrow record interface through which the engine and the catalogue
+// reach a store.
+#include <mutex>
+
+#include "core/converter.h"
+#include "core/error_text.h"
+#include "platform/ado/adox/catalog.h"
 #include "platform/ado/connection.h"
+#include "platform/ado/providers/text/text_provider.h"
 #include "platform/ado/recordset.h"
+#include "platform/ui/ui_helpers.h"
 #include "stores/database.h"
+#include "support/files.h"
+#include "support/text.h"
+#include "support/utf8.h"
+#include "support/vb_error.h"
 
 namespace ketrova {
 
-std::string CDatabase::BeginTrans() { return {}; }
-std::string CDatabase::CommitTrans() { return {}; }
-std::string CDatabase::RollbackTrans() { return {}; }
+namespace {
 
-std::string CDatabase::RecordSetOpen(std::shared_ptr<ado::Recordset>&, const std::string&,
-                                     const std::string&, std::int32_t, std::int32_t,
-                                     std::int32_t) {
+// The file providers register with record access once per process, at the
+// first open of any store, so that no caller has to.
+void RegisterFileProviders() {
+  static std::once_flag once;
+  std::call_once(once, [] { text_provider::RegisterTextProvider(); });
+}
+
+// The text of the exception being handled, as the operations of this file
+// answer it; the pending error is cleared behind it.
+std::string CurrentFailureText(const std::string& szAction = {}) {
+  SetPendingError(std::current_exception());
+  std::string text = BuildErrorText(1, std::string(), szAction);
+  Err().Clear();
+  return text;
+}
+
+}  // namespace
+
+bool CDatabase::Active() const {
+  return DatabaseType == dbtOutlook ? outlookOpen_ : active_;
+}
+
+void CDatabase::SetActive(bool value) {
+  RegisterFileProviders();
+  if (value)
+    Open();
+  else
+    Close();
+}
+
+void CDatabase::Open() {
+  if (Active()) return;
+  ui::ShowHourglass(true);
+  std::string szStep = "Open Database";
+  std::string connection;
+  try {
+    CloseConnection(Connection.get());
+    active_ = false;
+    nativeTypes_.clear();  // the ODBC configuration may have changed
+    connection = ConnectionString();
+    if (DatabaseType == dbtOutlook) {
+      OpenOutlook();
+    } else {
+      if (connection.empty())
+        throw VbError(1000, "Keine Verbindungsparameter vorhanden !", "Database");
+      if (DatabaseDirection == dbdTarget && DatabaseType == dbtAccess &&
+          !FileExists(DatabaseFileName)) {
+        szStep = "Create Database -> " + DatabaseFileName;
+        adox::Catalog catalog;
+        catalog.Create(connection);
+      }
+      Connection->Open(connection, "", "", -1);
+    }
+    SetColBrackets();
+    active_ = true;
+  } catch (...) {
+    SetPendingError(std::current_exception());
+    ui::ShowHourglass(false);
+    errorNumber_ = Err().Number;
+    lastErrorMessage_ = BuildErrorText(1, std::string(), szStep) + "\r\n" + connection;
+    Err().Clear();
+    return;
+  }
+  ui::ShowHourglass(false);
+}
+
+void CDatabase::Close() {
+  if (DatabaseType == dbtOutlook)
+    outlookOpen_ = false;
+  else
+    CloseConnection(Connection.get());
+  active_ = false;
+}
+
+void CDatabase::OpenOutlook() {
+  // Without a contact store adapter the mail client counts as missing: that
+  // is reported, and the store reads as open with no folders.
+  outlookOpen_ = true;
+  if (!Converter) return;
+  Converter->FireDebugEvent("Outlook öffnen");
+  Err().Set(VbError(429, {}, "Outlook.Application"));
+  Converter->FireErrorEvent(BuildErrorText(1, std::string(), std::string()));
+  Err().Clear();
+}
+
+void CDatabase::SetColBrackets() {
+  colBracketLeft_.clear();
+  colBracketRight_.clear();
+  switch (DatabaseTypeNative()) {
+    case dbtAccess:
+    case dbtSQLServer:
+    case dbtInterbase:
+    case dbtOracle:
+    case dbtExcel:
+    case dbtODBC:
+      colBracketLeft_ = "[";
+      colBracketRight_ = "]";
+      break;
+    case dbtParadox:
+      colBracketLeft_ = colBracketRight_ = "\"";
+      break;
+    case dbtMySQL:
+      colBracketLeft_ = colBracketRight_ = "`";
+      break;
+    case dbtText:
+      colBracketLeft_ = colBracketRight_ = "'";
+      break;
+    default:
+      break;
+  }
+}
+
+std::string CDatabase::BeginTrans() {
+  try {
+    Connection->BeginTrans();
+    onTransaction_ = true;
+    return {};
+  } catch (...) {
+    return CurrentFailureText();
+  }
+}
+
+std::string CDatabase::CommitTrans() {
+  try {
+    Connection->CommitTrans();
+    onTransaction_ = false;
+    return {};
+  } catch (...) {
+    return CurrentFailureText();
+  }
+}
+
+std::string CDatabase::RollbackTrans() {
+  try {
+    Connection->RollbackTrans();
+    onTransaction_ = false;
+    return {};
+  } catch (...) {
+    return CurrentFailureText();
+  }
+}
+
+std::string CDatabase::RecordSetOpen(std::shared_ptr<ado::Recordset>& objRS,
+                                     const std::string& szSQL, const std::string& szObjectName,
+                                     std::int32_t inRecordCount, std::int32_t inCursorType,
+                                     std::int32_t inLockType) {
+  try {
+    if (DatabaseType == dbtOutlook)
+      return OpenOutlookRecordset(szObjectName, inRecordCount, objRS, szSQL);
+    if (DatabaseType == dbtXML) return {};
+    if (!objRS) objRS = std::make_shared<ado::Recordset>();
+    objRS->Open(Variant(szSQL), Variant(ObjectPtr(Connection)), inCursorType, inLockType, -1);
+    return {};
+  } catch (...) {
+    return CurrentFailureText();
+  }
+}
+
+std::string CDatabase::OpenOutlookRecordset(const std::string&, std::int32_t,
+                                            std::shared_ptr<ado::Recordset>& objRS,
+                                            const std::string&) {
+  // No folder can be read without the adapter: an empty record set.
+  if (!objRS) objRS = std::make_shared<ado::Recordset>();
+  if (objRS->State() == ado::adStateClosed) objRS->Open();
   return {};
 }
 
-std::string CDatabase::RecordSetClose(std::shared_ptr<ado::Recordset>&) { return {}; }
-bool CDatabase::RecordsetEOF() { return false; }
-bool CDatabase::RecordsetMoveNext() { return false; }
-std::int32_t CDatabase::RecordsetRecordCount() { return 0; }
-std::string CDatabase::CreateObject(const std::string&, const std::string&) { return {}; }
-std::string CDatabase::DeleteRecords(const std::string&, const std::string&) { return {}; }
-bool CDatabase::ObjectExists(const std::string&) { return false; }
-
-void CDatabase::RecordSetWrite(std::shared_ptr<ado::Recordset>&, std::string&,
-                               std::string& szError) {
-  szError.clear();
+std::string CDatabase::RecordSetClose(std::shared_ptr<ado::Recordset>& objRS) {
+  if (DatabaseType == dbtOutlook || DatabaseType == dbtXML) return {};
+  CloseRecordset(objRS.get());
+  return {};
 }
 
-std::string CDatabase::CreateTableFromSource(std::string&) { return {}; }
+bool CDatabase::RecordsetEOF() {
+  if (DatabaseType == dbtOutlook || DatabaseType == dbtText || DatabaseType == dbtXML) return false;
+  try {
+    return Recordset->Eof();
+  } catch (...) {
+    Err().Clear();
+    return false;
+  }
+}
 
-std::string ExecuteSQL(ado::Connection&, const std::string&) { return {}; }
-void CloseRecordset(ado::Recordset*) {}
-void CloseConnection(ado::Connection*) {}
+bool CDatabase::RecordsetMoveNext() {
+  if (DatabaseType == dbtOutlook || DatabaseType == dbtText || DatabaseType == dbtXML) return false;
+  try {
+    Recordset->MoveNext();
+  } catch (...) {
+  }
+  return false;
+}
+
+std::int32_t CDatabase::RecordsetRecordCount() {
+  if (DatabaseType == dbtOutlook || DatabaseType == dbtText || DatabaseType == dbtXML) return 0;
+  try {
+    return Recordset->RecordCount();
+  } catch (...) {
+    return 0;
+  }
+}
+
+std::string CDatabase::CreateObject(const std::string&, const std::string& szSQL) {
+  if (DatabaseType == dbtOutlook || DatabaseType == dbtText || DatabaseType == dbtXML) return {};
+  try {
+    if (!szSQL.empty()) Connection->Execute(szSQL, nullptr, -1);
+    return {};
+  } catch (...) {
+    return CurrentFailureText();
+  }
+}
+
+std::string CDatabase::DeleteRecords(const std::string&, const std::string& szSQL) {
+  if (DatabaseType == dbtOutlook || DatabaseType == dbtXML) return {};
+  std::string result = ExecuteSQL(*Connection, szSQL);
+  return ReplaceAll(result, "\\n", "\r\n");
+}
+
+bool CDatabase::ObjectExists(const std::string& szObjectName) {
+  if (DatabaseType == dbtOutlook || DatabaseType == dbtXML) return false;
+  try {
+    ado::RecordsetPtr schema = Connection->OpenSchema(ado::adSchemaTables);
+    for (; !schema->Eof(); schema->MoveNext())
+      if (IsEqual(schema->GetFields().Item("TABLE_NAME").Value().ToText(), szObjectName))
+        return true;
+  } catch (...) {
+    Err().Clear();
+  }
+  return false;
+}
+
+void CDatabase::RecordSetWrite(std::shared_ptr<ado::Recordset>& objRS, std::string&,
+                               std::string& szError) {
+  szError.clear();
+  if (DatabaseType == dbtOutlook) return;
+  try {
+    objRS->Update();
+    objRS->UpdateBatch(ado::adAffectAll);
+  } catch (const VbError& error) {
+    szError = error.Description;
+  } catch (const std::exception& error) {
+    szError = error.what();
+  }
+}
+
+std::string ExecuteSQL(ado::Connection& objConnection, const std::string& szSQL) {
+  try {
+    Variant affected;
+    ado::RecordsetPtr result = objConnection.Execute(szSQL, &affected, -1);
+    if (result && result->State() == ado::adStateOpen) result->Close();
+    return {};
+  } catch (...) {
+    SetPendingError(std::current_exception());
+    std::string text = BuildErrorMessage(std::string(), std::string());
+    Err().Clear();
+    return text;
+  }
+}
+
+void CloseRecordset(ado::Recordset* objRS) {
+  if (!objRS) return;
+  try {
+    objRS->Close();
+  } catch (...) {
+  }
+}
+
+void CloseConnection(ado::Connection* objConnection) {
+  if (!objConnection) return;
+  try {
+    objConnection->Close();
+  } catch (...) {
+  }
+}
 
 }  // namespace ketrova

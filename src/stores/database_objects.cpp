@@ -1,13 +1,48 @@
 #include "stores/database_objects.h"
 
 #include "core/converter.h"
+#include "core/error_text.h"
 #include "core/project_values.h"
 #include "core/xml_document.h"
 #include "core/xml_node.h"
+#include "platform/ado/recordset.h"
 #include "stores/database.h"
 #include "support/text.h"
+#include "support/utf8.h"
+#include "support/vb_error.h"
 
 namespace ketrova {
+
+namespace {
+
+bool IsValidMySQLField(std::int32_t inDataType) {
+  switch (inDataType) {
+    case 0:
+    case 9:
+    case 10:
+    case 12:
+    case 13:
+    case 128:
+    case 132:
+    case 138:
+    case 204:
+    case 205:
+      return false;
+    default:
+      return true;
+  }
+}
+
+// The leading number of a text, 0 when there is none.
+std::int32_t LeadingNumber(const std::string& text) {
+  try {
+    return static_cast<std::int32_t>(std::stol(Trim(text)));
+  } catch (...) {
+    return 0;
+  }
+}
+
+}  // namespace
 
 // --- CDatabaseObjectField -------------------------------------------------
 
@@ -110,26 +145,79 @@ void CDatabaseObject::SetConverter(CConverter* converter) {
 }
 
 bool CDatabaseObject::IsValidField(std::int32_t inDataType) {
-  if (!Database || Database->DatabaseTypeNative() != dbtMySQL) return true;
-  switch (inDataType) {
-    case 0:
-    case 9:
-    case 10:
-    case 12:
-    case 13:
-    case 128:
-    case 132:
-    case 138:
-    case 204:
-    case 205:
-      return false;
-    default:
-      return true;
-  }
+  return !Database || Database->DatabaseTypeNative() != dbtMySQL || IsValidMySQLField(inDataType);
 }
 
 std::string CDatabaseObject::LoadColumns() {
-  return {};
+  std::string szStep = "Open Recordset" + Name;
+  auto rs = std::make_shared<ado::Recordset>();
+  std::string result;
+  try {
+    std::int32_t native = Database->DatabaseTypeNative();
+    if (native != dbtOutlook) {
+      if (!Database->Active()) Database->SetActive(true);
+      std::string sql =
+          "SELECT * FROM " + Database->ColBracketLeft() + Name + Database->ColBracketRight();
+      if (Database->DatabaseType == dbtMySQL)
+        sql += " WHERE 1";
+      else
+        rs->SetMaxRecords(1);
+      rs->Open(Variant(sql), Variant(ObjectPtr(Database->Connection)), ado::adOpenForwardOnly, -1,
+               -1);
+    } else {
+      Database->RecordSetOpen(rs, "", Name, 1, ado::adOpenForwardOnly, ado::adLockReadOnly);
+    }
+    fields_->Clear();
+    bool target = Database->DatabaseDirection == dbdTarget;
+    for (const ado::FieldPtr& field : rs->GetFields()) {
+      if (native == dbtMySQL && !IsValidMySQLField(field->Type())) continue;
+      szStep = "Read Field :" + field->Name();
+      CDatabaseObjectField& entry = fields_->Add();
+      entry.Name = target ? MakeIdentifier(field->Name()) : field->Name();
+      entry.ColumnName = entry.Name;
+      entry.ColumnWidth = "20";
+      entry.DefinedSize = field->DefinedSize() == -1 ? 255 : field->DefinedSize();
+      entry.FieldType = field->Type() == ado::adIUnknown ? ado::adBSTR : field->Type();
+      entry.NumericScale = field->NumericScale();
+      entry.Precision = field->Precision();
+      entry.Status = field->Status();
+      if (native == dbtMySQL) ReadMySQLColumnSize(entry, field->Name());
+    }
+  } catch (...) {
+    SetPendingError(std::current_exception());
+    result = ReplaceAll(BuildErrorText(1, std::string(), szStep), "\r\n", " ");
+    Err().Clear();
+  }
+  CloseRecordset(rs.get());
+  return result;
+}
+
+void CDatabaseObject::ReadMySQLColumnSize(CDatabaseObjectField& objField,
+                                          const std::string& szColumnName) {
+  auto rs = std::make_shared<ado::Recordset>();
+  std::string type;
+  try {
+    rs->SetActiveConnection(Database->Connection);
+    rs->Open(Variant(" SHOW FULL FIELDS FROM " + Database->ColBracketLeft() + Name +
+                     Database->ColBracketRight() + " LIKE '" + szColumnName + "'"),
+             Variant::Missing(), -1, -1, -1);
+    Variant value = rs->GetFields().Item("Type").Value();
+    if (!value.IsNull()) type = value.ToText();
+  } catch (...) {
+  }
+  CloseRecordset(rs.get());
+  if (type.empty()) return;
+  std::size_t open = type.find('(');
+  std::size_t close = type.find(')');
+  if (open == std::string::npos || close == std::string::npos || close < open) return;
+  std::string inner = type.substr(open + 1, close - open - 1);
+  std::size_t comma = inner.find(',');
+  if (comma != std::string::npos) {
+    objField.DefinedSize = LeadingNumber(inner.substr(0, comma));
+    objField.Precision = static_cast<std::uint8_t>(LeadingNumber(inner.substr(comma + 1)));
+  } else {
+    objField.DefinedSize = LeadingNumber(inner);
+  }
 }
 
 std::unique_ptr<CDatabaseObject> CDatabaseObject::Clone() const {

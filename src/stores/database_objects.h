@@ -94,9 +94,13 @@ class CDatabaseObject {
 
   // False for the ADO types a MySQL store cannot hold; true otherwise.
   bool IsValidField(std::int32_t inDataType);
-  // Reads the columns from the store; the error text or "". Filled by the
-  // schema analysis; until then it reads nothing.
+  // Reads the columns from the store into Fields, replacing those there, and
+  // opens the store when it is closed; the error text (on one line) or "".
+  // The fields read before a failure stay.
   std::string LoadColumns();
+  // Takes a column's size (and the scale of a decimal type, into Precision)
+  // from the server's own type text; failures leave the field as it was.
+  void ReadMySQLColumnSize(CDatabaseObjectField& objField, const std::string& szColumnName);
   std::unique_ptr<CDatabaseObject> Clone() const;
   void Clear();
   // The first field whose Name IsEqual to the name, or null.

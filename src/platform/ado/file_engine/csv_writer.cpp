@@ -22,6 +22,7 @@ namespace {
 [[noreturn]] void FailErrno(const std::filesystem::path& file, const char* action) {
   int e = errno;
   if (e == EWOULDBLOCK) FailFile(file, "ist von einem anderen Programm gesperrt");
+  if (e == EACCES || e == EPERM || e == EROFS) FailFile(file, "ist schreibgeschützt");
   FailFile(file, std::string(action) + ": " + std::strerror(e));
 }
 
@@ -33,9 +34,14 @@ struct Fd {
   }
 };
 
-// Locks the whole file for writing, or fails naming it: flock for programs
-// that use it, and a POSIX record lock, which office programs take.
+// Refuses a file without any write permission, as Windows refuses a file
+// marked read-only, also to root; then locks the whole file for writing, or
+// fails naming it: flock for programs that use it, and a POSIX record lock,
+// which office programs take.
 void LockForWriting(int fd, const std::filesystem::path& file) {
+  struct stat st {};
+  if (::fstat(fd, &st) == 0 && (st.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0)
+    FailFile(file, "ist schreibgeschützt");
   if (::flock(fd, LOCK_EX | LOCK_NB) < 0) FailErrno(file, "kann nicht gesperrt werden");
   struct flock lock {};
   lock.l_type = F_WRLCK;

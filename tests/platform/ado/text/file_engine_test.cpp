@@ -314,6 +314,19 @@ TEST_F(FileEngineTest, LockedFileRefusesTheWriteAndKeepsItsContent) {
   EXPECT_EQ(Read("k.csv"), "A\r\n1\r\n2\r\n");
 }
 
+TEST_F(FileEngineTest, ReadOnlyFileIsReadButNotWritten) {
+  Write("r.csv", "A\r\n1\r\n");
+  std::filesystem::permissions(
+      Path("r.csv"), std::filesystem::perms::owner_read | std::filesystem::perms::group_read);
+  EXPECT_EQ(Count("SELECT COUNT(*) FROM [r.csv]"), 1);
+  const std::string refused = "Datei " + Path("r.csv").string() + " ist schreibgeschützt";
+  EXPECT_EQ(ErrorOf("INSERT INTO [r.csv] VALUES (2)").Description, refused);
+  EXPECT_EQ(ErrorOf("DELETE FROM [r.csv] WHERE A = 1").Description, refused);
+  std::filesystem::permissions(Path("r.csv"), std::filesystem::perms::owner_write,
+                               std::filesystem::perm_options::add);
+  EXPECT_EQ(Read("r.csv"), "A\r\n1\r\n");
+}
+
 TEST_F(FileEngineTest, AFileChangedFromOutsideIsReadAnew) {
   Write("k.csv", "A;B\r\nx;1\r\n");
   EXPECT_EQ(Query("SELECT * FROM [k.csv]"), (Rows{{"t:x", "i:1"}}));

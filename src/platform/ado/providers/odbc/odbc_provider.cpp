@@ -601,8 +601,85 @@ OdbcProvider::~OdbcProvider() {
   }
 }
 
+namespace {
+
+// PostgreSQL knows none of the Jet type words that table creation writes for
+// stores it cannot tell from Access; a CREATE TABLE gets PostgreSQL's words
+// for them. Quoted names and literals are left alone.
+std::string PostgresTypeWords(const std::string& sql) {
+  static const std::pair<const char*, const char*> kWords[] = {{"LONG", "INTEGER"},
+                                                               {"DOUBLE", "DOUBLE PRECISION"},
+                                                               {"CURRENCY", "NUMERIC(19,4)"},
+                                                               {"DATETIME", "TIMESTAMP"},
+                                                               {"YESNO", "BOOLEAN"},
+                                                               {"LONGTEXT", "TEXT"},
+                                                               {"NVARCHAR", "VARCHAR"},
+                                                               {"VARCHAR2", "VARCHAR"},
+                                                               {"NUMBER", "NUMERIC"},
+                                                               {"BINARY", "BYTEA"},
+                                                               {"BLOB", "BYTEA"}};
+  std::string out;
+  std::size_t i = 0;
+  while (i < sql.size()) {
+    char c = sql[i];
+    if (c == '\'' || c == '"') {
+      std::size_t end = sql.find(c, i + 1);
+      end = end == std::string::npos ? sql.size() : end + 1;
+      out.append(sql, i, end - i);
+      i = end;
+      continue;
+    }
+    if (!std::isalpha(static_cast<unsigned char>(c))) {
+      out.push_back(c);
+      ++i;
+      continue;
+    }
+    std::size_t end = i;
+    while (end < sql.size() &&
+           (std::isalnum(static_cast<unsigned char>(sql[end])) || sql[end] == '_'))
+      ++end;
+    std::string word = sql.substr(i, end - i);
+    std::string upper = word;
+    for (char& u : upper) u = static_cast<char>(std::toupper(static_cast<unsigned char>(u)));
+    const char* replacement = nullptr;
+    for (const auto& [from, to] : kWords)
+      if (upper == from) replacement = to;
+    // BYTEA takes no length, and TEXT none either.
+    std::size_t next = end;
+    while (next < sql.size() && sql[next] == ' ') ++next;
+    bool sized = next < sql.size() && sql[next] == '(';
+    if ((upper == "BINARY" || upper == "BLOB") && sized) {
+      end = sql.find(')', next);
+      end = end == std::string::npos ? sql.size() : end + 1;
+    } else if (upper == "TEXT" && sized) {
+      replacement = "VARCHAR";
+    } else if (upper == "DOUBLE" && next + 9 <= sql.size() &&
+               std::equal(sql.begin() + next, sql.begin() + next + 9, "PRECISION",
+                          [](char a, char b) { return std::toupper(a) == b; })) {
+      replacement = nullptr;  // PostgreSQL's own spelling
+    }
+    out += replacement ? replacement : word;
+    i = end;
+  }
+  return out;
+}
+
+bool IsCreateTable(const std::string& sql) {
+  std::size_t start = sql.find_first_not_of(" \t\r\n");
+  if (start == std::string::npos || sql.size() - start < 12) return false;
+  std::string head = sql.substr(start, 12);
+  for (char& c : head) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  return head == "CREATE TABLE";
+}
+
+}  // namespace
+
 std::string OdbcProvider::Rewrite(const std::string& sql) const {
-  if (dialect_ == "postgresql" || dialect_ == "mysql") return RewriteBrackets(sql, quote_, quote_);
+  if (dialect_ == "postgresql") {
+    std::string rewritten = RewriteBrackets(sql, quote_, quote_);
+    return IsCreateTable(rewritten) ? PostgresTypeWords(rewritten) : rewritten;
+  }
+  if (dialect_ == "mysql") return RewriteBrackets(sql, quote_, quote_);
   return sql;
 }
 
@@ -821,6 +898,15 @@ SQLRETURN OdbcProvider::CatalogCall(SQLHSTMT stmt, CatalogFunction function,
         // Only the public schema, as a user of the database sees it.
         std::u16string schema = u"public";
         return SQLTablesW(stmt, nullptr, 0, W(schema), SQL_NTS, nullptr, 0, xp, xp ? SQL_NTS : 0);
+      }
+      if (dialect_ == "mysql") {
+        // Only the connection's database; the driver lists every one it may see.
+        SQLWCHAR current[256] = {};
+        SQLINTEGER length = 0;
+        if (SQL_SUCCEEDED(SQLGetConnectAttrW(dbc_, SQL_ATTR_CURRENT_CATALOG, current,
+                                             sizeof current, &length)) &&
+            current[0] != 0)
+          return SQLTablesW(stmt, current, SQL_NTS, nullptr, 0, nullptr, 0, xp, xp ? SQL_NTS : 0);
       }
       return SQLTablesW(stmt, nullptr, 0, nullptr, 0, nullptr, 0, xp, xp ? SQL_NTS : 0);
     case CatalogFunction::kPrimaryKeys:

@@ -1,0 +1,62 @@
+// The three display controls a run hands to CEngine (the records bar, the jobs
+// bar and the status text), made for the terminal. Status texts go to stderr
+// one per line; on a terminal a progress line below them shows the job and the
+// records of the current job, drawn through the console user interface's work
+// form so that a question during the run clears it first. The per-record
+// status ("Datensatz n / m wird bearbeitet ...") is progress, not news: it only
+// feeds the progress line and is dropped when stderr is no terminal.
+//
+// The caller keeps the RunDisplay alive for as long as the engine holds the
+// controls.
+#pragma once
+
+#include <iosfwd>
+#include <string>
+
+#include "platform/ui/user_interface.h"
+#include "support/object.h"
+
+namespace ketrova::cli {
+
+class RunDisplay {
+ public:
+  struct Bar {
+    double min = 0;
+    double max = 100;
+    double value = 0;
+    bool visible = false;
+  };
+
+  // `quiet` shows nothing at all; `terminal` says whether `err` is one.
+  RunDisplay(ui::UserInterface& ui, std::ostream& err, bool terminal, bool quiet);
+  ~RunDisplay();
+
+  // Controls with the members Min, Max, Value, Visible and Refresh (the bars)
+  // and Text, Visible and Refresh (the status text).
+  ObjectPtr RecordsBar();
+  ObjectPtr JobsBar();
+  ObjectPtr StatusText();
+
+  // Called by the controls.
+  void Changed();
+  void SetStatus(const std::string& text);
+  const std::string& Status() const { return status_; }
+  Bar records, jobs;
+
+  // Clears the progress line.
+  void Finish();
+
+ private:
+  void Draw();
+  void Erase();
+
+  ui::UserInterface& ui_;
+  std::ostream& err_;
+  bool terminal_;
+  bool quiet_;
+  std::string status_;    // the text as the engine set it
+  std::string progress_;  // the record status shown in the progress line
+  bool drawn_ = false;
+};
+
+}  // namespace ketrova::cli
