@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <optional>
 
 #include "platform/ado/providers/odbc/odbc_diagnostics.h"
 #include "platform/ado/value_text.h"
@@ -119,6 +120,18 @@ DataTypeEnum AdoType(SQLSMALLINT sqlType, bool isUnsigned) {
   }
 }
 
+// The ADO type of a Jet type word that a driver described as text.
+std::optional<DataTypeEnum> JetTypeWord(const std::string& upperName) {
+  static const std::pair<const char*, DataTypeEnum> words[] = {
+      {"CURRENCY", adCurrency},       {"MONEY", adCurrency}, {"LONG", adInteger},
+      {"COUNTER", adInteger},         {"YESNO", adBoolean},  {"LONGTEXT", adLongVarWChar},
+      {"MEMO", adLongVarWChar},       {"NUMBER", adNumeric}, {"BINARY", adLongVarBinary},
+      {"LONGBINARY", adLongVarBinary}};
+  for (const auto& [word, type] : words)
+    if (upperName == word) return type;
+  return std::nullopt;
+}
+
 // DefinedSize, Precision and NumericScale as ADO reports them: bytes for fixed
 // types, characters for text, 255 where a value has no meaning.
 void SetSizes(ColumnInfo& c, SQLULEN columnSize, SQLSMALLINT digits) {
@@ -176,6 +189,10 @@ void SetSizes(ColumnInfo& c, SQLULEN columnSize, SQLSMALLINT digits) {
       c.definedSize = 19;
       c.precision = static_cast<std::uint8_t>(std::clamp<std::int64_t>(size, 0, 255));
       c.numericScale = static_cast<std::uint8_t>(std::clamp<int>(digits, 0, 255));
+      break;
+    case adCurrency:
+      c.definedSize = 8;
+      c.precision = 19;
       break;
     case adGUID:
       c.definedSize = 16;
@@ -235,6 +252,11 @@ ColumnInfo Describe(SQLHSTMT stmt, SQLUSMALLINT col, bool narrow) {
        sqlType == SQL_FLOAT) &&
       (upperName.rfind("DECIMAL", 0) == 0 || upperName.rfind("NUMERIC", 0) == 0))
     c.type = adNumeric;
+  // It describes every type word it does not know as text, also the Jet words
+  // that tables created by a conversion declare; read them as Jet meant them.
+  if (sqlType == SQL_VARCHAR || sqlType == SQL_CHAR) {
+    if (auto jet = JetTypeWord(upperName)) c.type = *jet;
+  }
   SetSizes(c, size, digits);
   c.nullable = nullable != SQL_NO_NULLS;
   c.autoIncrement = autoUnique == SQL_TRUE;
@@ -315,10 +337,14 @@ Variant GetValue(SQLHSTMT stmt, SQLUSMALLINT col, const ColumnInfo& c, bool narr
       char f = static_cast<char>(std::tolower(static_cast<unsigned char>(v[0])));
       return Variant(!(f == '0' || f == 'f' || f == 'n' || f == 0));
     }
+    case adCurrency: {
+      double v = 0;
+      if (!get(SQL_C_DOUBLE, &v, sizeof v)) return Variant::Null();
+      return Variant::FromCurrency(v);
+    }
     case adNumeric:
     case adDecimal:
-    case adVarNumeric:
-    case adCurrency: {
+    case adVarNumeric: {
       char v[128] = {};
       if (!get(SQL_C_CHAR, v, sizeof v)) return Variant::Null();
       Variant d = DecimalFromText(v);
