@@ -2,7 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <optional>
+
 #include "core/converter.h"
+#include "platform/ado/text/temp_folder.h"
+#include "stores/list_controls.h"
+#include "stores/odbc_sources.h"
 
 namespace ketrova {
 namespace {
@@ -58,6 +64,139 @@ TEST(DatabaseTest, ConnectionStringsAreBuiltFromTheParameters) {
             "Provider=MSDASQL.1;Data Source=lager;Persist Security Info=False");
 }
 
+TEST(DatabaseTest, ConnectionStringsOfTheOtherStoreTypes) {
+  CConverter project;
+  CDatabase& db = project.SourceDataBase();
+  db.DatabaseType = dbtSQLServer;
+  db.ServerName = "srv";
+  db.DatabaseName = "Lager";
+  db.UserName = "sa";
+  db.Password = "geheim";
+  EXPECT_EQ(db.ConnectionString(),
+            "Provider=SQLOLEDB.1;Initial Catalog=Lager;Data Source=srv;Persist Security "
+            "Info=False;User ID=sa;PWD=geheim;Database=Lager");
+
+  // Interbase and Oracle have only the common tail.
+  db.DatabaseType = dbtInterbase;
+  EXPECT_EQ(db.ConnectionString(), ";User ID=sa;PWD=geheim;Database=Lager");
+  db.DatabaseType = dbtOracle;
+  db.Password.clear();
+  EXPECT_EQ(db.ConnectionString(), ";User ID=sa;Database=Lager");
+
+  db.Clear();
+  db.DatabaseType = dbtParadox;
+  db.DatabaseFileName = "/daten/paradox";
+  EXPECT_EQ(db.ConnectionString(),
+            "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=/daten/paradox;Extended "
+            "Properties=Paradox 5.x;Persist Security Info=False");
+
+  db.Clear();
+  db.DatabaseType = dbtOutlook;
+  db.DataSourceName = "mail";
+  EXPECT_EQ(db.ConnectionString(),
+            "Provider=Microsoft.Jet.OLEDB.4.0;Exchange "
+            "4.0;MAPILEVEL=;PROFILE=Outlook;TABLETYPE=1;DATABASE=c:\\temp");
+
+  db.Clear();
+  db.DatabaseType = dbtMySQL;
+  db.ServerName = "db";
+  db.DatabaseName = "z";
+  db.UserName = "u";
+  db.Password = "p";
+  db.PortAdress = "3307";
+  EXPECT_EQ(db.ConnectionString(),
+            "Provider=MSDASQL;Persist Security Info=False;Extended Properties=\"DRIVER={MySQL "
+            "ODBC 3.51 Driver};Server=db;Database=z;UID=u;PASSWORD=p;OPTION=35 "
+            ";PORT=3307\";User ID=u;PWD=p;Database=z");
+
+  for (std::int32_t type : {dbtUndefined, dbtXML, dbtWatcom}) {
+    db.DatabaseType = type;
+    EXPECT_EQ(db.ConnectionString(), ";User ID=u;PWD=p;Database=z") << type;
+  }
+}
+
+// An ODBC configuration of its own (the machine's odbc.ini), so that the
+// data sources a test writes are those the registry and the driver manager read.
+class OdbcConfigTest : public testing::TempFolderTest {
+ protected:
+  void SetUp() override {
+    TempFolderTest::SetUp();
+    if (const char* ini = std::getenv("ODBCINI")) oldIni_ = ini;
+    setenv("ODBCINI", Path("odbc.ini").c_str(), 1);
+    Write("odbc.ini",
+          "[lager_sqlite]\nDriver=SQLite3\nDatabase=/tmp/lager.sqlite\n\n"
+          "[lager_lite]\nDriver=SQLite3\nDatabase=/tmp/lite.sqlite\n\n"
+          "[lager_pg]\nDriver=PostgreSQL Unicode\n\n"
+          "[lager_maria]\nDriver=MariaDB Unicode\n\n"
+          "[lager_tds]\nDriver=FreeTDS\n\n"
+          "[lager_mysql]\nDriver=MySQL ODBC 8.0 Unicode Driver\n\n"
+          "[lager_paradox]\nDriver=Microsoft Paradox Driver (*.db )\n"
+          "DefaultDir=/daten/paradox\nFIL=Paradox 5.X\n\n");
+  }
+  void TearDown() override {
+    if (oldIni_)
+      setenv("ODBCINI", oldIni_->c_str(), 1);
+    else
+      unsetenv("ODBCINI");
+    TempFolderTest::TearDown();
+  }
+
+  std::optional<std::string> oldIni_;
+};
+
+TEST_F(OdbcConfigTest, AParadoxDataSourceGetsItsSettingsFromTheConfiguration) {
+  CConverter project;
+  CDatabase& db = project.SourceDataBase();
+  db.DatabaseType = dbtODBC;
+  db.DataSourceName = "lager_paradox";
+  EXPECT_EQ(db.ConnectionString(),
+            "Provider=MSDASQL;Persist Security Info=False;Data Source=lager_paradox;Extended "
+            "Properties=\";DSN=lager_paradox;DBQ=/daten/paradox;FIL=Paradox "
+            "5.X;MaxBufferSize=500;PageTimeout=600\"");
+  EXPECT_EQ(db.DatabaseTypeNative(), dbtParadox);
+  EXPECT_TRUE(db.IsFileBased());
+  EXPECT_EQ(GetODBCRegistryValue("lager_paradox", "MaxBufferSize", "500"), "500");
+  EXPECT_EQ(GetODBCRegistryValue("lager_paradox", "FIL"), "Paradox 5.X");
+}
+
+TEST_F(OdbcConfigTest, NativeTypesOfDataSources) {
+  CConverter project;
+  CDatabase& db = project.SourceDataBase();
+  db.DatabaseType = dbtODBC;
+  // Only a driver description that names a known store tells it; the drivers
+  // installed here do not, so they count as Access.
+  const std::pair<const char*, std::int32_t> sources[] = {
+      {"lager_sqlite", dbtAccess},  {"lager_pg", dbtAccess},   {"lager_maria", dbtAccess},
+      {"lager_tds", dbtAccess},     {"lager_mysql", dbtMySQL}, {"lager_paradox", dbtParadox},
+      {"unbekannt.dbf", dbtParadox}};
+  for (const auto& [dsn, type] : sources) {
+    db.DataSourceName = dsn;
+    EXPECT_EQ(db.DatabaseTypeNative(), type) << dsn;
+  }
+  EXPECT_EQ(ODBCDataSourceDriver("LAGER_PG"), "PostgreSQL Unicode");
+  EXPECT_EQ(ODBCDataSourceDriver("nirgends"), "");
+}
+
+TEST_F(OdbcConfigTest, DataSourcesAndTheirDriversAreListed) {
+  TextList dsn;
+  TextList drivers;
+  FillODBCDataSources(dsn, &drivers);
+  ASSERT_GE(dsn.ListCount(), 8);
+  EXPECT_EQ(dsn.List(0), "(Keine)");
+  EXPECT_EQ(dsn.listIndex, 0);
+  EXPECT_NE(ComboFindText("lager_paradox", dsn), -1);
+  EXPECT_NE(ComboFindText("lager_maria", dsn), -1);
+  // The two SQLite sources stand side by side: their driver is listed once.
+  int sqlite = ComboFindText("SQLite3", drivers);
+  ASSERT_NE(sqlite, -1);
+  EXPECT_NE(drivers.List(sqlite + 1), "SQLite3");
+  EXPECT_NE(ComboFindText("Microsoft Paradox Driver (*.db )", drivers), -1);
+
+  TextList only;
+  FillODBCDataSources(only, nullptr);
+  EXPECT_EQ(only.ListCount(), dsn.ListCount());
+}
+
 TEST(DatabaseTest, SettingTheConnectionStringParsesTheBuiltOneInUpperCase) {
   CConverter project;
   CDatabase& db = project.DestDataBase();
@@ -93,13 +232,39 @@ TEST(DatabaseTest, NativeTypeFromTheConnectionString) {
       10);
   EXPECT_EQ(GetDatabaseTypeFromConnectString("DSN=x.dbf", 2), 5);
   EXPECT_EQ(GetDatabaseTypeFromConnectString("DSN=A.B.DB", 2), 2);  // extension B.DB
+  EXPECT_EQ(GetDatabaseTypeFromConnectString("Data Source=c:\\x.mdb", 9), 2);
+  EXPECT_EQ(GetDatabaseTypeFromConnectString("ODBC;Driver={MSACCESS};Database=x", 9), 2);
+  EXPECT_EQ(GetDatabaseTypeFromConnectString("ODBC;Driver={XML Driver};Database=x", 2), 11);
+  EXPECT_EQ(
+      GetDatabaseTypeFromConnectString("ODBC;Driver={Adaptive Server Anywhere};Database=x", 2), 0);
+  EXPECT_EQ(GetDatabaseTypeFromConnectString("ODBC;Driver={INTRBASE};Database=x", 2), 3);
+  EXPECT_EQ(GetDatabaseTypeFromConnectString("ODBC;Driver={Oracle};Database=x", 2), 4);
+  EXPECT_EQ(GetDatabaseTypeFromConnectString("ODBC;Driver={dBase};Database=x", 2), 5);
+  // The Jet provider tells only Outlook and Excel; Paradox stays with the default.
+  EXPECT_EQ(
+      GetDatabaseTypeFromConnectString(
+          "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=/p;Extended Properties=Paradox 5.x", 9),
+      9);
   EXPECT_EQ(GetDatabaseTypeFromConnectString(
                 "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=a.xls;Extended Properties=\"Excel "
                 "8.0;\";",
                 2),
             7);
   CConverter project;
-  EXPECT_EQ(project.SourceDataBase().DatabaseTypeNative(), dbtAccess);
+  CDatabase& db = project.SourceDataBase();
+  EXPECT_EQ(db.DatabaseTypeNative(), dbtAccess);
+
+  // The strings the store types build, with a database so that they are read.
+  db.DatabaseName = "lager";
+  db.DatabaseFileName = "/daten/lager";
+  const std::pair<std::int32_t, std::int32_t> types[] = {
+      {dbtAccess, dbtAccess}, {dbtSQLServer, dbtSQLServer}, {dbtParadox, dbtAccess},
+      {dbtMySQL, dbtMySQL},   {dbtExcel, dbtExcel},         {dbtOutlook, dbtOutlook},
+      {dbtText, dbtText},     {dbtOracle, dbtAccess}};
+  for (const auto& [type, native] : types) {
+    db.DatabaseType = type;
+    EXPECT_EQ(db.DatabaseTypeNative(), native) << type;
+  }
 }
 
 TEST(DatabaseTest, NamesByStoreType) {

@@ -128,6 +128,48 @@ TEST_P(RecordScripts, UnknownFieldFailsWithTheScriptLine) {
   EXPECT_EQ(control_.Error().Line, 3);
 }
 
+// Record access a script makes itself: a connection by connection string, a
+// record set opened on it, and an in-memory record set built field by field.
+TEST_P(RecordScripts, ScriptsCreateConnectionsAndRecordsets) {
+  std::string file = (folder_ / "test.db").string();
+  control_.AddCode(
+      VB() ? "Function Names(file)\r\n"
+             "  Dim c, rs, s : Set c = CreateObject(\"ADODB.Connection\")\r\n"
+             "  c.Open \"Driver={SQLite3};Database=\" & file\r\n"
+             "  Set rs = CreateObject(\"ADODB.Recordset\")\r\n"
+             "  rs.Open \"SELECT Name FROM Kunden ORDER BY ID\", c\r\n"
+             "  Do Until rs.EOF : s = s & rs(\"Name\") & \";\" : rs.MoveNext : Loop\r\n"
+             "  rs.Close : c.Close\r\n"
+             "  Set rs = CreateObject(\"ADODB.Recordset\")\r\n"
+             "  rs.Fields.Append \"X\", 202, 10\r\n"
+             "  rs.Open\r\n"
+             "  rs.AddNew \"X\", \"eins\"\r\n"
+             "  rs.AddNew Array(\"X\"), Array(\"zwei\")\r\n"
+             "  rs.MoveFirst\r\n"
+             "  For Each f In rs.Fields : s = s & f.Name & rs.RecordCount & f.Value : Next\r\n"
+             "  Names = s\r\n"
+             "End Function\r\n"
+           : "function Names(file) {\r\n"
+             "  var c = new ActiveXObject('ADODB.Connection'), s = '';\r\n"
+             "  c.Open('Driver={SQLite3};Database=' + file);\r\n"
+             "  var rs = new ActiveXObject('ADODB.Recordset');\r\n"
+             "  rs.Open('SELECT Name FROM Kunden ORDER BY ID', c);\r\n"
+             "  for (; !rs.EOF; rs.MoveNext()) s += rs.Fields('Name').Value + ';';\r\n"
+             "  rs.Close(); c.Close();\r\n"
+             "  rs = new ActiveXObject('ADODB.Recordset');\r\n"
+             "  rs.Fields.Append('X', 202, 10);\r\n"
+             "  rs.Open();\r\n"
+             "  rs.AddNew('X', 'eins');\r\n"
+             "  rs.AddNew(); rs.Fields('X').Value = 'zwei'; rs.Update();\r\n"
+             "  rs.MoveFirst();\r\n"
+             "  for (var e = new Enumerator(rs.Fields); !e.atEnd(); e.moveNext())\r\n"
+             "    s += e.item().Name + rs.RecordCount + e.item().Value;\r\n"
+             "  return s;\r\n"
+             "}\r\n");
+  Variant args[] = {Variant(file)};
+  EXPECT_EQ(control_.Run("Names", args).ToText(), "Müller-Lüdenscheidt;Ökonom;X2eins");
+}
+
 INSTANTIATE_TEST_SUITE_P(Languages, RecordScripts, ::testing::Values("VBScript", "JScript"),
                          [](const auto& info) { return info.param; });
 
