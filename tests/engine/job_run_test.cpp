@@ -2,6 +2,8 @@
 // Each case checks the target's rows; on SQLite also the whole log.
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "engine_fixture.h"
 #include "jobs/job_item.h"
 #include "jobs/jobs.h"
@@ -176,6 +178,30 @@ TEST_P(JobRunTest, UserDefinedSearchScriptFindsTheRowToUpdate) {
   // The generated statement finds its row by the key, not by the search.
   EXPECT_EQ(Target(), (DirectSql() ? RowList{"1|Name 1|1,5", "7|Name 2|0"}
                                    : RowList{"7|Name 2|2,5", "11|Name 1|1,5"}));
+}
+
+TEST_P(JobRunTest, EachRecordSeesItsNumberAndAFreshKey) {
+  if (DirectSql()) GTEST_SKIP() << "the generated statements write the mapping, not the script";
+  SourceNumbers("Kunden", 3);
+  CreateTarget();
+  AddJob("Kunden", "Kunden", "Ziel",
+         "Function txConvertMain()\r\n"
+         "\tDestination.Fields(\"Nr\") = RecordCount\r\n"
+         "\tDestination.Fields(\"Name\") = IdentKey\r\n"
+         "End Function\r\n");
+  EXPECT_EQ(Run(), "");
+  RowList rows = Target();
+  ASSERT_EQ(rows.size(), 3u);
+  std::set<std::string> keys;
+  for (int i = 0; i < 3; ++i) {
+    const std::string& row = rows[static_cast<std::size_t>(i)];
+    EXPECT_EQ(row.substr(0, 2), std::to_string(i + 1) + "|");
+    const std::string key = row.substr(2, row.size() - 3);
+    EXPECT_EQ(key.size(), 36u) << key;
+    EXPECT_EQ(key.find_first_of("{}\r\n"), std::string::npos) << key;
+    keys.insert(key);
+  }
+  EXPECT_EQ(keys.size(), 3u);
 }
 
 TEST_P(JobRunTest, JobCancelFromTheScriptStopsOnlyThatJob) {
