@@ -2,7 +2,9 @@
 // Each case checks the target's rows; on SQLite also the whole log.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
+#include <span>
 
 #include "engine_fixture.h"
 #include "jobs/job_item.h"
@@ -16,6 +18,31 @@ namespace {
 using ado::testing::BackendName;
 using ado::testing::TestBackends;
 using RowList = std::vector<std::string>;
+
+// A display control that writes down every property it is given.
+class RecordingControl : public Object {
+ public:
+  std::string TypeName() const override { return "Control"; }
+  int GetIDOfName(std::string_view name) override {
+    names_.emplace_back(name);
+    return static_cast<int>(names_.size());
+  }
+  Variant Invoke(int dispId, InvokeKind kind, std::span<Variant> args) override {
+    const std::string& name = names_[static_cast<std::size_t>(dispId - 1)];
+    if (kind == InvokeKind::kPropertyPut) puts.push_back(name + "=" + args.back().ToString());
+    return {};
+  }
+  std::vector<std::string> PutsOf(const std::string& name) const {
+    std::vector<std::string> found;
+    for (const std::string& put : puts)
+      if (put.starts_with(name + "=")) found.push_back(put.substr(name.size() + 1));
+    return found;
+  }
+  std::vector<std::string> puts;
+
+ private:
+  std::vector<std::string> names_;
+};
 
 class JobRunTest : public EngineTest {
  protected:
@@ -202,6 +229,32 @@ TEST_P(JobRunTest, EachRecordSeesItsNumberAndAFreshKey) {
     keys.insert(key);
   }
   EXPECT_EQ(keys.size(), 3u);
+}
+
+TEST_P(JobRunTest, DisplayControlsFollowTheJobsAndRecords) {
+  SourceNumbers("Kunden", 3);
+  CreateTarget();
+  AddJob("Kunden", "Kunden", "Ziel", CopyScript());
+  auto records = std::make_shared<RecordingControl>();
+  auto jobs = std::make_shared<RecordingControl>();
+  auto status = std::make_shared<RecordingControl>();
+  engine = std::make_unique<CEngine>();
+  engine->Converter = project.get();
+  engine->ProgressBar = records;
+  engine->ProgressBarTotal = jobs;
+  engine->EditInfo = status;
+  std::string none;
+  EXPECT_EQ(engine->Execute(none), "");
+  EXPECT_EQ(jobs->puts, (RowList{"Visible=Wahr", "Max=1", "Value=1", "Visible=Falsch"}));
+  // The record bar's maximum leaves room for one more.
+  EXPECT_EQ(records->puts, (RowList{"Visible=Wahr", "Min=1", "Max=4", "Value=1", "Value=2",
+                                    "Value=3", "Visible=Falsch"}));
+  const RowList texts = status->PutsOf("Text");
+  ASSERT_FALSE(texts.empty());
+  EXPECT_EQ(texts.front(), "Öffne Quelldatenbank ->                           ");
+  EXPECT_NE(std::find(texts.begin(), texts.end(), "Kunden\r\nDatensatz 1 / 3 wird bearbeitet ..."),
+            texts.end());
+  EXPECT_EQ(texts.back(), "");
 }
 
 TEST_P(JobRunTest, JobCancelFromTheScriptStopsOnlyThatJob) {
