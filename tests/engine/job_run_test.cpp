@@ -164,6 +164,23 @@ TEST_P(JobRunTest, FailingRecordEndsTheJobAndTheRunWithCancelOnError) {
   ExpectLog("failing_record_cancels");
 }
 
+TEST_P(JobRunTest, SourceThatEndsBeforeItsCountStopsTheLoopAndTheCountsDiffer) {
+  SourceNumbers("Kunden", 5);
+  CreateTarget();
+  // The count is of the whole table; the user's statement reads two rows.
+  CJob& job = AddJob("Kunden", "Kunden", "Ziel", CopyScript());
+  job.JobSource().JobType = jitUDFView;
+  job.JobSource().SQL = "SELECT * FROM Kunden WHERE Nr <= 2";
+  job.JobDest().DeleteBeforeInsert = true;
+  EXPECT_EQ(Run(), "");
+  EXPECT_EQ(engine->ErrorCount(), 0);
+  EXPECT_EQ(Target().size(), 2u);
+  EXPECT_NE(Log().find("Es wurden 2 Datensätze konvertiert.\r\n"), std::string::npos);
+  EXPECT_NE(Messages().find("Anzahl Datensätze gelesen -> 5 / geschrieben -> 2  / Differenz = 3\n"),
+            std::string::npos)
+      << Messages();
+}
+
 TEST_P(JobRunTest, UpdateByKeyChangesFoundRowsAndAddsTheOthers) {
   SourceNumbers("Kunden", 3);
   CreateTarget();
