@@ -1,5 +1,6 @@
 #include "platform/script/ado_binding.h"
 
+#include <typeinfo>
 #include <unordered_map>
 
 #include "platform/ado/connection.h"
@@ -180,7 +181,7 @@ class RecordsetView : public BoundObject<RecordsetView>, public ScriptView {
                 "ActiveConnection",
                 [](T& r, Args) {
                   auto c = r.rs_->ActiveConnection();
-                  return c ? Variant(BindForScript(c)) : Variant(ObjectPtr());
+                  return Variant(ObjectPtr(c));
                 },
                 [](T& r, Args, const Variant& v) {
                   auto c = std::dynamic_pointer_cast<ado::Connection>(
@@ -302,7 +303,7 @@ class ConnectionView : public BoundObject<ConnectionView>, public ScriptView {
                       auto rs = c.c_->Execute(PlainValue(a[0]).ToString(), &affected,
                                               Given(a, 2) ? a[2].ToLong() : -1);
                       if (a.size() > 1) a[1] = affected;
-                      return Variant(BindForScript(rs));
+                      return Variant(ObjectPtr(rs));
                     })
             .Method("BeginTrans", 0, 0,
                     [](T& c, Args) { return Variant::Long(c.c_->BeginTrans()); })
@@ -317,7 +318,7 @@ class ConnectionView : public BoundObject<ConnectionView>, public ScriptView {
                       return Variant();
                     })
             .Method("OpenSchema", 1, 3, [](T& c, Args a) {
-              return Variant(BindForScript(c.c_->OpenSchema(a[0].ToLong())));
+              return Variant(ObjectPtr(c.c_->OpenSchema(a[0].ToLong())));
             });
     return table;
   }
@@ -328,16 +329,25 @@ class ConnectionView : public BoundObject<ConnectionView>, public ScriptView {
 
 }  // namespace
 
+// By exact type: this runs for every object a bound member answers, and a
+// type comparison is far cheaper than a dynamic_cast.
+bool NeedsScriptView(const Object& object) {
+  const std::type_info& type = typeid(object);
+  return type == typeid(ado::Recordset) || type == typeid(ado::Connection) ||
+         type == typeid(ado::Fields) || type == typeid(ado::Field);
+}
+
 ObjectPtr BindForScript(ObjectPtr object) {
-  if (!object || dynamic_cast<ScriptView*>(object.get())) return object;
-  if (auto rs = std::dynamic_pointer_cast<ado::Recordset>(object))
-    return std::make_shared<RecordsetView>(std::move(rs));
-  if (auto c = std::dynamic_pointer_cast<ado::Connection>(object))
-    return std::make_shared<ConnectionView>(std::move(c));
-  if (auto f = std::dynamic_pointer_cast<ado::Fields>(object))
-    return std::make_shared<FieldsView>(std::move(f), nullptr);
-  if (auto f = std::dynamic_pointer_cast<ado::Field>(object))
-    return std::make_shared<FieldView>(std::move(f), nullptr);
+  if (!object) return object;
+  const std::type_info& type = typeid(*object);
+  if (type == typeid(ado::Recordset))
+    return std::make_shared<RecordsetView>(std::static_pointer_cast<ado::Recordset>(object));
+  if (type == typeid(ado::Connection))
+    return std::make_shared<ConnectionView>(std::static_pointer_cast<ado::Connection>(object));
+  if (type == typeid(ado::Fields))
+    return std::make_shared<FieldsView>(std::static_pointer_cast<ado::Fields>(object), nullptr);
+  if (type == typeid(ado::Field))
+    return std::make_shared<FieldView>(std::static_pointer_cast<ado::Field>(object), nullptr);
   return object;
 }
 

@@ -8,6 +8,7 @@
 
 #include "platform/ado/connection.h"
 #include "platform/ado/recordset.h"
+#include "platform/script/binding.h"
 #include "platform/script/script_control.h"
 
 namespace ketrova::script {
@@ -168,6 +169,30 @@ TEST_P(RecordScripts, ScriptsCreateConnectionsAndRecordsets) {
              "}\r\n");
   Variant args[] = {Variant(file)};
   EXPECT_EQ(control_.Run("Names", args).ToText(), "Müller-Lüdenscheidt;Ökonom;X2eins");
+}
+
+// An object of the host that answers a record set of its own (a job side's
+// Recordset) hands scripts a usable one.
+class Side : public BoundObject<Side> {
+ public:
+  std::string TypeName() const override { return "CJobSide"; }
+  static const MemberTable<Side>& Members() {
+    static const auto table = MemberTable<Side>().Property(
+        "Recordset", [](Side& s, Args) { return Variant(ObjectPtr(s.rs)); });
+    return table;
+  }
+  std::shared_ptr<ado::Recordset> rs;
+};
+
+TEST_P(RecordScripts, RecordSetsAnsweredByHostObjectsAreUsable) {
+  auto side = std::make_shared<Side>();
+  side->rs = db_->Execute("SELECT Name FROM Kunden ORDER BY ID");
+  control_.AddObject("JobSource", side);
+  EXPECT_EQ(control_
+                .Eval(VB() ? "JobSource.Recordset(\"Name\") & JobSource.Recordset.EOF"
+                           : "JobSource.Recordset.Fields('Name').Value + JobSource.Recordset.EOF")
+                .ToText(),
+            VB() ? "Müller-LüdenscheidtFalsch" : "Müller-Lüdenscheidtfalse");
 }
 
 INSTANTIATE_TEST_SUITE_P(Languages, RecordScripts, ::testing::Values("VBScript", "JScript"),
