@@ -2,11 +2,10 @@
 // through the ODBC driver: tables and views whose names hold umlauts and
 // blanks become jobs with their mapping and script.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
 #include <string>
 
+#include "apps/ketrova/run_ketrova.h"
 #include "core/converter.h"
 #include "jobs/jobs.h"
 #include "platform/ado/connection.h"
@@ -17,11 +16,7 @@
 namespace ketrova {
 namespace {
 
-struct Outcome {
-  int status = -1;
-  std::string out;
-  std::string err;
-};
+using Outcome = testing::KetrovaOutcome;
 
 class NewProjectTest : public testing::TempFolderTest {
  protected:
@@ -44,16 +39,7 @@ class NewProjectTest : public testing::TempFolderTest {
     db.Close();
   }
 
-  Outcome Ketrova(const std::string& arguments) {
-    std::string command = "cd '" + folder_.string() + "' && '" KETROVA_BINARY "' " + arguments +
-                          " </dev/null >stdout.txt 2>stderr.txt";
-    int raw = std::system(command.c_str());
-    Outcome o;
-    o.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    o.out = Read("stdout.txt");
-    o.err = Read("stderr.txt");
-    return o;
-  }
+  Outcome Ketrova(const std::string& arguments) { return testing::RunKetrova(folder_, arguments); }
 
   std::string Stores(const std::string& dest) {
     return " --name Probe --source odbc --source-driver SQLite3 --source-database '" +
