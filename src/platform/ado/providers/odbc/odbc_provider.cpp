@@ -229,12 +229,21 @@ ColumnInfo Describe(SQLHSTMT stmt, SQLUSMALLINT col, bool narrow) {
   c.baseTable = ColumnAttribute(stmt, col, SQL_DESC_BASE_TABLE_NAME, narrow);
   c.baseColumn = ColumnAttribute(stmt, col, SQL_DESC_BASE_COLUMN_NAME, narrow);
   c.type = AdoType(sqlType, isUnsigned == SQL_TRUE);
-  // The SQLite3 driver describes declared decimals as text.
+  // The SQLite3 driver describes declared decimals as text, and so the Jet
+  // words LONG, CURRENCY and YESNO that table creation declares for stores
+  // it takes for Access.
   std::string upperName = Upper(c.typeName);
-  if ((sqlType == SQL_VARCHAR || sqlType == SQL_CHAR || sqlType == SQL_DOUBLE ||
-       sqlType == SQL_FLOAT) &&
+  bool textual = sqlType == SQL_VARCHAR || sqlType == SQL_CHAR || sqlType == SQL_LONGVARCHAR ||
+                 sqlType == SQL_WVARCHAR || sqlType == SQL_WCHAR || sqlType == SQL_WLONGVARCHAR;
+  if ((textual || sqlType == SQL_DOUBLE || sqlType == SQL_FLOAT) &&
       (upperName.rfind("DECIMAL", 0) == 0 || upperName.rfind("NUMERIC", 0) == 0))
     c.type = adNumeric;
+  else if (textual && upperName == "LONG")
+    c.type = adInteger;
+  else if (textual && upperName == "CURRENCY")
+    c.type = adCurrency;
+  else if (textual && upperName == "YESNO")
+    c.type = adBoolean;
   SetSizes(c, size, digits);
   c.nullable = nullable != SQL_NO_NULLS;
   c.autoIncrement = autoUnique == SQL_TRUE;
