@@ -117,7 +117,15 @@ int RunNew(const Args& args) {
   project.SetProjectDirectory(std::filesystem::path(file).parent_path().string());
   project.SourceDataBase().DatabaseDirection = dbdSource;
   project.DestDataBase().DatabaseDirection = dbdTarget;
-  std::string error = project.ApplyDatabaseSource(false);
+  // A store that does not open says why; reading its catalogue would only
+  // report a closed connection.
+  auto opened = [](CDatabase& store) {
+    store.SetActive(true);
+    return store.LastErrorMessage();
+  };
+  std::string error = opened(project.SourceDataBase());
+  if (error.empty()) error = project.ApplyDatabaseSource(false);
+  if (error.empty()) error = opened(project.DestDataBase());
   if (error.empty()) error = project.ApplyDatabaseDest(false);
   if (error.empty()) error = project.SaveProject(file);
   project.SourceDataBase().SetActive(false);

@@ -1,12 +1,15 @@
 // The per-record call of a conversion: the generated txConvertMain with ten
 // field assignments (text columns cut with Left) on in-memory record sets
 // bound as Source and Destination, called N times through the script control's
-// engine by handle, as a job's record loop calls it. Prints the seconds.
+// engine by handle, as a job's record loop calls it. Prints the wall and the
+// processor seconds; per_call_us comes from the latter, which a busy machine
+// disturbs less.
 //
 //   convert_bench VBScript|JScript <calls>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <memory>
 #include <string>
 
@@ -87,10 +90,12 @@ int main(int argc, char** argv) {
   script::ProcedureHandle main = engine->FindProcedure("zsModuleConvertMain", "txConvertMain");
 
   auto start = std::chrono::steady_clock::now();
+  std::clock_t cpuStart = std::clock();
   for (long i = 0; i < calls; ++i) engine->Call(main, {});
+  double cpu = static_cast<double>(std::clock() - cpuStart) / CLOCKS_PER_SEC;
   double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  std::printf("%s: calls=%ld seconds=%.3f per_call_us=%.3f Name=%s\n", argv[1], calls, seconds,
-              seconds * 1e6 / calls,
+  std::printf("%s: calls=%ld seconds=%.3f cpu_seconds=%.3f per_call_us=%.3f Name=%s\n", argv[1],
+              calls, seconds, cpu, cpu * 1e6 / calls,
               destination->GetFields().Item("Name").Value().ToText().c_str());
   return 0;
 }

@@ -55,7 +55,9 @@ class CEngine {
   script::ScriptControl& ScriptHost() { return *scriptHost_; }
 
   // Runs the project: the one in `szFileName`, or Converter as it stands when
-  // the name is empty. The last error text of the run, "" for a clean one.
+  // the name is empty. Converter must be set either way (its event list is
+  // cleared first); a loaded project then replaces it. The last error text of
+  // the run, "" for a clean one.
   std::string Execute(std::string& szFileName);
 
   // Writes the failing record of `objJob` into the log: both statements, the

@@ -196,12 +196,15 @@ std::string CJobItem::GenerateSQLInsertRecord(std::string& szError) {
       if (!source.Recordset) throw VbError(91, {}, kSource);
       return Nvl(source.Recordset->GetFields().Item(source.KeyField).Value());
     };
-    std::string szObject = ItemObjectName;
-    if (!database.IsFileBased()) szObject = MakeIdentifier(szObject);
     const std::string& L = database.ColBracketLeft();
     const std::string& R = database.ColBracketRight();
+    // The record loop calls this once per record, and finding a store's native
+    // type reads the ODBC configuration: it is asked once per store here.
+    const std::int32_t native = database.DatabaseTypeNative();
+    const std::int32_t destNative =
+        &destDatabase == &database ? native : destDatabase.DatabaseTypeNative();
 
-    if (destDatabase.DatabaseTypeNative() == dbtOutlook) {
+    if (destNative == dbtOutlook) {
       if (Job->DestinationUpdate)
         sql = "[" + dest.KeyField + "]" + " = " + dest.KeyFieldBracket + sourceKey() +
               dest.KeyFieldBracket;
@@ -209,7 +212,7 @@ std::string CJobItem::GenerateSQLInsertRecord(std::string& szError) {
         sql = " [User1] = 'xxxxxxxx'";  // matches nothing: a plain insert sees an empty set
     } else if (!Job->DestinationUpdate) {
       if (columns_->Count() == 0) throw VbError(1000, "Keine Zielfelder definiert", kSource);
-      switch (database.DatabaseTypeNative()) {
+      switch (native) {
         case dbtMySQL:
           // Asks for a row assumed not to exist, so that the opened set stays small.
           sql = std::string(" SELECT * ") + kCrLf + " FROM " + "   " + ItemObjectName + " WHERE " +
@@ -231,6 +234,8 @@ std::string CJobItem::GenerateSQLInsertRecord(std::string& szError) {
       std::array<Variant, 1> args{Variant("txSQLSearchResult")};
       sql = ScriptControl->Call("Run", args).ToString();
     } else {
+      std::string szObject = ItemObjectName;
+      if (!database.IsFileBased()) szObject = MakeIdentifier(szObject);
       const std::string& DL = destDatabase.ColBracketLeft();
       const std::string& DR = destDatabase.ColBracketRight();
       sql = "SELECT * FROM " + DL + szObject + DR + " WHERE " + " " + DL + dest.ItemObjectName +

@@ -179,7 +179,16 @@ bool CDatabase::IsFileBased() {
 
 std::int32_t CDatabase::DatabaseTypeNative(const std::string& szConnection) {
   std::string text = szConnection.empty() ? ConnectionString() : szConnection;
-  switch (GetDatabaseTypeFromConnectString(text, 2)) {
+  // Statements ask for the type per record; the look-up in the ODBC
+  // configuration is made once per text until the store opens again.
+  auto known = nativeTypes_.find(text);
+  if (known != nativeTypes_.end()) return known->second;
+  if (nativeTypes_.size() > 16) nativeTypes_.clear();
+  return nativeTypes_[text] = NativeTypeOfCode(GetDatabaseTypeFromConnectString(text, 2));
+}
+
+std::int32_t CDatabase::NativeTypeOfCode(std::int32_t code) {
+  switch (code) {
     case -1:
       return dbtUndefined;
     case 0:

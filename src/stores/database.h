@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <pugixml.hpp>
 #include <string>
@@ -158,7 +159,11 @@ class CDatabase {
                                    std::shared_ptr<ado::Recordset>& objRS,
                                    const std::string& szSQL);
 
+  // The TDataBaseType of a store code of GetDatabaseTypeFromConnectString.
+  static std::int32_t NativeTypeOfCode(std::int32_t code);
+
   std::unique_ptr<CDatabaseObjects> objects_;
+  std::map<std::string, std::int32_t> nativeTypes_;  // connection text -> native type
   std::string connectionString_;
   std::string lastErrorMessage_;
   std::int32_t errorNumber_ = 0;

@@ -58,6 +58,7 @@ void CDatabase::Open() {
   try {
     CloseConnection(Connection.get());
     active_ = false;
+    nativeTypes_.clear();  // the ODBC configuration may have changed
     connection = ConnectionString();
     if (DatabaseType == dbtOutlook) {
       OpenOutlook();

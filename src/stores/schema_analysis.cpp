@@ -123,7 +123,7 @@ std::string CDatabase::Reload(bool bShowWorkForm, bool bShowErrors,
                            Converter ? Converter->ProductName() : std::string());
   } catch (...) {
     SetPendingError(std::current_exception());
-    if (result.empty()) result = BuildErrorText(1, std::string(), szStep);
+    result = BuildErrorText(1, std::string(), szStep);
     Err().Clear();
     ui::ShowHourglass(false);
     CloseRecordset(Recordset.get());
@@ -134,7 +134,6 @@ std::string CDatabase::Reload(bool bShowWorkForm, bool bShowErrors,
 
 std::string CDatabase::VerifyTables(bool bShowWorkForm, bool bShowErrors,
                                     ProgressBarControl* objProgressBar, LabelControl* objLabel) {
-  (void)bShowErrors;
   if (DatabaseDirection != dbdTarget || !Converter) return {};
   std::string result;
   std::string szStep;

@@ -12,6 +12,7 @@
 #include "platform/ado/connection.h"
 #include "platform/ado/recordset.h"
 #include "stores/database.h"
+#include "stores/field_types.h"
 #include "support/utf8.h"
 
 namespace ketrova::testing {
@@ -25,8 +26,22 @@ std::string ReadFile(const std::filesystem::path& path) {
   return s.str();
 }
 
+// The port of the MariaDB test server, from the data source the server
+// script wrote.
+std::string MariaPort() {
+  const char* ini = std::getenv("ODBCINI");
+  std::istringstream lines(ini ? ReadFile(ini) : std::string());
+  bool inMaria = false;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with("[")) inMaria = line == "[ketrova_maria]";
+    if (inMaria && line.starts_with("Port=")) return line.substr(5);
+  }
+  return "3306";
+}
+
 void AddColumn(CJobItem& side, const std::string& name, std::int32_t type, bool target) {
   CJobItemColumn& c = side.Columns().Add();
+  c.Quote = GetFieldDefault(type, c.DefaultValue);
   c.Name = name;
   c.DisplayName = name;
   c.Visible = true;
@@ -65,8 +80,16 @@ void EngineTest::SetUp() {
   if (Dialect() == "sqlite") {
     dest.DriverName = "SQLite3";
     dest.DatabaseName = (folder / "test.db").string();
+  } else if (Dialect() == "postgresql") {
+    dest.DataSourceName = "ketrova_pg";
+    dest.DatabaseName = database;
   } else {
-    dest.DataSourceName = Dialect() == "postgresql" ? "ketrova_pg" : "ketrova_maria";
+    // A MySQL store, so that records go by generated statements.
+    dest.DatabaseType = dbtMySQL;
+    dest.ServerName = "127.0.0.1";
+    dest.PortAdress = MariaPort();
+    dest.UserName = "ketrova";
+    dest.Password = "ketrova";
     dest.DatabaseName = database;
   }
 }

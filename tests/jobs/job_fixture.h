@@ -4,7 +4,9 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <stdlib.h>
 
+#include <filesystem>
 #include <string>
 
 #include "core/converter.h"
@@ -54,6 +56,20 @@ class JobTest : public ::testing::Test {
     project_.DestDataBase().DatabaseDirection = dbdTarget;
     job_ = &project_.Jobs().Add();
   }
+  void TearDown() override {
+    std::error_code ec;
+    if (!folder_.empty()) std::filesystem::remove_all(folder_, ec);
+  }
+
+  // A folder of the test's own for its files, removed afterwards.
+  const std::filesystem::path& Folder() {
+    if (folder_.empty()) {
+      std::string pattern =
+          (std::filesystem::temp_directory_path() / "ketrova-jobs-XXXXXX").string();
+      if (::mkdtemp(pattern.data())) folder_ = pattern;
+    }
+    return folder_;
+  }
 
   CJob& job() { return *job_; }
   CJobItem& source() { return job_->JobSource(); }
@@ -75,6 +91,7 @@ class JobTest : public ::testing::Test {
 
   CConverter project_;
   CJob* job_ = nullptr;
+  std::filesystem::path folder_;
 };
 
 }  // namespace ketrova::testing

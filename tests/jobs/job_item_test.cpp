@@ -2,7 +2,6 @@
 // its record set, rebuilding its columns from the fields, and what a failure
 // leaves behind.
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 
@@ -17,9 +16,7 @@ class JobItemTest : public testing::JobTest {
  protected:
   void SetUp() override {
     JobTest::SetUp();
-    std::string pattern = (std::filesystem::temp_directory_path() / "ketrova-jobs-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-    folder_ = pattern;
+    ASSERT_FALSE(Folder().empty());
     for (CDatabase* store : {&project_.SourceDataBase(), &project_.DestDataBase()}) {
       store->DatabaseType = dbtODBC;
       store->DriverName = "SQLite3";
@@ -38,8 +35,7 @@ class JobItemTest : public testing::JobTest {
   void TearDown() override {
     project_.SourceDataBase().SetActive(false);
     project_.DestDataBase().SetActive(false);
-    std::error_code ec;
-    std::filesystem::remove_all(folder_, ec);
+    JobTest::TearDown();
   }
   void Execute(CDatabase& store, const std::string& sql) {
     store.SetActive(true);
@@ -51,8 +47,6 @@ class JobItemTest : public testing::JobTest {
     side.ColumnsToList(list, true);
     return list;
   }
-
-  std::filesystem::path folder_;
 };
 
 TEST_F(JobItemTest, ColumnsComeFromTheFieldsAndMapByEqualNames) {
@@ -127,6 +121,24 @@ TEST_F(JobItemTest, ATargetOpenedForInsertStandsOnANewRecord) {
   dest().Recordset->Close();
   auto count = project_.DestDataBase().Connection->Execute("SELECT COUNT(*) FROM Kunden");
   EXPECT_EQ(count->GetFields().Item(0).Value().ToLong(), 1);
+}
+
+TEST_F(JobItemTest, AStoreOfItsOwnServesEditingButNotTheOpen) {
+  auto other = std::make_unique<CDatabase>();
+  other->DatabaseType = dbtODBC;
+  other->DriverName = "SQLite3";
+  other->DatabaseName = (folder_ / "dest.sqlite").string();
+  CDatabase* own = other.get();
+  // With no object named yet, nothing can be read.
+  EXPECT_EQ(source().ChangeDataBase(std::move(other), false), Variant(false).ToString());
+  EXPECT_TRUE(source().DifferentDataBase());
+  EXPECT_EQ(source().Database(), own);
+  EXPECT_EQ(own->Objects().Count(), 1);
+
+  source().ItemObjectName = "Kunden Liste";
+  ASSERT_TRUE(source().OpenRecordSet()) << source().LastErrorMessage;
+  EXPECT_EQ(source().Recordset->GetFields().Item("Ort").Value().ToString(), "Köln");
+  own->SetActive(false);
 }
 
 }  // namespace

@@ -2,11 +2,11 @@
 // side kind. The field values come from a real SQLite table read through the
 // ODBC driver.
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 #include <memory>
 
+#include "engine/script_host_object.h"
 #include "jobs/job_fixture.h"
 #include "platform/ado/connection.h"
 #include "platform/ado/recordset.h"
@@ -193,11 +193,8 @@ class SourceRecordTest : public StatementsTest {
  protected:
   void SetUp() override {
     StatementsTest::SetUp();
-    std::string pattern = (std::filesystem::temp_directory_path() / "ketrova-jobs-XXXXXX").string();
-    ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-    folder_ = pattern;
     db_ = std::make_shared<ado::Connection>();
-    db_->Open("Driver={SQLite3};Database=" + (folder_ / "source.db").string());
+    db_->Open("Driver={SQLite3};Database=" + (Folder() / "source.db").string());
     db_->Execute(
         "CREATE TABLE Kunden (Id INTEGER, Name VARCHAR(40), Born DATE, Amount DOUBLE, "
         "Note VARCHAR(40), Flag VARCHAR(5))");
@@ -222,11 +219,9 @@ class SourceRecordTest : public StatementsTest {
     source().Recordset.reset();
     rs_.reset();
     if (db_) db_->Close();
-    std::error_code ec;
-    std::filesystem::remove_all(folder_, ec);
+    StatementsTest::TearDown();
   }
 
-  std::filesystem::path folder_;
   ado::ConnectionPtr db_;
   std::shared_ptr<ado::Recordset> rs_;
 };
@@ -279,17 +274,6 @@ TEST_F(SourceRecordTest, TargetOpenForUpdateByKey) {
   EXPECT_NE(error.find("Fehler Nr.: "), std::string::npos);
 }
 
-// The script control as the engine hands it to a job side: Run by name.
-class ScriptControlObject : public Object {
- public:
-  std::string TypeName() const override { return "ScriptControl"; }
-  Variant Invoke(int, InvokeKind, std::span<Variant> args) override {
-    return control.Run(args[0].ToString());
-  }
-  int GetIDOfName(std::string_view name) override { return name == "Run" ? 1 : kDispIdUnknown; }
-  script::ScriptControl control;
-};
-
 TEST_F(StatementsTest, UserSearchStatementComesFromTheScript) {
   UseStore(project_.DestDataBase(), dbtSQLServer);
   job().DestinationUpdate = true;
@@ -298,11 +282,11 @@ TEST_F(StatementsTest, UserSearchStatementComesFromTheScript) {
   EXPECT_EQ(dest().GenerateSQLInsertRecord(error), "");
   EXPECT_NE(error.find("Fehler Nr.: 424"), std::string::npos);
 
-  auto control = std::make_shared<ScriptControlObject>();
-  control->control.AddCode(
+  script::ScriptControl control;
+  control.AddCode(
       "Function txSQLSearchResult()\r\n  txSQLSearchResult = \"SELECT * FROM X WHERE A = 1\"\r\n"
       "End Function\r\n");
-  dest().ScriptControl = control;
+  dest().ScriptControl = std::make_shared<ScriptHostObject>(control);
   EXPECT_EQ(dest().GenerateSQLInsertRecord(error), "SELECT * FROM X WHERE A = 1");
   EXPECT_EQ(error, "");
 }

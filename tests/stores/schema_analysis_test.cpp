@@ -1,5 +1,8 @@
 // Schema analysis and table creation on a real store of each back-end.
 #include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
 
 #include "jobs/job.h"
 #include "jobs/jobs.h"
@@ -76,6 +79,7 @@ TEST_P(SchemaTest, ReloadReadsTablesViewsAndColumnsAndLogsWhatItCannotRead) {
   ASSERT_EQ(project.Logs().Count(), 1);
   EXPECT_EQ(project.Logs().Item(1).Message.rfind("Objekt [its] öffnen ", 0), 0u)
       << project.Logs().Item(1).Message;
+  EXPECT_EQ(project.Logs().Item(1).Message.find("\r\n"), std::string::npos);  // one line
   ASSERT_EQ(ui->CallsOf("MsgBox").size(), 1u);
   EXPECT_NE(ui->CallsOf("MsgBox")[0].find(
                 "\"Insgesammt konnten 1 Tabellen oder Views nicht analysiert werden. Überprüfen "
@@ -126,6 +130,44 @@ TEST_P(SchemaTest, GeneratedTableRunsOnTheStore) {
   EXPECT_FALSE(dest.ObjectExists("kunden_neu"));
   EXPECT_EQ(dest.CreateObject("kunden_neu", sql), "");
   EXPECT_TRUE(dest.ObjectExists("KUNDEN_NEU"));
+}
+
+TEST_P(SchemaTest, VerifyTablesCopiesATableFromAnotherStore) {
+  // The source is a SQLite file of its own, the destination the back-end.
+  std::filesystem::path sourceFolder =
+      std::filesystem::temp_directory_path() / ("ketrova-quelle-" + std::to_string(::getpid()));
+  std::filesystem::create_directories(sourceFolder);
+  CDatabase& source = project.SourceDataBase();
+  source.DatabaseType = dbtODBC;
+  source.DriverName = "SQLite3";
+  source.DatabaseName = (sourceFolder / "quelle.sqlite").string();
+  source.SetActive(true);
+  Exec(source,
+       "CREATE TABLE [Bestellte Artikel] (nr INTEGER PRIMARY KEY, bez VARCHAR(30), "
+       "menge INTEGER, preis DECIMAL(10,2))");
+  for (const char* index : {"CREATE INDEX ix_bez ON [Bestellte Artikel] (bez)",
+                            "CREATE INDEX ix_menge ON [Bestellte Artikel] (menge)",
+                            "CREATE INDEX ix_s_preis ON [Bestellte Artikel] (preis)"})
+    Exec(source, index);
+  ASSERT_EQ(source.Reload(), "");
+
+  CDatabase& dest = project.DestDataBase();
+  Configure(dest);
+  dest.SetActive(true);
+  ASSERT_EQ(dest.ErrorNumber(), 0) << dest.LastErrorMessage();
+  EXPECT_EQ(dest.VerifyTables(), "");
+  EXPECT_EQ(project.Logs().Count(), 0);
+  std::string error;
+  CDatabaseObject* copied = dest.ObjectByName("Bestellte Artikel", error, false);
+  ASSERT_NE(copied, nullptr);
+  EXPECT_EQ(copied->Name, "Bestellte_Artikel");
+  ASSERT_EQ(copied->Fields().Count(), 4);
+  EXPECT_EQ(copied->Fields().Item(2).Name, "bez");
+  EXPECT_EQ(copied->Fields().Item(2).DefinedSize, 30);
+
+  source.SetActive(false);
+  std::filesystem::remove_all(sourceFolder);
+  ExecQuietly("DROP TABLE IF EXISTS [Bestellte_Artikel]");
 }
 
 INSTANTIATE_TEST_SUITE_P(Stores, SchemaTest, ::testing::ValuesIn(ado::testing::TestBackends()),

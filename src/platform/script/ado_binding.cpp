@@ -1,5 +1,6 @@
 #include "platform/script/ado_binding.h"
 
+#include <typeinfo>
 #include <unordered_map>
 
 #include "platform/ado/connection.h"
@@ -74,18 +75,25 @@ class FieldsView : public BoundObject<FieldsView>, public ScriptView {
   std::string TypeName() const override { return "Fields"; }
   ObjectPtr Target() const override { return fields_; }
 
-  // The view of the field a script names by position or name.
+  // The view of the field a script names by position or name. A conversion
+  // names the same fields with the same texts record after record, so a name
+  // leads straight to its view; the entry holds while the field is still at
+  // its position (a record set opened again has new fields).
   ObjectPtr Item(const Variant& key) {
-    ado::Field& field = fields_->Item(PlainValue(key));
-    auto& view = views_[&field];
-    if (!view) {
-      // Fields of a record set opened again are new objects; drop the old views.
-      if (views_.size() > 4 * static_cast<std::size_t>(fields_->Count()) + 16) {
-        views_.clear();
-        return Item(key);
-      }
-      view = std::make_shared<FieldView>(
-          std::static_pointer_cast<ado::Field>(field.shared_from_this()), owner_);
+    if (key.IsString()) {
+      auto it = byName_.find(key.AsString());
+      if (it != byName_.end() && it->second.index < fields_->Count() &&
+          fields_->ItemPtr(it->second.index) == it->second.field)
+        return it->second.view;
+    }
+    Variant plain = PlainValue(key);
+    ado::Field& field = fields_->Item(plain);
+    std::int32_t index = 0;
+    while (fields_->ItemPtr(index).get() != &field) ++index;
+    ObjectPtr view = std::make_shared<FieldView>(fields_->ItemPtr(index), owner_);
+    if (key.IsString()) {
+      if (byName_.size() > 4 * static_cast<std::size_t>(fields_->Count()) + 16) byName_.clear();
+      byName_[key.AsString()] = Named{index, fields_->ItemPtr(index), view};
     }
     return view;
   }
@@ -113,7 +121,7 @@ class FieldsView : public BoundObject<FieldsView>, public ScriptView {
             .Enumeration([](T& f) {
               std::vector<Variant> items;
               for (std::int32_t i = 0; i < f.fields_->Count(); ++i)
-                items.emplace_back(f.Item(Variant::Long(i)));
+                items.emplace_back(std::make_shared<FieldView>(f.fields_->ItemPtr(i), f.owner_));
               return std::make_unique<VectorEnumerator>(std::move(items));
             });
     return table;
@@ -122,7 +130,12 @@ class FieldsView : public BoundObject<FieldsView>, public ScriptView {
  private:
   std::shared_ptr<ado::Fields> fields_;
   ObjectPtr owner_;
-  std::unordered_map<const ado::Field*, ObjectPtr> views_;
+  struct Named {
+    std::int32_t index;
+    std::shared_ptr<ado::Field> field;
+    ObjectPtr view;
+  };
+  std::unordered_map<std::string, Named> byName_;
 };
 
 class RecordsetView : public BoundObject<RecordsetView>, public ScriptView {
@@ -168,7 +181,7 @@ class RecordsetView : public BoundObject<RecordsetView>, public ScriptView {
                 "ActiveConnection",
                 [](T& r, Args) {
                   auto c = r.rs_->ActiveConnection();
-                  return c ? Variant(BindForScript(c)) : Variant(ObjectPtr());
+                  return Variant(ObjectPtr(c));
                 },
                 [](T& r, Args, const Variant& v) {
                   auto c = std::dynamic_pointer_cast<ado::Connection>(
@@ -227,9 +240,12 @@ class RecordsetView : public BoundObject<RecordsetView>, public ScriptView {
     for (std::size_t i = 0; i < names.size(); ++i)
       rs_->GetFields().Item(PlainValue(names[i])).SetValue(PlainValue(values[i]));
   }
+  // With values the new record is saved at once, as ADO does.
   void AddNew(Args a) {
     rs_->AddNew();
+    if (!Given(a, 0)) return;
     SetValues(a);
+    rs_->Update();
   }
   void Update(Args a) {
     SetValues(a);
@@ -287,7 +303,7 @@ class ConnectionView : public BoundObject<ConnectionView>, public ScriptView {
                       auto rs = c.c_->Execute(PlainValue(a[0]).ToString(), &affected,
                                               Given(a, 2) ? a[2].ToLong() : -1);
                       if (a.size() > 1) a[1] = affected;
-                      return Variant(BindForScript(rs));
+                      return Variant(ObjectPtr(rs));
                     })
             .Method("BeginTrans", 0, 0,
                     [](T& c, Args) { return Variant::Long(c.c_->BeginTrans()); })
@@ -302,7 +318,7 @@ class ConnectionView : public BoundObject<ConnectionView>, public ScriptView {
                       return Variant();
                     })
             .Method("OpenSchema", 1, 3, [](T& c, Args a) {
-              return Variant(BindForScript(c.c_->OpenSchema(a[0].ToLong())));
+              return Variant(ObjectPtr(c.c_->OpenSchema(a[0].ToLong())));
             });
     return table;
   }
@@ -313,16 +329,25 @@ class ConnectionView : public BoundObject<ConnectionView>, public ScriptView {
 
 }  // namespace
 
+// By exact type: this runs for every object a bound member answers, and a
+// type comparison is far cheaper than a dynamic_cast.
+bool NeedsScriptView(const Object& object) {
+  const std::type_info& type = typeid(object);
+  return type == typeid(ado::Recordset) || type == typeid(ado::Connection) ||
+         type == typeid(ado::Fields) || type == typeid(ado::Field);
+}
+
 ObjectPtr BindForScript(ObjectPtr object) {
-  if (!object || dynamic_cast<ScriptView*>(object.get())) return object;
-  if (auto rs = std::dynamic_pointer_cast<ado::Recordset>(object))
-    return std::make_shared<RecordsetView>(std::move(rs));
-  if (auto c = std::dynamic_pointer_cast<ado::Connection>(object))
-    return std::make_shared<ConnectionView>(std::move(c));
-  if (auto f = std::dynamic_pointer_cast<ado::Fields>(object))
-    return std::make_shared<FieldsView>(std::move(f), nullptr);
-  if (auto f = std::dynamic_pointer_cast<ado::Field>(object))
-    return std::make_shared<FieldView>(std::move(f), nullptr);
+  if (!object) return object;
+  const std::type_info& type = typeid(*object);
+  if (type == typeid(ado::Recordset))
+    return std::make_shared<RecordsetView>(std::static_pointer_cast<ado::Recordset>(object));
+  if (type == typeid(ado::Connection))
+    return std::make_shared<ConnectionView>(std::static_pointer_cast<ado::Connection>(object));
+  if (type == typeid(ado::Fields))
+    return std::make_shared<FieldsView>(std::static_pointer_cast<ado::Fields>(object), nullptr);
+  if (type == typeid(ado::Field))
+    return std::make_shared<FieldView>(std::static_pointer_cast<ado::Field>(object), nullptr);
   return object;
 }
 

@@ -4,8 +4,9 @@
 // works in VBScript (Fields takes the name, Value is the Field's default
 // member) and `.Value` in JScript.
 //
-// The engines pass every object they are given through BindForScript, so a
-// host adds the ado object itself. A view keeps its ado object alive; views of
+// The engines pass every object they are given through BindForScript, and
+// so do bound members for the objects they answer, so a host adds or answers
+// the ado object itself. A view keeps its ado object alive; views of
 // the fields of one record set are made once and reused, since a conversion
 // reads and writes them once per record.
 #pragma once
@@ -13,6 +14,9 @@
 #include "support/object.h"
 
 namespace ketrova::script {
+
+// Whether the object is one of the ado classes that scripts see through a view.
+bool NeedsScriptView(const Object& object);
 
 // The script view of an ado object; any other object (and a view) unchanged.
 ObjectPtr BindForScript(ObjectPtr object);

@@ -8,6 +8,7 @@
 
 #include "platform/ado/connection.h"
 #include "platform/ado/recordset.h"
+#include "platform/script/binding.h"
 #include "platform/script/script_control.h"
 
 namespace ketrova::script {
@@ -126,6 +127,72 @@ TEST_P(RecordScripts, UnknownFieldFailsWithTheScriptLine) {
                                   "}\r\n"));
   EXPECT_EQ(control_.Error().Number, 3265);
   EXPECT_EQ(control_.Error().Line, 3);
+}
+
+// Record access a script makes itself: a connection by connection string, a
+// record set opened on it, and an in-memory record set built field by field.
+TEST_P(RecordScripts, ScriptsCreateConnectionsAndRecordsets) {
+  std::string file = (folder_ / "test.db").string();
+  control_.AddCode(
+      VB() ? "Function Names(file)\r\n"
+             "  Dim c, rs, s : Set c = CreateObject(\"ADODB.Connection\")\r\n"
+             "  c.Open \"Driver={SQLite3};Database=\" & file\r\n"
+             "  Set rs = CreateObject(\"ADODB.Recordset\")\r\n"
+             "  rs.Open \"SELECT Name FROM Kunden ORDER BY ID\", c\r\n"
+             "  Do Until rs.EOF : s = s & rs(\"Name\") & \";\" : rs.MoveNext : Loop\r\n"
+             "  rs.Close : c.Close\r\n"
+             "  Set rs = CreateObject(\"ADODB.Recordset\")\r\n"
+             "  rs.Fields.Append \"X\", 202, 10\r\n"
+             "  rs.Open\r\n"
+             "  rs.AddNew \"X\", \"eins\"\r\n"
+             "  rs.AddNew Array(\"X\"), Array(\"zwei\")\r\n"
+             "  rs.MoveFirst\r\n"
+             "  For Each f In rs.Fields : s = s & f.Name & rs.RecordCount & f.Value : Next\r\n"
+             "  Names = s\r\n"
+             "End Function\r\n"
+           : "function Names(file) {\r\n"
+             "  var c = new ActiveXObject('ADODB.Connection'), s = '';\r\n"
+             "  c.Open('Driver={SQLite3};Database=' + file);\r\n"
+             "  var rs = new ActiveXObject('ADODB.Recordset');\r\n"
+             "  rs.Open('SELECT Name FROM Kunden ORDER BY ID', c);\r\n"
+             "  for (; !rs.EOF; rs.MoveNext()) s += rs.Fields('Name').Value + ';';\r\n"
+             "  rs.Close(); c.Close();\r\n"
+             "  rs = new ActiveXObject('ADODB.Recordset');\r\n"
+             "  rs.Fields.Append('X', 202, 10);\r\n"
+             "  rs.Open();\r\n"
+             "  rs.AddNew('X', 'eins');\r\n"
+             "  rs.AddNew(); rs.Fields('X').Value = 'zwei'; rs.Update();\r\n"
+             "  rs.MoveFirst();\r\n"
+             "  for (var e = new Enumerator(rs.Fields); !e.atEnd(); e.moveNext())\r\n"
+             "    s += e.item().Name + rs.RecordCount + e.item().Value;\r\n"
+             "  return s;\r\n"
+             "}\r\n");
+  Variant args[] = {Variant(file)};
+  EXPECT_EQ(control_.Run("Names", args).ToText(), "Müller-Lüdenscheidt;Ökonom;X2eins");
+}
+
+// An object of the host that answers a record set of its own (a job side's
+// Recordset) hands scripts a usable one.
+class Side : public BoundObject<Side> {
+ public:
+  std::string TypeName() const override { return "CJobSide"; }
+  static const MemberTable<Side>& Members() {
+    static const auto table = MemberTable<Side>().Property(
+        "Recordset", [](Side& s, Args) { return Variant(ObjectPtr(s.rs)); });
+    return table;
+  }
+  std::shared_ptr<ado::Recordset> rs;
+};
+
+TEST_P(RecordScripts, RecordSetsAnsweredByHostObjectsAreUsable) {
+  auto side = std::make_shared<Side>();
+  side->rs = db_->Execute("SELECT Name FROM Kunden ORDER BY ID");
+  control_.AddObject("JobSource", side);
+  EXPECT_EQ(control_
+                .Eval(VB() ? "JobSource.Recordset(\"Name\") & JobSource.Recordset.EOF"
+                           : "JobSource.Recordset.Fields('Name').Value + JobSource.Recordset.EOF")
+                .ToText(),
+            VB() ? "Müller-LüdenscheidtFalsch" : "Müller-Lüdenscheidtfalse");
 }
 
 INSTANTIATE_TEST_SUITE_P(Languages, RecordScripts, ::testing::Values("VBScript", "JScript"),

@@ -62,6 +62,13 @@ std::string CompileErrorText(std::int32_t number) {
   return it != texts.end() ? it->second : VbErrorText(number);
 }
 
+std::string RaisedErrorText(std::int32_t number) {
+  // What support answers for a number it has no text for (VB's own wording).
+  static const std::string unknown = VbErrorText(0);
+  std::string text = CompileErrorText(number);
+  return text == unknown ? "Unbekannter Laufzeitfehler" : text;
+}
+
 void RaiseCompileError(std::int32_t number, int line, int column) {
   throw ScriptError(number, CompileErrorText(number), kCompileErrorSource, line, column);
 }

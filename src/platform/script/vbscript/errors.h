@@ -68,6 +68,10 @@ enum CompileError : std::int32_t {
 // The German text of a compile error number.
 std::string CompileErrorText(std::int32_t number);
 
+// The description Err.Raise gives a number raised without one: VBScript's
+// own text where it has one, else "Unbekannter Laufzeitfehler".
+std::string RaisedErrorText(std::int32_t number);
+
 // Throws ScriptError with the compile-error source.
 [[noreturn]] void RaiseCompileError(std::int32_t number, int line, int column);
 

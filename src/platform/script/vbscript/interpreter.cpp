@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include <cstdint>
+#include <memory>
 
 #include "platform/script/engine.h"
 #include "platform/script/vbscript/compiler.h"
@@ -25,7 +26,7 @@ struct Frame {
 
 // An instance of a script class: its fields, and its members reached through
 // the interpreter.
-class ClassInstance : public Object {
+class ClassInstance final : public Object {
  public:
   ClassInstance(ClassDef* cls, std::shared_ptr<Module> module, Interpreter* interp,
                 std::shared_ptr<bool> alive)
@@ -62,6 +63,14 @@ class ClassInstance : public Object {
   std::shared_ptr<bool> alive;
   std::vector<Variant> fields;
 };
+
+// A script class's instance. ClassInstance is final, so comparing the type is
+// enough, and far cheaper on the per-member path than a dynamic_cast across
+// the host objects' several bases.
+ClassInstance* AsClassInstance(Object* object) {
+  return object && typeid(*object) == typeid(ClassInstance) ? static_cast<ClassInstance*>(object)
+                                                            : nullptr;
+}
 
 namespace {
 
@@ -125,7 +134,9 @@ class ErrObjectRef : public Object {
         };
         std::string source = text(1);
         if (source.empty()) source = kRuntimeErrorSource;
-        throw VbError(number, text(2), source);
+        std::string description = text(2);
+        if (description.empty()) description = RaisedErrorText(number);
+        throw VbError(number, description, source);
       }
       case 7:
         err_.Clear();
@@ -557,18 +568,29 @@ struct Interpreter::Impl {
   }
 
   // ---- argument lists
+  // Arguments of one call. Up to kInline live on the stack, and only as many
+  // as the call has are constructed: this runs for every call and member
+  // access of a script.
   struct Args {
     explicit Args(size_t n) : n(n) {
       if (n > kInline) {
         heap.resize(n);
         data = heap.data();
+      } else {
+        data = reinterpret_cast<Variant*>(inline_);
+        std::uninitialized_value_construct_n(data, n);
       }
     }
+    ~Args() {
+      if (n <= kInline) std::destroy_n(data, n);
+    }
+    Args(const Args&) = delete;
+    Args& operator=(const Args&) = delete;
     static constexpr size_t kInline = 6;
     size_t n;
-    Variant inline_[kInline];
+    alignas(Variant) unsigned char inline_[kInline * sizeof(Variant)];
     std::vector<Variant> heap;
-    Variant* data = inline_;
+    Variant* data;
     std::span<Variant> span() { return {data, n}; }
   };
 
@@ -852,7 +874,7 @@ struct Interpreter::Impl {
 
   int DispId(Expr& e, Object& object) {
     const void* key = &object;
-    if (auto* instance = dynamic_cast<ClassInstance*>(&object)) key = instance->cls;
+    if (auto* instance = AsClassInstance(&object)) key = instance->cls;
     const std::type_info* type = &typeid(object);
     if (e.cache.object == key && e.cache.type == type) return e.cache.dispId;
     int id = object.GetIDOfName(e.name);
@@ -872,7 +894,7 @@ struct Interpreter::Impl {
     EvalArgs(argExprs, f, args, false);
     Variant result = object->Invoke(dispId, kind, args.span());
     // Variables passed to a script class's ByRef parameters take the new value.
-    if (!argExprs.empty() && dynamic_cast<ClassInstance*>(object.get())) {
+    if (!argExprs.empty() && AsClassInstance(object.get())) {
       for (size_t i = 0; i < argExprs.size(); ++i) {
         Expr* a = argExprs[i].get();
         if (a && a->kind == ExprKind::kName && !a->hasArgs && IsVariableBinding(a->bind.kind))
@@ -1135,7 +1157,7 @@ struct Interpreter::Impl {
       case ExprKind::kWithMember: {
         ObjectPtr object = RequireObject(MemberTarget(t, f));
         int id = DispId(t, *object);
-        if (!t.args.empty() && !isSet && !dynamic_cast<ClassInstance*>(object.get())) {
+        if (!t.args.empty() && !isSet && !AsClassInstance(object.get())) {
           // obj.Fields("a") = 5: the value goes to the default member of what
           // the property answers, when that is an object.
           Args args(t.args.size());

@@ -1,5 +1,8 @@
 #include "platform/script/vbscript/regexp.h"
 
+#include <pthread.h>
+
+#include <exception>
 #include <locale>
 
 #include "platform/script/vbscript/builtins.h"
@@ -117,6 +120,46 @@ MemberTable<RegExp>& Flag(MemberTable<RegExp>& table, std::string name) {
       [](RegExp& r, BoundArgs, const Variant& v) { r.*flag = v.ToBool(); });
 }
 
+// std::regex matches by recursion, some hundred bytes of stack for each
+// character a repeated part runs over: a memo field of a few thousand
+// characters would overflow the caller's stack. Longer texts are matched on a
+// thread of their own with a large stack (only touched pages cost memory),
+// and a text too long even for that raises 28.
+constexpr std::size_t kMatchInPlace = 256;  // characters
+constexpr std::size_t kLargeStack = std::size_t{1} << 30;
+constexpr std::size_t kStackPerChar = 2048;
+
+template <typename F>
+void MatchWithStack(std::size_t length, F&& match) {
+  if (length <= kMatchInPlace) {
+    match();
+    return;
+  }
+  if (length > kLargeStack / kStackPerChar) throw VbError(28);
+  struct Job {
+    std::remove_reference_t<F>* match;
+    std::exception_ptr error;
+  } job{&match, nullptr};
+  auto run = [](void* p) -> void* {
+    auto* j = static_cast<Job*>(p);
+    try {
+      (*j->match)();
+    } catch (...) {
+      j->error = std::current_exception();
+    }
+    return nullptr;
+  };
+  pthread_attr_t attr;
+  pthread_attr_init(&attr);
+  pthread_attr_setstacksize(&attr, kLargeStack);
+  pthread_t thread;
+  int rc = pthread_create(&thread, &attr, run, &job);
+  pthread_attr_destroy(&attr);
+  if (rc != 0) throw VbError(7);
+  pthread_join(thread, nullptr);
+  if (job.error) std::rethrow_exception(job.error);
+}
+
 }  // namespace
 
 const MemberTable<RegExp>& RegExp::Members() {
@@ -165,17 +208,21 @@ const std::wregex& RegExp::Compiled() {
 bool RegExp::Test(const std::string& text) {
   const std::wregex& re = Compiled();
   std::wstring wide = Wide(text);
-  return std::regex_search(wide, re);
+  bool found = false;
+  MatchWithStack(wide.size(), [&] { found = std::regex_search(wide, re); });
+  return found;
 }
 
 ObjectPtr RegExp::Execute(const std::string& text) {
   const std::wregex& re = Compiled();
   std::wstring wide = Wide(text);
   std::vector<Variant> matches;
-  for (std::wsregex_iterator it(wide.begin(), wide.end(), re), end; it != end; ++it) {
-    matches.emplace_back(MakeMatch(*it));
-    if (!Global) break;
-  }
+  MatchWithStack(wide.size(), [&] {
+    for (std::wsregex_iterator it(wide.begin(), wide.end(), re), end; it != end; ++it) {
+      matches.emplace_back(MakeMatch(*it));
+      if (!Global) break;
+    }
+  });
   return std::make_shared<Matches>(std::move(matches));
 }
 
@@ -183,7 +230,11 @@ std::string RegExp::Replace(const std::string& text, const std::string& replacem
   const std::wregex& re = Compiled();
   auto flags = std::regex_constants::format_default;
   if (!Global) flags |= std::regex_constants::format_first_only;
-  return Narrow(std::regex_replace(Wide(text), re, Wide(replacement), flags));
+  std::wstring wide = Wide(text);
+  std::wstring result;
+  MatchWithStack(wide.size(),
+                 [&] { result = std::regex_replace(wide, re, Wide(replacement), flags); });
+  return Narrow(result);
 }
 
 ObjectPtr CreateRegExp() {

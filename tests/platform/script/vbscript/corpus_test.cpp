@@ -1,6 +1,8 @@
 // Runs every script of the corpus folder and compares what it prints with the
 // .out file beside it. A script that fails ends its output with a line
-// "Fehler <number> in <line>,<column>: <description> (<source>)".
+// "Fehler <number> in <line>,<column>: <description> (<source>)". The helper
+// procedures of helpers.inc are added before each script, as a text of their
+// own, so that the script's lines keep their numbers.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -35,6 +37,7 @@ std::string RunScript(const std::string& code) {
   auto out = std::make_shared<PrintObject>();
   engine->AddObject("Test", out, true);
   try {
+    engine->AddCode(kGlobalModule, ReadFile(fs::path(VBSCRIPT_CORPUS) / "helpers.inc"));
     engine->AddCode(kGlobalModule, code);
   } catch (const ScriptError& e) {
     out->output += "Fehler " + std::to_string(e.Number) + " in " + std::to_string(e.Line) + "," +

@@ -7,8 +7,8 @@
 
 #include <random>
 
+#include "platform/ado/recordset.h"
 #include "platform/script/vbscript/print_object.h"
-#include "platform/script/vbscript/record_objects.h"
 
 namespace ketrova::script::vbscript::testing {
 namespace {
@@ -151,10 +151,22 @@ TEST(VBScriptEngine, RunTimeErrorsCarryTheirPosition) {
   EXPECT_EQ(engine->Eval(kGlobalModule, "1 + 1").ToLong(), 2);
 }
 
+// An in-memory record set on a new record, as the engine hands the scripts
+// their Source and Destination.
+std::shared_ptr<ado::Recordset> Record() {
+  auto rs = std::make_shared<ado::Recordset>();
+  rs->GetFields().Append("Name", ado::adVarWChar, 50);
+  rs->GetFields().Append("Id", ado::adInteger);
+  rs->GetFields().Append("Kdnr", ado::adVarWChar, 10);
+  rs->Open();
+  rs->AddNew();
+  return rs;
+}
+
 TEST(VBScriptEngine, GeneratedConversionScriptCopiesTheRecord) {
   auto engine = CreateVBScriptEngine();
-  auto source = std::make_shared<RecordObject>();
-  auto destination = std::make_shared<RecordObject>();
+  auto source = Record();
+  auto destination = Record();
   engine->AddObject("Source", source, true);
   engine->AddObject("Destination", destination, true);
   engine->AddModule(kConvert);
@@ -169,15 +181,15 @@ TEST(VBScriptEngine, GeneratedConversionScriptCopiesTheRecord) {
   ProcedureHandle main = engine->FindProcedure(kConvert, "txConvertMain");
   ASSERT_NE(main, nullptr);
   for (int id = 1; id <= 3; ++id) {
-    source->Field("Name")->value = "Datensatz " + std::to_string(id);
-    source->Field("Id")->value = id;
+    source->GetFields().Item("Name").SetValue("Datensatz " + std::to_string(id));
+    source->GetFields().Item("Id").SetValue(id);
     EXPECT_TRUE(engine->Call(main, {}).IsEmpty());
-    EXPECT_EQ(destination->Field("Name")->value.ToString(), "Daten");
-    EXPECT_EQ(destination->Field("Id")->value.ToLong(), id);
+    EXPECT_EQ(destination->GetFields().Item("Name").Value().ToString(), "Daten");
+    EXPECT_EQ(destination->GetFields().Item("Id").Value().ToLong(), id);
   }
-  source->Field("Name")->value = Variant::Null();
+  source->GetFields().Item("Name").SetValue(Variant::Null());
   engine->Call(main, {});
-  EXPECT_TRUE(destination->Field("Name")->value.IsNull());
+  EXPECT_TRUE(destination->GetFields().Item("Name").Value().IsNull());
 }
 
 TEST(VBScriptEngine, SkeletonsAndTemplatesCompile) {
@@ -191,11 +203,11 @@ TEST(VBScriptEngine, SkeletonsAndTemplatesCompile) {
                   "Function txSQLSearchResult\r\n   Dim szSQL \r\n   szSQL = \"\"\r\n\r\n\r\n"
                   "   txSQLSearchResult = szSQL\r\nEnd Function\r\n");
   EXPECT_EQ(engine->Run(kGlobalModule, "txSQLSearchResult", {}).ToString(), "");
-  auto destination = std::make_shared<RecordObject>();
-  auto source = std::make_shared<RecordObject>();
+  auto destination = Record();
+  auto source = Record();
   engine->AddObject("Destination", destination, true);
   engine->AddObject("Source", source, true);
-  source->Field("Kdnr")->value = "K1";
+  source->GetFields().Item("Kdnr").SetValue("K1");
   engine->AddCode(kGlobalModule,
                   "Function txSQLDestinationUpdate\r\n   Dim szSQL \r\n"
                   " szSQL = \"Nr\" = Source.Fields(\"Kdnr\")\r\n\r\n\r\n"

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <optional>
 
 #include "platform/ado/providers/odbc/odbc_diagnostics.h"
 #include "platform/ado/value_text.h"
@@ -119,6 +120,18 @@ DataTypeEnum AdoType(SQLSMALLINT sqlType, bool isUnsigned) {
   }
 }
 
+// The ADO type of a Jet type word that a driver described as text.
+std::optional<DataTypeEnum> JetTypeWord(const std::string& upperName) {
+  static const std::pair<const char*, DataTypeEnum> words[] = {
+      {"CURRENCY", adCurrency},       {"MONEY", adCurrency}, {"LONG", adInteger},
+      {"COUNTER", adInteger},         {"YESNO", adBoolean},  {"LONGTEXT", adLongVarWChar},
+      {"MEMO", adLongVarWChar},       {"NUMBER", adNumeric}, {"BINARY", adLongVarBinary},
+      {"LONGBINARY", adLongVarBinary}};
+  for (const auto& [word, type] : words)
+    if (upperName == word) return type;
+  return std::nullopt;
+}
+
 // DefinedSize, Precision and NumericScale as ADO reports them: bytes for fixed
 // types, characters for text, 255 where a value has no meaning.
 void SetSizes(ColumnInfo& c, SQLULEN columnSize, SQLSMALLINT digits) {
@@ -177,6 +190,10 @@ void SetSizes(ColumnInfo& c, SQLULEN columnSize, SQLSMALLINT digits) {
       c.precision = static_cast<std::uint8_t>(std::clamp<std::int64_t>(size, 0, 255));
       c.numericScale = static_cast<std::uint8_t>(std::clamp<int>(digits, 0, 255));
       break;
+    case adCurrency:
+      c.definedSize = 8;
+      c.precision = 19;
+      break;
     case adGUID:
       c.definedSize = 16;
       c.precision = 255;
@@ -229,21 +246,17 @@ ColumnInfo Describe(SQLHSTMT stmt, SQLUSMALLINT col, bool narrow) {
   c.baseTable = ColumnAttribute(stmt, col, SQL_DESC_BASE_TABLE_NAME, narrow);
   c.baseColumn = ColumnAttribute(stmt, col, SQL_DESC_BASE_COLUMN_NAME, narrow);
   c.type = AdoType(sqlType, isUnsigned == SQL_TRUE);
-  // The SQLite3 driver describes declared decimals as text, and so the Jet
-  // words LONG, CURRENCY and YESNO that table creation declares for stores
-  // it takes for Access.
+  // The SQLite3 driver describes declared decimals as text.
   std::string upperName = Upper(c.typeName);
-  bool textual = sqlType == SQL_VARCHAR || sqlType == SQL_CHAR || sqlType == SQL_LONGVARCHAR ||
-                 sqlType == SQL_WVARCHAR || sqlType == SQL_WCHAR || sqlType == SQL_WLONGVARCHAR;
-  if ((textual || sqlType == SQL_DOUBLE || sqlType == SQL_FLOAT) &&
+  if ((sqlType == SQL_VARCHAR || sqlType == SQL_CHAR || sqlType == SQL_DOUBLE ||
+       sqlType == SQL_FLOAT) &&
       (upperName.rfind("DECIMAL", 0) == 0 || upperName.rfind("NUMERIC", 0) == 0))
     c.type = adNumeric;
-  else if (textual && upperName == "LONG")
-    c.type = adInteger;
-  else if (textual && upperName == "CURRENCY")
-    c.type = adCurrency;
-  else if (textual && upperName == "YESNO")
-    c.type = adBoolean;
+  // It describes every type word it does not know as text, also the Jet words
+  // that tables created by a conversion declare; read them as Jet meant them.
+  if (sqlType == SQL_VARCHAR || sqlType == SQL_CHAR) {
+    if (auto jet = JetTypeWord(upperName)) c.type = *jet;
+  }
   SetSizes(c, size, digits);
   c.nullable = nullable != SQL_NO_NULLS;
   c.autoIncrement = autoUnique == SQL_TRUE;
@@ -324,10 +337,14 @@ Variant GetValue(SQLHSTMT stmt, SQLUSMALLINT col, const ColumnInfo& c, bool narr
       char f = static_cast<char>(std::tolower(static_cast<unsigned char>(v[0])));
       return Variant(!(f == '0' || f == 'f' || f == 'n' || f == 0));
     }
+    case adCurrency: {
+      double v = 0;
+      if (!get(SQL_C_DOUBLE, &v, sizeof v)) return Variant::Null();
+      return Variant::FromCurrency(v);
+    }
     case adNumeric:
     case adDecimal:
-    case adVarNumeric:
-    case adCurrency: {
+    case adVarNumeric: {
       char v[128] = {};
       if (!get(SQL_C_CHAR, v, sizeof v)) return Variant::Null();
       Variant d = DecimalFromText(v);

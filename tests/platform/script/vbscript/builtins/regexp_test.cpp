@@ -128,5 +128,20 @@ TEST_F(RegExpTest, BadPatternsRaiseVbScriptsNumbers) {
   EXPECT_EQ(ErrorOfRun([&] { Run("Nope", {}); }), 438);
 }
 
+// A repeated part over a long text (a memo field) recurses once per
+// character inside the matcher; it must neither overflow the stack nor lose
+// the result, and a text too long for any stack is error 28.
+TEST_F(RegExpTest, LongTextsMatchWithoutExhaustingTheStack) {
+  Set("Pattern", "^(a|b)*$");
+  EXPECT_EQ(Show(Run("Test", {std::string(100000, 'a')})), "Wahr");
+  Set("Global", true);
+  Set("Pattern", "(a|b)+x");
+  EXPECT_EQ(Show(Run("Replace", {std::string(50000, 'b') + "x", "-"})), "-");
+  Set("Pattern", "b");
+  EXPECT_EQ(Show(Get(Run("Execute", {std::string(3000, 'b')}).AsObject(), "Count")), "3000");
+  Set("Pattern", "^(a|b)*$");
+  EXPECT_EQ(ErrorOfRun([&] { Run("Test", {std::string(600000, 'a')}); }), 28);
+}
+
 }  // namespace
 }  // namespace ketrova::script::vbscript::testing
