@@ -56,9 +56,10 @@ measure() {  # label folder command...
     return 0
   fi
   end=$(date +%s.%N)
-  local kb
+  local kb cpu
   kb=$(awk -F': ' '/Maximum resident set size/ {print $2}' "$work/time.txt")
-  results+=("$label|$(awk -v a="$start" -v b="$end" 'BEGIN {printf "%.2f", b - a}')|$((kb / 1024))")
+  cpu=$(awk -F': ' '/User time|System time/ {s += $2} END {printf "%.2f", s}' "$work/time.txt")
+  results+=("$label|$(awk -v a="$start" -v b="$end" 'BEGIN {printf "%.2f", b - a}')|$((kb / 1024))|$cpu")
   echo "  $label: done"
 }
 
@@ -101,29 +102,39 @@ for db in ketrova sqlite3 ogr2ogr; do
 done
 
 echo
-printf '%-32s %10s %10s %12s\n' "run" "seconds" "peak MB" "rows/s"
-base_insert="" base_update=""
+# Wall seconds suffer from other work on a shared machine; CPU seconds (user
+# and system) do less.
+printf '%-32s %10s %10s %10s %12s\n' "run" "seconds" "CPU s" "peak MB" "rows/s"
+base_insert="" base_update="" cpu_insert="" cpu_update=""
 for r in "${results[@]}"; do
-  IFS='|' read -r label secs mb <<<"$r"
+  IFS='|' read -r label secs mb cpu <<<"$r"
   n=$(sed -E 's/.*\(([0-9]+)\).*/\1/' <<<"$label")
   rate="-"
   if [ "$secs" != failed ]; then rate=$(awk -v n="$n" -v s="$secs" 'BEGIN {printf "%.0f", (s > 0 ? n / s : 0)}'); fi
-  printf '%-32s %10s %10s %12s\n' "$label" "$secs" "$mb" "$rate"
+  printf '%-32s %10s %10s %10s %12s\n' "$label" "$secs" "$cpu" "$mb" "$rate"
   case "$label" in
-    "ketrova insert ($rows)") base_insert=$secs ;;
-    "ketrova update"*) base_update=$secs ;;
+    "ketrova insert ($rows)") base_insert=$secs cpu_insert=$cpu ;;
+    "ketrova update"*) base_update=$secs cpu_update=$cpu ;;
   esac
 done
 echo
-echo "Ratios (ketrova seconds / peer seconds):"
+echo "Ratios, ketrova / peer (wall seconds, CPU seconds):"
+ratio() {  # what ketrova-wall ketrova-cpu peer-label peer-wall peer-cpu
+  awk -v w="$1" -v k="$2" -v c="$3" -v l="$4" -v pw="$5" -v pc="$6" \
+    'BEGIN {printf "  %s vs %-28s %8.1f %8.1f\n", w, l, (pw > 0 ? k / pw : 0), (pc > 0 ? c / pc : 0)}'
+}
 for r in "${results[@]}"; do
-  IFS='|' read -r label secs mb <<<"$r"
+  IFS='|' read -r label secs mb cpu <<<"$r"
   [ "$secs" != failed ] || continue
   case "$label" in
-    sqlite3\ .import* | ogr2ogr\ \(*) [ -n "$base_insert" ] && [ "$base_insert" != failed ] &&
-      awk -v k="$base_insert" -v p="$secs" -v l="$label" 'BEGIN {printf "  insert vs %-28s %8.1f\n", l, (p > 0 ? k / p : 0)}' ;;
-    sqlite3\ update*) [ -n "$base_update" ] && [ "$base_update" != failed ] &&
-      awk -v k="$base_update" -v p="$secs" -v l="$label" 'BEGIN {printf "  update vs %-28s %8.1f\n", l, (p > 0 ? k / p : 0)}' ;;
+    sqlite3\ .import* | ogr2ogr\ \(*)
+      if [ -n "$base_insert" ] && [ "$base_insert" != failed ]; then
+        ratio insert "$base_insert" "$cpu_insert" "$label" "$secs" "$cpu"
+      fi ;;
+    sqlite3\ update*)
+      if [ -n "$base_update" ] && [ "$base_update" != failed ]; then
+        ratio update "$base_update" "$cpu_update" "$label" "$secs" "$cpu"
+      fi ;;
   esac
 done
 exit 0

@@ -206,6 +206,7 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
 
   records_.clear();
   position_ = 0;
+  dropped_ = 0;
   editMode_ = adEditNone;
   target_.reset();
   targetResolved_ = false;
@@ -275,6 +276,7 @@ void Recordset::OpenOnCursor(ConnectionPtr connection, std::string source,
   fields_->Reset(columns_, attributes_);
   records_.clear();
   position_ = 0;
+  dropped_ = 0;
   editMode_ = adEditNone;
   inMemory_ = false;
   open_ = true;
@@ -294,6 +296,7 @@ void Recordset::OpenInMemory(const std::vector<ColumnInfo>& columns, std::vector
     records_.push_back(std::move(rec));
   }
   position_ = 0;
+  dropped_ = 0;
   editMode_ = adEditNone;
   inMemory_ = true;
   cursorType_ = adOpenStatic;
@@ -309,6 +312,7 @@ void Recordset::Close() {
   cursor_.reset();
   provider_.reset();
   records_.clear();
+  dropped_ = 0;
   open_ = false;
   editMode_ = adEditNone;
   target_.reset();
@@ -327,11 +331,12 @@ void Recordset::CheckOpen() const {
 
 bool Recordset::FetchMore() {
   if (!cursor_) return false;
+  DropPassedRows();
   // The first read takes one row, enough to answer EOF after an open; the
   // blocks follow when the caller moves on.
   std::size_t want = records_.empty() ? 1 : kBlockRows;
   if (maxRecords_ > 0) {
-    std::size_t have = records_.size();
+    std::size_t have = records_.size() + static_cast<std::size_t>(dropped_);
     if (have >= static_cast<std::size_t>(maxRecords_)) {
       cursor_.reset();
       return false;
@@ -348,9 +353,35 @@ bool Recordset::FetchMore() {
   }
   // A finished result gives its statement back at once, so that a write on the
   // same connection does not wait behind an open read.
-  if (got < want || (maxRecords_ > 0 && records_.size() >= static_cast<std::size_t>(maxRecords_)))
+  if (got < want || (maxRecords_ > 0 && records_.size() + static_cast<std::size_t>(dropped_) >=
+                                            static_cast<std::size_t>(maxRecords_)))
     cursor_.reset();
   return got > 0;
+}
+
+void Recordset::DropPassedRows() {
+  // A window of blocks stays behind the current row for short moves back.
+  constexpr std::int64_t kKeepBehind = 16 * kBlockRows;
+  std::int64_t drop = position_ - kKeepBehind;
+  if (inMemory_ || drop < static_cast<std::int64_t>(kBlockRows)) return;
+  for (std::int64_t i = 0; i < drop; ++i) {
+    const Record& r = records_[static_cast<std::size_t>(i)];
+    if (r.pending || r.isNew) return;
+  }
+  records_.erase(records_.begin(), records_.begin() + drop);
+  position_ -= drop;
+  dropped_ += drop;
+}
+
+void Recordset::Requery(std::int64_t row) {
+  cursor_.reset();
+  records_.clear();
+  position_ = 0;
+  dropped_ = 0;
+  ExecuteResult result = provider_->Execute(source_, {}, maxRecords_);
+  cursor_ = std::move(result.cursor);
+  FetchMore();
+  while (dropped_ + position_ < row && !Eof()) ++position_;
 }
 
 void Recordset::FetchAll() {
@@ -379,6 +410,7 @@ Recordset::Record& Recordset::Current() {
 void Recordset::MoveFirst() {
   CheckOpen();
   if (editMode_ != adEditNone) Update();
+  if (dropped_ > 0) return Requery(0);
   position_ = 0;
 }
 
@@ -393,6 +425,7 @@ void Recordset::MovePrevious() {
   CheckOpen();
   if (editMode_ != adEditNone) Update();
   if (position_ < 0) NoCurrentRecord();
+  if (position_ == 0 && dropped_ > 0) return Requery(dropped_ - 1);
   --position_;
 }
 
@@ -408,7 +441,7 @@ std::int32_t Recordset::RecordCount() {
   CheckOpen();
   if (!inMemory_ && (cursorType_ == adOpenForwardOnly || cursorType_ == adOpenDynamic)) return -1;
   FetchAll();
-  return static_cast<std::int32_t>(records_.size());
+  return static_cast<std::int32_t>(records_.size() + static_cast<std::size_t>(dropped_));
 }
 
 Variant Recordset::FieldValue(std::size_t index) {

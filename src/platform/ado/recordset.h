@@ -102,6 +102,11 @@ class Recordset : public Object {
   void CheckOpen() const;
   Record& Current();
   bool FetchMore();
+  // Forgets the rows well behind the current one while the result streams.
+  void DropPassedRows();
+  // Runs the statement again and moves to the row at `row` of the result, for
+  // a move back to rows that were dropped.
+  void Requery(std::int64_t row);
   void FetchAll();
   void EnsureUpdatable() const;
   void WriteRecord(Record& record);
@@ -123,6 +128,9 @@ class Recordset : public Object {
   std::unique_ptr<Cursor> cursor_;
   std::shared_ptr<Provider> provider_;  // keeps the cursor's provider alive
   std::int64_t position_ = 0;           // index into records_; -1 is BOF, size() is EOF
+  // Rows of the result before records_[0]: a walk forward keeps only a window
+  // of the rows behind it, so that memory does not grow with the result.
+  std::int64_t dropped_ = 0;
   EditModeEnum editMode_ = adEditNone;
   std::optional<Target> target_;
   bool targetResolved_ = false;

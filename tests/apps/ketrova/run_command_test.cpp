@@ -84,15 +84,18 @@ class RunCommandTest : public testing::TempFolderTest {
     return o;
   }
 
-  // "Nr|Ort" of every row of the target, in key order.
+  // "Nr|Ort|how SQLite holds Betrag" of every row of the target, in key
+  // order. The amounts must arrive as numbers, not as text with a decimal
+  // comma.
   std::vector<std::string> TargetRows() {
     auto db = std::make_shared<ado::Connection>();
     db->Open("Driver={SQLite3};Database=" + Path("ziel.sqlite").string());
     std::vector<std::string> rows;
-    auto rs = db->Execute("SELECT Nr, Ort FROM Orte ORDER BY Nr");
+    auto rs = db->Execute("SELECT Nr, Ort, typeof(Betrag) AS Art FROM Orte ORDER BY Nr");
     for (; !rs->Eof(); rs->MoveNext())
       rows.push_back(rs->GetFields().Item("Nr").Value().ToText() + "|" +
-                     rs->GetFields().Item("Ort").Value().ToText());
+                     rs->GetFields().Item("Ort").Value().ToText() + "|" +
+                     rs->GetFields().Item("Art").Value().ToText());
     rs->Close();
     db->Close();
     return rows;
@@ -125,7 +128,8 @@ TEST_F(RunCommandTest, CleanRunPrintsTheClosingTextAndConverts) {
   EXPECT_NE(o.err.find("\nÖffne Zieldatenbank ->\n"), std::string::npos) << o.err;
   EXPECT_NE(o.err.find("\nOrte ...\n"), std::string::npos) << o.err;
   EXPECT_EQ(o.err.find("wird bearbeitet"), std::string::npos) << o.err;
-  EXPECT_EQ(TargetRows(), (std::vector<std::string>{"1|MÜNCHEN", "2|KÖLN", "3|DÜSSELDORF"}));
+  EXPECT_EQ(TargetRows(),
+            (std::vector<std::string>{"1|MÜNCHEN|real", "2|KÖLN|real", "3|DÜSSELDORF|integer"}));
 
   std::filesystem::remove(Path("ziel.sqlite"));
   o = Run("--quiet run.cpf");
@@ -145,7 +149,7 @@ TEST_F(RunCommandTest, FailedRecordPrintsTheLogAndExitsWithOne) {
   EXPECT_NE(o.out.find("Job.CancelOnError = Falsch; Konvertierung wird fortgesetzt.\r\n"),
             std::string::npos);
   // The failed record is not written, the others are.
-  EXPECT_EQ(TargetRows(), (std::vector<std::string>{"1|MÜNCHEN", "3|DÜSSELDORF"}));
+  EXPECT_EQ(TargetRows(), (std::vector<std::string>{"1|MÜNCHEN|real", "3|DÜSSELDORF|integer"}));
 }
 
 TEST_F(RunCommandTest, StoreThatDoesNotOpenPrintsTheLog) {

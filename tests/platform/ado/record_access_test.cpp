@@ -418,5 +418,33 @@ TEST(InMemoryRecordset, AppendOpenAddNewUpdateAndMove) {
   EXPECT_EQ(rs->GetFields().Count(), 2);  // the appended fields stay for the next Open
 }
 
+TEST_P(RecordAccess, LongResultsStreamAndMovesBackReadThemAgain) {
+  // Rows far behind the current one are let go while a long result streams;
+  // a move back to them reads the result anew.
+  db->Execute("CREATE TABLE [Reihe] ([N] INTEGER)");
+  for (int block = 0; block < 30; ++block) {
+    std::string values;
+    for (int i = 1; i <= 100; ++i)
+      values += (values.empty() ? "(" : ",(") + std::to_string(block * 100 + i) + ")";
+    db->Execute("INSERT INTO [Reihe] VALUES " + values);
+  }
+  auto rs = std::make_shared<Recordset>();
+  rs->Open("SELECT [N] FROM [Reihe] ORDER BY [N]", Variant(ObjectPtr(db)), adOpenKeyset,
+           adLockOptimistic);
+  auto n = [&] { return rs->GetFields().Item("N").Value().ToLong(); };
+  std::int32_t sum = 0;
+  for (; !rs->Eof(); rs->MoveNext()) sum += n();
+  EXPECT_EQ(sum, 3000 * 3001 / 2);
+  rs->MovePrevious();
+  EXPECT_EQ(n(), 3000);
+  rs->MoveFirst();
+  EXPECT_EQ(n(), 1);
+  for (int i = 1; i < 2500; ++i) rs->MoveNext();
+  for (int i = 0; i < 2000; ++i) rs->MovePrevious();
+  EXPECT_EQ(n(), 500);
+  EXPECT_EQ(rs->RecordCount(), 3000);
+  DropTable("Reihe");
+}
+
 }  // namespace
 }  // namespace ketrova::ado::testing
