@@ -2,12 +2,12 @@
 // SQLite database through the ODBC driver, run in its own folder with stdin
 // and stderr no terminal.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "apps/ketrova/run_ketrova.h"
 #include "platform/ado/connection.h"
 #include "platform/ado/recordset.h"
 #include "platform/ado/text/temp_folder.h"
@@ -16,11 +16,7 @@
 namespace ketrova {
 namespace {
 
-struct Outcome {
-  int status = -1;
-  std::string out;
-  std::string err;
-};
+using Outcome = testing::KetrovaOutcome;
 
 constexpr const char* kUsage = "Aufruf: ketrova run PROJEKT.CPF [--yes] [--quiet]\n";
 
@@ -74,14 +70,7 @@ class RunCommandTest : public testing::TempFolderTest {
   }
 
   Outcome Run(const std::string& arguments) {
-    std::string command = "cd '" + folder_.string() + "' && '" KETROVA_BINARY "' run " + arguments +
-                          " </dev/null >stdout.txt 2>stderr.txt";
-    int raw = std::system(command.c_str());
-    Outcome o;
-    o.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    o.out = Read("stdout.txt");
-    o.err = Read("stderr.txt");
-    return o;
+    return testing::RunKetrova(folder_, "run " + arguments);
   }
 
   // "Nr|Ort|how SQLite holds Betrag" of every row of the target, in key
