@@ -12,11 +12,20 @@ using Args = std::vector<std::string>;
 
 struct Command {
   const char* name;
-  const char* usage;    // the line shown by --help
+  const char* usage;  // the line shown by --help
   int (*run)(const Args& args);
 };
 
 // The commands, in the order --help lists them.
 const std::vector<Command>& Commands();
+
+// One function per command, each in its own cmd_*.cpp.
+int RunProject(const Args& args);
+int RunScript(const Args& args);
+int RunResave(const Args& args);
+int RunNew(const Args& args);
+int RunShow(const Args& args);
+int RunDsn(const Args& args);
+int RunVerify(const Args& args);
 
 }  // namespace ketrova::cli

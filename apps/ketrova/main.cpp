@@ -9,13 +9,20 @@ namespace ketrova::cli {
 
 const std::vector<Command>& Commands() {
   static const std::vector<Command> commands = {
-      {"run", "run PROJEKT.CPF [--yes] [--quiet]   Projekt ausführen", [](const Args& a) { int RunProject(const Args&); return RunProject(a); }},
-      {"script", "script DATEI [--language VBScript|JScript] [--run NAME [ARG...]]   Script ausführen", [](const Args& a) { int RunScript(const Args&); return RunScript(a); }},
-      {"resave", "resave EIN.CPF AUS.CPF   Projekt laden und neu speichern", [](const Args& a) { int RunResave(const Args&); return RunResave(a); }},
-      {"new", "new PROJEKT.CPF --name TEXT --source TYP [--source-OPTION WERT]... --dest TYP [--dest-OPTION WERT]...   neues Projekt aus Quelle und Ziel", [](const Args& a) { int RunNew(const Args&); return RunNew(a); }},
-      {"show", "show PROJEKT.CPF [--job N]   Abfragen, Tabellen und Scripts der Aufgaben zeigen", [](const Args& a) { int RunShow(const Args&); return RunShow(a); }},
-      {"dsn", "dsn   ODBC-Datenquellen und ihre Treiber auflisten", [](const Args& a) { int RunDsn(const Args&); return RunDsn(a); }},
-      {"verify", "verify PROJEKT.CPF   fehlende Tabellen im Ziel anlegen und Projekt speichern", [](const Args& a) { int RunVerify(const Args&); return RunVerify(a); }},
+      {"run", "run PROJEKT.CPF [--yes] [--quiet]   Projekt ausführen", RunProject},
+      {"script",
+       "script DATEI [--language VBScript|JScript] [--run NAME [ARG...]]   Script ausführen",
+       RunScript},
+      {"resave", "resave EIN.CPF AUS.CPF   Projekt laden und neu speichern", RunResave},
+      {"new",
+       "new PROJEKT.CPF --name TEXT --source TYP [--source-OPTION WERT]... --dest TYP "
+       "[--dest-OPTION WERT]...   neues Projekt aus Quelle und Ziel",
+       RunNew},
+      {"show", "show PROJEKT.CPF [--job N]   Abfragen, Tabellen und Scripts der Aufgaben zeigen",
+       RunShow},
+      {"dsn", "dsn   ODBC-Datenquellen und ihre Treiber auflisten", RunDsn},
+      {"verify", "verify PROJEKT.CPF   fehlende Tabellen im Ziel anlegen und Projekt speichern",
+       RunVerify},
   };
   return commands;
 }

@@ -137,8 +137,9 @@ CEngine::JobRun::Flow CEngine::JobRun::Prepare() {
   szSQL_ += src_.GetFilter(szSQL_);
   srcDb_.RecordSetClose(src_.Recordset);
   srcDb_.RecordSetClose(e_.rsSourceCount_);
-  szError_ = srcDb_.RecordSetOpen(e_.rsSourceCount_, szSQL_, src_.ItemObjectName,
-                                  bSourceOutlook_ ? 1 : 0, ado::adOpenKeyset, ado::adLockPessimistic);
+  szError_ =
+      srcDb_.RecordSetOpen(e_.rsSourceCount_, szSQL_, src_.ItemObjectName, bSourceOutlook_ ? 1 : 0,
+                           ado::adOpenKeyset, ado::adLockPessimistic);
   if (!szError_.empty()) {
     szError_ = BuildErrorText(1, szError_, szStep_);
     Log(szError_);
