@@ -132,34 +132,33 @@ void CDatabase::SetColBrackets() {
   }
 }
 
-std::string CDatabase::BeginTrans() {
+namespace {
+
+// Runs one transaction call of the connection; on success the store's flag
+// takes `after`, on failure the flag stays and the error text is the answer.
+template <typename Call>
+std::string Transaction(Call&& call, bool& onTransaction, bool after) {
   try {
-    Connection->BeginTrans();
-    onTransaction_ = true;
+    call();
+    onTransaction = after;
     return {};
   } catch (...) {
     return CurrentFailureText();
   }
+}
+
+}  // namespace
+
+std::string CDatabase::BeginTrans() {
+  return Transaction([this] { Connection->BeginTrans(); }, onTransaction_, true);
 }
 
 std::string CDatabase::CommitTrans() {
-  try {
-    Connection->CommitTrans();
-    onTransaction_ = false;
-    return {};
-  } catch (...) {
-    return CurrentFailureText();
-  }
+  return Transaction([this] { Connection->CommitTrans(); }, onTransaction_, false);
 }
 
 std::string CDatabase::RollbackTrans() {
-  try {
-    Connection->RollbackTrans();
-    onTransaction_ = false;
-    return {};
-  } catch (...) {
-    return CurrentFailureText();
-  }
+  return Transaction([this] { Connection->RollbackTrans(); }, onTransaction_, false);
 }
 
 std::string CDatabase::RecordSetOpen(std::shared_ptr<ado::Recordset>& objRS,
