@@ -224,34 +224,20 @@ std::string CEngine::Execute(std::string& szFileName) {
         if (!szError.empty() && job.CancelOnError) break;
       }
 
-      // Keeping or undoing goes by the failed records alone.
-      if (errorCount_ > 0) {
-        if (source.CanUseTransctions()) {
-          szStep = "Transaktion wird zurückgenommen -> Quelle";
-          WriteLogLine(szStep);
-          ShowStatus(szStep);
-          szError = source.RollbackTrans();
-        }
-        if (dest.CanUseTransctions()) {
-          szStep = "Transaktion wird zurückgenommen -> Ziel";
-          WriteLogLine(szStep);
-          ShowStatus(szStep);
-          szError = dest.RollbackTrans();
-        }
-      } else {
-        if (source.CanUseTransctions()) {
-          szStep = "Sichere Transaktion -> Quelle";
-          WriteLogLine(szStep);
-          ShowStatus(szStep);
-          szError = source.CommitTrans();
-        }
-        if (dest.CanUseTransctions()) {
-          szStep = "Sichere Transaktion -> Ziel";
-          WriteLogLine(szStep);
-          ShowStatus(szStep);
-          szError = dest.CommitTrans();
-        }
-      }
+      // Keeping or undoing goes by the failed records alone; each store that
+      // takes part says so in the log, and its answer replaces szError.
+      bool undo = errorCount_ > 0;
+      auto settle = [&](CDatabase& store, const char* side) {
+        if (!store.CanUseTransctions()) return;
+        szStep =
+            std::string(undo ? "Transaktion wird zurückgenommen -> " : "Sichere Transaktion -> ") +
+            side;
+        WriteLogLine(szStep);
+        ShowStatus(szStep);
+        szError = undo ? store.RollbackTrans() : store.CommitTrans();
+      };
+      settle(source, "Quelle");
+      settle(dest, "Ziel");
     }
 
     szStep = "Aufruf Benutzerscript Methode : txOnEnd";
