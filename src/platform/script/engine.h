@@ -50,6 +50,14 @@ struct ProcedureInfo {
   bool HasReturnValue = false;  // a Function rather than a Sub
 };
 
+// What a call raises when it runs longer than the engine's Timeout: VB's
+// number for an interrupted run, with a text that names the reason. The source
+// is the engine's run-time source, the line and column those of the statement
+// at which the run was stopped. A script cannot trap it.
+inline constexpr std::int32_t kTimeoutErrorNumber = 18;
+inline constexpr std::string_view kTimeoutErrorText =
+    "Die Ausführung des Skripts wurde wegen Zeitüberschreitung abgebrochen";
+
 // A procedure found by FindProcedure; valid until the next Reset.
 using ProcedureHandle = const void*;
 
@@ -85,7 +93,9 @@ class Engine {
 
   // Drops all code, modules and objects.
   virtual void Reset() = 0;
-  // Milliseconds a call may take before it is stopped; -1 for no limit.
+  // Milliseconds a call (Call, Eval, ExecuteStatement, the top-level code of
+  // AddCode) may take before it is stopped with kTimeoutErrorNumber; -1 or 0
+  // for no limit. The clock starts when the outermost call begins.
   virtual void SetTimeout(int milliseconds) = 0;
 };
 
