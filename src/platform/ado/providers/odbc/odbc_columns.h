@@ -1,0 +1,16 @@
+// How the ODBC provider describes a result column in ADO's terms: the ADO
+// type for the driver's SQL type (with the type words the SQLite3 driver
+// reports as text), and DefinedSize, Precision and NumericScale as ADO's ODBC
+// provider gave them.
+#pragma once
+
+#include <sql.h>
+
+#include "platform/ado/provider.h"
+
+namespace ketrova::ado::odbc {
+
+// Column `col` (1-based) of the statement's result.
+ColumnInfo Describe(SQLHSTMT stmt, SQLUSMALLINT col, bool narrow);
+
+}  // namespace ketrova::ado::odbc
