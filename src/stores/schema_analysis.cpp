@@ -76,6 +76,8 @@ std::string CDatabase::Reload(bool bShowWorkForm, bool bShowErrors,
   try {
     SetActive(true);
     if (errorNumber_ > 0) return lastErrorMessage_;
+    // The schema is read anew: nothing remembered of a table's shape stands.
+    if (DatabaseType != dbtOutlook && Connection) Connection->ForgetTableShapes();
     ui::ShowHourglass(true);
     szStep = "Öffne Datenbankschema";
     Recordset =

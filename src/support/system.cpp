@@ -1,6 +1,8 @@
 #include "support/system.h"
 
+#include <pthread.h>
 #include <pwd.h>
+#include <sys/random.h>
 #include <unistd.h>
 #include <uuid/uuid.h>
 
@@ -8,6 +10,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -20,9 +23,46 @@ namespace ketrova {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+// Random bytes drawn from the kernel a block at a time: a run asks for a GUID
+// per record, and one system call per GUID was a good part of a record's cost.
+struct RandomPool {
+  unsigned char bytes[4096];
+  std::size_t used = sizeof bytes;
+};
+thread_local RandomPool randomPool;
+
+// A child process must not hand out the GUIDs its parent will.
+void ForgetRandomPool() {
+  randomPool.used = sizeof randomPool.bytes;
+}
+
+}  // namespace
+
 std::string CreateGUID() {
+  static const bool atFork = pthread_atfork(nullptr, nullptr, ForgetRandomPool) == 0;
+  (void)atFork;
+  RandomPool& pool = randomPool;
+  if (pool.used + 16 > sizeof pool.bytes) {
+    std::size_t got = 0;
+    while (got < sizeof pool.bytes) {
+      ssize_t n = getrandom(pool.bytes + got, sizeof pool.bytes - got, 0);
+      if (n <= 0) break;
+      got += static_cast<std::size_t>(n);
+    }
+    if (got == sizeof pool.bytes) pool.used = 0;
+  }
   uuid_t id;
-  uuid_generate_random(id);
+  if (pool.used + sizeof id <= sizeof pool.bytes) {
+    std::memcpy(id, pool.bytes + pool.used, sizeof id);
+    pool.used += sizeof id;
+    // Version 4 (random), variant 1, as uuid_generate_random makes them.
+    id[6] = static_cast<unsigned char>((id[6] & 0x0F) | 0x40);
+    id[8] = static_cast<unsigned char>((id[8] & 0x3F) | 0x80);
+  } else {
+    uuid_generate_random(id);
+  }
   char text[37] = {};
   uuid_unparse_upper(id, text);
   return text;

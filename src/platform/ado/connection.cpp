@@ -8,15 +8,6 @@
 namespace ketrova::ado {
 namespace {
 
-bool StartsWithDdl(const std::string& sql) {
-  std::size_t i = sql.find_first_not_of(" \t\r\n");
-  if (i == std::string::npos) return false;
-  std::string head;
-  for (std::size_t k = i; k < sql.size() && k < i + 6; ++k)
-    head.push_back(static_cast<char>(std::toupper(static_cast<unsigned char>(sql[k]))));
-  return head.rfind("CREATE", 0) == 0 || head.rfind("ALTER", 0) == 0 || head.rfind("DROP", 0) == 0;
-}
-
 ColumnInfo SchemaColumn(const char* name, DataTypeEnum type, std::int64_t size) {
   ColumnInfo c;
   c.name = name;
@@ -45,6 +36,7 @@ void Connection::Open(const std::string& connectionString, const std::string& us
   provider_ = OpenProvider(ConnectionString, user, password);
   provider_->SetCommandTimeout(commandTimeout_);
   tableColumns_.clear();
+  ++shapeGeneration_;
 }
 
 void Connection::Close() {
@@ -59,6 +51,7 @@ void Connection::Close() {
   // Record sets still open keep their own reference until they close.
   provider_.reset();
   tableColumns_.clear();
+  ++shapeGeneration_;
 }
 
 void Connection::SetCommandTimeout(std::int32_t seconds) {
@@ -80,7 +73,7 @@ std::shared_ptr<Provider> Connection::SharedProvider() const {
 
 RecordsetPtr Connection::Execute(const std::string& text, Variant* recordsAffected, int options) {
   Provider& provider = GetProvider();
-  if (StartsWithDdl(text)) tableColumns_.clear();
+  if (IsDdlStatement(text)) ForgetTableShapes();
   ExecuteResult result = provider.Execute(text);
   if (recordsAffected)
     *recordsAffected = Variant::Long(static_cast<std::int32_t>(result.rowsAffected));
@@ -129,6 +122,12 @@ RecordsetPtr Connection::OpenSchema(int schema) {
   auto rs = std::make_shared<Recordset>();
   rs->OpenInMemory(columns, std::move(rows));
   return rs;
+}
+
+void Connection::ForgetTableShapes() {
+  tableColumns_.clear();
+  ++shapeGeneration_;
+  if (provider_) provider_->ForgetTableShapes();
 }
 
 const std::vector<ColumnInfo>& Connection::BaseTableColumns(const std::string& table) {

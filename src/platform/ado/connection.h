@@ -58,13 +58,19 @@ class Connection : public Object {
 
   // Columns of a base table, cached until the next DDL through this connection.
   const std::vector<ColumnInfo>& BaseTableColumns(const std::string& table);
-  void ForgetTableShapes() { tableColumns_.clear(); }
+  // Drops what this connection and its provider keep about the shape of
+  // tables; called after DDL and when the schema is read anew.
+  void ForgetTableShapes();
+  // Rises with every ForgetTableShapes: what a record set derived from the
+  // shape of a table holds only while it stands.
+  std::uint64_t ShapeGeneration() const { return shapeGeneration_; }
 
  private:
   std::shared_ptr<Provider> provider_;
   std::int32_t commandTimeout_ = 30;
   bool inTransaction_ = false;
   std::map<std::string, std::vector<ColumnInfo>> tableColumns_;
+  std::uint64_t shapeGeneration_ = 0;
 };
 
 using ConnectionPtr = std::shared_ptr<Connection>;

@@ -93,16 +93,19 @@ Variant ConvertForField(const Variant& v, DataTypeEnum type) {
 }  // namespace
 
 Field::Field(Recordset* owner, std::size_t index, ColumnInfo info, int attributes)
-    : owner_(owner),
-      index_(index),
-      info_(std::move(info)),
-      attributes_(attributes),
-      properties_(std::make_shared<Properties>()) {
-  properties_->Set("BASECOLUMNNAME", Variant(info_.baseColumn));
-  properties_->Set("BASETABLENAME", Variant(info_.baseTable));
-  properties_->Set("ISAUTOINCREMENT", Variant(info_.autoIncrement));
-  properties_->Set("Autoincrement", Variant(info_.autoIncrement));
-  properties_->Set("KEYCOLUMN", Variant(info_.keyColumn));
+    : owner_(owner), index_(index), info_(std::move(info)), attributes_(attributes) {}
+
+std::shared_ptr<Properties> Field::PropertiesPtr() const {
+  // Made when first asked for: a record set opened per record seldom is.
+  if (!properties_) {
+    properties_ = std::make_shared<Properties>();
+    properties_->Set("BASECOLUMNNAME", Variant(info_.baseColumn));
+    properties_->Set("BASETABLENAME", Variant(info_.baseTable));
+    properties_->Set("ISAUTOINCREMENT", Variant(info_.autoIncrement));
+    properties_->Set("Autoincrement", Variant(info_.autoIncrement));
+    properties_->Set("KEYCOLUMN", Variant(info_.keyColumn));
+  }
+  return properties_;
 }
 
 Variant Field::Value() const {

@@ -45,8 +45,8 @@ class Field : public Object {
   Variant OriginalValue() const;
   // The value as the store holds it now (the last read; no round trip).
   Variant UnderlyingValue() const;
-  Properties& GetProperties() { return *properties_; }
-  std::shared_ptr<Properties> PropertiesPtr() const { return properties_; }
+  Properties& GetProperties() { return *PropertiesPtr(); }
+  std::shared_ptr<Properties> PropertiesPtr() const;
 
   const ColumnInfo& Info() const { return info_; }
 
@@ -57,7 +57,7 @@ class Field : public Object {
   std::size_t index_;
   ColumnInfo info_;
   int attributes_;
-  std::shared_ptr<Properties> properties_;
+  mutable std::shared_ptr<Properties> properties_;
 };
 
 using FieldPtr = std::shared_ptr<Field>;

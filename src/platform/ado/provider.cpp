@@ -1,5 +1,6 @@
 #include "platform/ado/provider.h"
 
+#include <cctype>
 #include <map>
 #include <mutex>
 
@@ -36,6 +37,18 @@ const char* KindName(ProviderKind kind) {
 }
 
 }  // namespace
+
+bool IsDdlStatement(std::string_view sql) {
+  std::size_t i = sql.find_first_not_of(" \t\r\n");
+  if (i == std::string_view::npos) return false;
+  auto startsWith = [&](std::string_view word) {
+    if (sql.size() - i < word.size()) return false;
+    for (std::size_t k = 0; k < word.size(); ++k)
+      if (std::toupper(static_cast<unsigned char>(sql[i + k])) != word[k]) return false;
+    return true;
+  };
+  return startsWith("CREATE") || startsWith("ALTER") || startsWith("DROP");
+}
 
 std::string RewriteBrackets(std::string_view sql, std::string_view openQuote,
                             std::string_view closeQuote) {

@@ -16,8 +16,10 @@
 //   identifier quote (RewriteBrackets below helps). Parameters are "?" markers,
 //   bound in order from `params`; Null binds as SQL NULL.
 // - Execute of the same SQL text is frequent (once per record): prepare a
-//   statement once per text and reuse it. Two cursors on the same text may be
-//   open at once, so reuse only a statement that no open cursor holds.
+//   statement once per text and reuse it, with the description of its result.
+//   Two cursors on the same text may be open at once, so reuse only a
+//   statement that no open cursor holds. Forget them after DDL and on
+//   ForgetTableShapes.
 // - A Cursor reads rows in blocks as Fetch asks for them, never the whole
 //   result at once. When `maxRows` > 0 no more rows than that are produced.
 //   Destroying a cursor releases its statement for reuse.
@@ -128,7 +130,16 @@ class Provider {
   // The type of a column in CREATE TABLE / ALTER TABLE of this store: the
   // declaration after the column name ("VARCHAR(50)", "INTEGER", "SERIAL" ...).
   virtual std::string ColumnTypeSql(const ColumnInfo& column) const = 0;
+
+  // Forgets what the provider keeps about the shape of tables and results
+  // (prepared statements with their columns, declared types): the schema may
+  // have changed in a way the provider did not see.
+  virtual void ForgetTableShapes() {}
 };
+
+// True for a statement that may change the shape of tables: CREATE, ALTER or
+// DROP as its first word.
+bool IsDdlStatement(std::string_view sql);
 
 // Rewrites [name] to quote+name+quote outside string literals ('...').
 std::string RewriteBrackets(std::string_view sql, std::string_view openQuote,

@@ -232,6 +232,7 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
     throw VbError(kErrObjectClosed, "Der Vorgang ist für ein geschlossenes Objekt nicht zulässig.",
                   "ADODB.Recordset");
   provider_ = connection_->SharedProvider();
+  if (IsDdlStatement(source_)) connection_->ForgetTableShapes();
   ExecuteResult result = provider_->Execute(source_, {}, maxRecords_);
   if (!result.cursor) {
     // A statement without a result leaves the record set closed, as in ADO.

@@ -10,13 +10,6 @@
 
 namespace ketrova::ado::odbc {
 
-bool IsDdl(const std::string& sql) {
-  std::size_t i = sql.find_first_not_of(" \t\r\n");
-  if (i == std::string::npos) return false;
-  std::string head = Upper(sql.substr(i, 6));
-  return head.rfind("CREATE", 0) == 0 || head.rfind("ALTER", 0) == 0 || head.rfind("DROP", 0) == 0;
-}
-
 // PostgreSQL knows none of the Jet type words that table creation writes for
 // stores it cannot tell from Access; a CREATE TABLE gets PostgreSQL's words
 // for them. Quoted names and literals are left alone.

@@ -1,15 +1,12 @@
 // What the ODBC provider changes in a statement for the DBMS behind it, and how
 // it tells DDL: brackets become the DBMS's identifier quote (the provider's
-// Rewrite), PostgreSQL gets its own type words in a CREATE TABLE, and a
-// statement that may change the shape of tables is told by its first word.
+// Rewrite), and PostgreSQL gets its own type words in a CREATE TABLE.
 #pragma once
 
 #include <string>
 
 namespace ketrova::ado::odbc {
 
-// True for CREATE, ALTER and DROP statements.
-bool IsDdl(const std::string& sql);
 bool IsCreateTable(const std::string& sql);
 // The Jet type words of a CREATE TABLE in PostgreSQL's words; quoted names and
 // literals stay.

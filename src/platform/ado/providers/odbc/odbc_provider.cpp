@@ -22,6 +22,10 @@ struct OdbcStatement {
   std::vector<ColumnInfo> columns;
   std::int64_t maxRows = 0;
   int timeout = -1;
+  // The SQLite3 driver goes on where a result was left at the next execution;
+  // a statement left before its end is prepared again (on the same handle,
+  // keeping its description) before it runs next.
+  bool prepareAgain = false;
   ~OdbcStatement() {
     if (stmt) SQLFreeHandle(SQL_HANDLE_STMT, stmt);
   }
@@ -37,9 +41,8 @@ class OdbcCursor : public Cursor {
       : provider_(provider), statement_(std::move(statement)) {}
   ~OdbcCursor() override {
     SQLFreeStmt(statement_->stmt, SQL_CLOSE);
-    // The SQLite3 driver goes on where a result was left at the next
-    // execution: its statements are reused only after a complete read.
-    if (atEnd_ || !provider_.Narrow()) provider_.Release(std::move(statement_));
+    if (!atEnd_ && provider_.Narrow()) statement_->prepareAgain = true;
+    provider_.Release(std::move(statement_));
   }
   const std::vector<ColumnInfo>& Columns() const override { return statement_->columns; }
   std::size_t Fetch(std::vector<Row>& rows, std::size_t count) override {
@@ -204,6 +207,10 @@ std::unique_ptr<OdbcStatement> OdbcProvider::Acquire(const std::string& sql) {
     if ((*it)->sql == sql) {
       auto s = std::move(*it);
       idle_.erase(it);
+      if (s->prepareAgain) {
+        PrepareStatement(*s);
+        s->prepareAgain = false;
+      }
       return s;
     }
   }
@@ -211,13 +218,22 @@ std::unique_ptr<OdbcStatement> OdbcProvider::Acquire(const std::string& sql) {
   s->sql = sql;
   Check(SQLAllocHandle(SQL_HANDLE_STMT, dbc_, &s->stmt), SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther,
         narrow_);
-  SQLRETURN rc = Prepare(s->stmt, Rewrite(sql));
+  PrepareStatement(*s);
+  return s;
+}
+
+void OdbcProvider::PrepareStatement(OdbcStatement& s) {
+  SQLRETURN rc = Prepare(s.stmt, Rewrite(s.sql));
   if (!SQL_SUCCEEDED(rc)) {
-    auto records = ReadDiagnostics(SQL_HANDLE_STMT, s->stmt, narrow_);
+    auto records = ReadDiagnostics(SQL_HANDLE_STMT, s.stmt, narrow_);
     throw VbError(OdbcErrorNumber(records, OdbcPhase::kStatement), OdbcErrorText(records),
                   "Ketrova.ODBC");
   }
-  return s;
+}
+
+void OdbcProvider::ForgetTableShapes() {
+  idle_.clear();
+  declaredTypes_.clear();
 }
 
 void OdbcProvider::Release(std::unique_ptr<OdbcStatement> statement) {
@@ -229,9 +245,9 @@ void OdbcProvider::Release(std::unique_ptr<OdbcStatement> statement) {
 
 ExecuteResult OdbcProvider::Execute(const std::string& sql, std::span<const Variant> params,
                                     std::int64_t maxRows) {
-  if (IsDdl(sql)) {
+  if (IsDdlStatement(sql)) {
     // The shape of tables may change: prepared statements would describe the old one.
-    idle_.clear();
+    ForgetTableShapes();
     ExecDirect(Rewrite(sql));
     return {};
   }

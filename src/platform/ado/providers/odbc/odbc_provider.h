@@ -1,7 +1,8 @@
 // The ODBC provider: a Provider over one unixODBC connection.
 //
 // Statements are prepared once per SQL text and kept (a small pool per text,
-// so that two open cursors on the same text each have their own). Rows are
+// so that two open cursors on the same text each have their own), with the
+// description of their result. DDL through the provider drops them. Rows are
 // read with SQLFetch as the cursor is asked, block by block. Text travels as
 // UTF-16 through the wide ODBC calls, so umlauts survive whatever the locale.
 // The dialect is taken from the DBMS name; PostgreSQL and MySQL/MariaDB get
@@ -41,6 +42,7 @@ class OdbcProvider : public Provider {
   std::vector<ColumnInfo> TableColumns(const std::string& table) override;
   std::vector<IndexInfo> TableIndexes(const std::string& table) override;
   std::string ColumnTypeSql(const ColumnInfo& column) const override;
+  void ForgetTableShapes() override;
 
   // The DBMS name the driver reports ("SQLite", "PostgreSQL", "MariaDB" ...).
   const std::string& DbmsName() const { return dbms_; }
@@ -55,6 +57,7 @@ class OdbcProvider : public Provider {
   void Connect(const std::string& odbcString);
   void Setup();
   std::unique_ptr<OdbcStatement> Acquire(const std::string& sql);
+  void PrepareStatement(OdbcStatement& statement);
   void ExecDirect(const std::string& sql);
   SQLHSTMT NewCatalogStatement();
   enum class CatalogFunction { kTables, kPrimaryKeys, kStatistics };
