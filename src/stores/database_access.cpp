@@ -278,7 +278,9 @@ std::string ExecuteSQL(ado::Connection& objConnection, const std::string& szSQL)
 }
 
 void CloseRecordset(ado::Recordset* objRS) {
-  if (!objRS) return;
+  // Closing a closed record set raises an error that is ignored here; the
+  // record loop closes its target twice per record, so it is not raised.
+  if (!objRS || objRS->State() == ado::adStateClosed) return;
   try {
     objRS->Close();
   } catch (...) {

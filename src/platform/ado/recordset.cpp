@@ -209,7 +209,6 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
   dropped_ = 0;
   editMode_ = adEditNone;
   target_.reset();
-  targetResolved_ = false;
 
   if (source_.empty() && (source.IsMissing() || source.IsEmpty())) {
     if (connection_ && fields_->Count() == 0)
@@ -245,7 +244,7 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
   bool updatable = lockType_ > adLockReadOnly;
   if (updatable) {
     ResolveTarget();
-    updatable = target_.has_value();
+    updatable = target_ != nullptr;
   }
   attributes_.clear();
   for (std::size_t i = 0; i < columns_.size(); ++i) {
@@ -317,7 +316,6 @@ void Recordset::Close() {
   open_ = false;
   editMode_ = adEditNone;
   target_.reset();
-  targetResolved_ = false;
   if (!inMemory_) {
     fields_->Reset({}, {});
     columns_.clear();
@@ -478,9 +476,17 @@ void Recordset::EnsureUpdatable() const {
 }
 
 void Recordset::ResolveTarget() {
-  targetResolved_ = true;
   target_.reset();
   if (!connection_) return;
+  if (const Target* last = lastTarget_.get();
+      last && last->connection.lock() == connection_ &&
+      last->shapeGeneration == connection_->ShapeGeneration() && last->source == source_ &&
+      std::equal(columns_.begin(), columns_.end(), last->resultColumns.begin(),
+                 last->resultColumns.end(),
+                 [](const ColumnInfo& c, const std::string& name) { return c.name == name; })) {
+    target_ = lastTarget_;
+    return;
+  }
   std::string table = SingleTableOf(source_);
   if (table.empty()) return;
   const std::vector<ColumnInfo>* base = nullptr;
@@ -499,7 +505,12 @@ void Recordset::ResolveTarget() {
     t.tableColumn.push_back(found);
   }
   for (const auto& c : t.columns) t.hasKey = t.hasKey || c.keyColumn;
-  target_ = std::move(t);
+  t.connection = connection_;
+  t.shapeGeneration = connection_->ShapeGeneration();
+  t.source = source_;
+  for (const auto& c : columns_) t.resultColumns.push_back(c.name);
+  target_ = std::make_shared<Target>(std::move(t));
+  lastTarget_ = target_;
 }
 
 std::string Recordset::Quote(const std::string& name) const {
@@ -575,7 +586,7 @@ void Recordset::CancelUpdate() {
 void Recordset::WriteRecord(Record& r) {
   if (!target_) NotUpdatable();
   Provider& provider = *provider_;
-  const Target& t = *target_;
+  Target& t = *target_;
   std::string sql;
   std::vector<Variant> params;
   std::vector<std::size_t> set;
@@ -586,6 +597,9 @@ void Recordset::WriteRecord(Record& r) {
     if (set.empty()) {
       sql = provider.Dialect() == "mysql" ? "INSERT INTO " + Quote(t.table) + " () VALUES ()"
                                           : "INSERT INTO " + Quote(t.table) + " DEFAULT VALUES";
+    } else if (set == t.insertColumns && !t.insertSql.empty()) {
+      sql = t.insertSql;
+      for (std::size_t i : set) params.push_back(r.values[i]);
     } else {
       std::string names, marks;
       for (std::size_t i : set) {
@@ -598,6 +612,8 @@ void Recordset::WriteRecord(Record& r) {
         params.push_back(r.values[i]);
       }
       sql = "INSERT INTO " + Quote(t.table) + " (" + names + ") VALUES (" + marks + ")";
+      t.insertColumns = set;
+      t.insertSql = sql;
     }
   } else {
     if (set.empty()) {

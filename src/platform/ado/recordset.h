@@ -97,6 +97,15 @@ class Recordset : public Object {
     std::vector<int> tableColumn;     // record set column -> base column index, -1 none
     std::vector<ColumnInfo> columns;  // base table columns
     bool hasKey = false;
+    // What it was resolved for: the same statement on the same connection,
+    // with no change of shape since, resolves to the same target.
+    std::weak_ptr<Connection> connection;
+    std::uint64_t shapeGeneration = 0;
+    std::string source;
+    std::vector<std::string> resultColumns;
+    // The INSERT last built, by the record set columns it sets.
+    std::vector<std::size_t> insertColumns;
+    std::string insertSql;
   };
 
   void CheckOpen() const;
@@ -132,8 +141,10 @@ class Recordset : public Object {
   // of the rows behind it, so that memory does not grow with the result.
   std::int64_t dropped_ = 0;
   EditModeEnum editMode_ = adEditNone;
-  std::optional<Target> target_;
-  bool targetResolved_ = false;
+  std::shared_ptr<Target> target_;
+  // The target of the last open, kept over Close: a record set opened again
+  // on the same statement (once per record) need not resolve it again.
+  std::shared_ptr<Target> lastTarget_;
 };
 
 }  // namespace ketrova::ado
