@@ -1,0 +1,123 @@
+// What a connection and a record set keep between opens of the same statement
+// (prepared statements, their columns, the resolved target table, the INSERT
+// text) must give way when a table changes shape.
+#include <gtest/gtest.h>
+
+#include "backend.h"
+#include "platform/ado/enums.h"
+
+namespace ketrova::ado::testing {
+namespace {
+
+class ShapeCache : public BackendTest {
+ protected:
+  // The engine's statement for a target, opened on the same record set as the
+  // engine does once per record.
+  void Open(const std::string& sql = " SELECT * \r\n FROM    [Ziel]    Ziel") {
+    rs->Open(sql, Variant(ObjectPtr(db)), adOpenKeyset, adLockBatchOptimistic);
+  }
+  void Insert(int id, const std::string& name) {
+    Open();
+    rs->AddNew();
+    rs->GetFields().Item("ID").SetValue(Variant(id));
+    rs->GetFields().Item("Name").SetValue(Variant(name));
+    rs->Update();
+    rs->UpdateBatch(adAffectAll);
+    rs->Close();
+  }
+  std::vector<std::string> FieldNames() {
+    std::vector<std::string> names;
+    for (const auto& f : rs->GetFields()) names.push_back(f->Name());
+    return names;
+  }
+
+  RecordsetPtr rs = std::make_shared<Recordset>();
+};
+
+TEST_P(ShapeCache, ATableAlteredOrRecreatedBetweenTwoOpensShowsItsNewShape) {
+  DropTable("Ziel");
+  db->Execute("CREATE TABLE [Ziel] ([ID] INTEGER NOT NULL PRIMARY KEY, [Name] VARCHAR(20))");
+  Insert(1, "eins");
+
+  db->Execute("ALTER TABLE [Ziel] ADD [Ort] VARCHAR(20)");
+  Open();
+  EXPECT_EQ(FieldNames(), (std::vector<std::string>{"ID", "Name", "Ort"}));
+  rs->Close();
+  Insert(2, "zwei");
+
+  // Recreated with its columns in another order: the same INSERT by name must
+  // land in the new places.
+  DropTable("Ziel");
+  db->Execute("CREATE TABLE [Ziel] ([Name] VARCHAR(20), [Menge] INTEGER, [ID] INTEGER NOT NULL)");
+  Insert(3, "drei");
+  Open();
+  EXPECT_EQ(FieldNames(), (std::vector<std::string>{"Name", "Menge", "ID"}));
+  ASSERT_FALSE(rs->Eof());
+  EXPECT_EQ(rs->GetFields().Item("ID").Value().ToText(), "3");
+  EXPECT_EQ(rs->GetFields().Item("Name").Value().ToText(), "drei");
+  EXPECT_TRUE(rs->GetFields().Item("Menge").Value().IsNull());
+  rs->Close();
+}
+
+TEST_P(ShapeCache, DeclaredDecimalsFollowARecreatedTable) {
+  DropTable("Ziel");
+  db->Execute("CREATE TABLE [Ziel] ([ID] INTEGER NOT NULL PRIMARY KEY, [Betrag] DECIMAL(10,2))");
+  Open();
+  EXPECT_EQ(rs->GetFields().Item("Betrag").NumericScale(), 2);
+  rs->Close();
+  DropTable("Ziel");
+  db->Execute("CREATE TABLE [Ziel] ([ID] INTEGER NOT NULL PRIMARY KEY, [Betrag] DECIMAL(12,4))");
+  Open();
+  EXPECT_EQ(rs->GetFields().Item("Betrag").NumericScale(), 4);
+  EXPECT_EQ(rs->GetFields().Item("Betrag").Precision(), 12);
+  rs->Close();
+}
+
+// As a reload of the schema does it: the tables are listed, then the shapes
+// are forgotten.
+TEST_P(ShapeCache, AChangeThroughAnotherConnectionShowsAfterTheSchemaIsReadAnew) {
+  DropTable("Ziel");
+  db->Execute("CREATE TABLE [Ziel] ([ID] INTEGER NOT NULL PRIMARY KEY, [Name] VARCHAR(20))");
+  Insert(1, "eins");
+  auto other = std::make_shared<Connection>();
+  other->Open(ConnectionString());
+  other->Execute("ALTER TABLE [Ziel] ADD [Ort] VARCHAR(20)");
+  other->Close();
+
+  db->OpenSchema(adSchemaTables)->Close();
+  db->ForgetTableShapes();
+  Open();
+  EXPECT_EQ(FieldNames(), (std::vector<std::string>{"ID", "Name", "Ort"}));
+  rs->AddNew();
+  rs->GetFields().Item("ID").SetValue(Variant(2));
+  rs->GetFields().Item("Ort").SetValue(Variant("Köln"));
+  rs->Update();
+  rs->UpdateBatch(adAffectAll);
+  rs->Close();
+  EXPECT_EQ(Scalar("SELECT [Ort] FROM [Ziel] WHERE [ID] = 2").ToText(), "Köln");
+}
+
+TEST_P(ShapeCache, AResultLeftAfterItsFirstRowStartsAgainAtTheFirstRow) {
+  DropTable("Ziel");
+  db->Execute("CREATE TABLE [Ziel] ([ID] INTEGER NOT NULL PRIMARY KEY, [Name] VARCHAR(20))");
+  for (int id = 1; id <= 3; ++id) Insert(id, "n" + std::to_string(id));
+  const std::string sql = "SELECT [ID] FROM [Ziel] ORDER BY [ID]";
+  for (int round = 0; round < 3; ++round) {
+    Open(sql);
+    ASSERT_FALSE(rs->Eof());
+    EXPECT_EQ(rs->GetFields().Item("ID").Value().ToText(), "1") << "round " << round;
+    rs->Close();
+    // A write between the reads, as the engine makes one per record.
+    if (round == 1) Insert(4, "vier");
+  }
+  Open(sql);
+  int count = 0;
+  for (; !rs->Eof(); rs->MoveNext()) ++count;
+  EXPECT_EQ(count, 4);
+  rs->Close();
+}
+
+INSTANTIATE_TEST_SUITE_P(Backends, ShapeCache, ::testing::ValuesIn(TestBackends()), BackendName);
+
+}  // namespace
+}  // namespace ketrova::ado::testing
