@@ -2,7 +2,10 @@
 
 #include <pthread.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdint>
+#include <limits>
 #include <memory>
 
 #include "platform/script/engine.h"
@@ -205,6 +208,15 @@ std::uintptr_t StackLimit() {
   return limit;
 }
 
+// Raised inside a run whose time is up. It is no VbError, so that neither On
+// Error Resume Next nor a host's handler of script errors stops it; the
+// innermost statement it leaves gives the position, and the outermost entry
+// into the interpreter turns it into the ScriptError the caller sees.
+struct TimedOut {
+  int line = 0;
+  int column = 0;
+};
+
 std::string Quoted(std::int32_t number, const std::string& name) {
   return VbErrorText(number) + ": '" + name + "'";
 }
@@ -221,6 +233,78 @@ struct Interpreter::Impl {
   ErrObject err;
   ObjectPtr errObject;
   int depth = 0;
+
+  // ---- the time limit of a run
+  // Loops tick at each turn and procedures at each entry; only every
+  // `interval` ticks is the clock read, and not at all without a limit.
+  using Clock = std::chrono::steady_clock;
+  static constexpr std::int32_t kNoLimit = std::numeric_limits<std::int32_t>::max();
+  static constexpr std::int32_t kMaxInterval = 4096;
+  int timeout = -1;  // milliseconds; 0 or less: no limit
+  int entries = 0;   // calls into the interpreter now running, nested ones included
+  std::int32_t countdown = kNoLimit;
+  std::int32_t interval = kMaxInterval;
+  Clock::time_point deadline;
+  Clock::time_point lastRead;
+
+  void Tick() {
+    if (--countdown <= 0) ReadClock();
+  }
+
+  void StartClock() {
+    countdown = kNoLimit;
+    if (timeout <= 0) return;
+    lastRead = Clock::now();
+    deadline = lastRead + std::chrono::milliseconds(timeout);
+    interval = 256;
+    countdown = interval;
+  }
+
+  void ReadClock() {
+    if (timeout <= 0 || entries == 0) {
+      countdown = kNoLimit;
+      return;
+    }
+    Clock::time_point now = Clock::now();
+    if (now >= deadline) {
+      countdown = 1;  // a host that swallowed it meets it again at the next tick
+      throw TimedOut{};
+    }
+    // Reads a few milliseconds apart, whether a tick takes nanoseconds (an
+    // empty loop) or milliseconds (a loop around a slow host call).
+    Clock::duration spent = now - lastRead;
+    lastRead = now;
+    if (spent > std::chrono::milliseconds(4))
+      interval = std::max(1, interval / 2);
+    else if (spent < std::chrono::milliseconds(1))
+      interval = std::min(kMaxInterval, interval * 2);
+    countdown = interval;
+  }
+
+  // Runs one call into the interpreter. The outermost one starts the clock
+  // and reports a time-out; a nested one (a host object calling back into
+  // the script) runs on the outer call's clock.
+  template <typename F>
+  auto Entered(F&& run) -> decltype(run()) {
+    struct Entry {
+      explicit Entry(Impl& impl) : impl(impl) { ++impl.entries; }
+      ~Entry() { --impl.entries; }
+      Impl& impl;
+    };
+    if (entries > 0) {
+      Entry entry(*this);
+      return run();
+    }
+    StartClock();
+    Entry entry(*this);
+    try {
+      return run();
+    } catch (const TimedOut& t) {
+      countdown = kNoLimit;
+      throw ScriptError(kTimeoutErrorNumber, std::string(kTimeoutErrorText), kRuntimeErrorSource,
+                        t.line, t.column);
+    }
+  }
 
   // Empties every global one by one, so that class instances end (and run
   // Class_Terminate) while the code around them is still whole.
@@ -261,6 +345,7 @@ struct Interpreter::Impl {
       char probe;
       if (impl.depth >= kMaxCallDepth || reinterpret_cast<std::uintptr_t>(&probe) < StackLimit())
         throw VbError(28);
+      impl.Tick();
       ++impl.depth;
     }
     ~DepthGuard() { --impl.depth; }
@@ -306,6 +391,9 @@ struct Interpreter::Impl {
       } catch (const std::bad_alloc&) {
         if (!f.resumeNext) throw Located(VbError(7), s.line, s.column);
         Record(VbError(7));
+      } catch (TimedOut& t) {
+        if (t.line == 0) t.line = s.line, t.column = s.column;
+        throw;
       }
     }
     return Flow::kNormal;
@@ -444,6 +532,7 @@ struct Interpreter::Impl {
     Variant* var = VarRef(*s.target, f);
     *var = start;
     while (true) {
+      Tick();
       double current = LoopNumber(*var).ToDouble();
       if (up ? current > limit : current < limit) break;
       Flow flow = ExecBlock(s.body, f);
@@ -458,6 +547,7 @@ struct Interpreter::Impl {
   Flow ExecForEach(Stmt& s, Frame& f) {
     Variant collection = Eval(*s.value, f);
     auto body = [&](Variant item) -> int {
+      Tick();
       *VarRef(*s.target, f) = std::move(item);
       Flow flow = ExecBlock(s.body, f);
       if (flow == Flow::kExitFor) return 1;
@@ -503,6 +593,7 @@ struct Interpreter::Impl {
       return s.until ? c : !c;
     };
     while (true) {
+      Tick();
       if (s.cond && !s.condAtEnd && done()) break;
       Flow flow = ExecBlock(s.body, f);
       if (flow == Flow::kExitDo) {
@@ -1262,7 +1353,7 @@ void Interpreter::AddCode(Module& module, std::string_view code) {
   ParsedText parsed = ParseText(code);
   CompileScope scope{&module, &impl_->hosts, nullptr, nullptr};
   auto unit = CompileText(std::move(parsed), scope);
-  impl_->RunTop(*unit, module, nullptr, nullptr);
+  impl_->Entered([&] { impl_->RunTop(*unit, module, nullptr, nullptr); });
 }
 
 void Interpreter::AddObject(std::string_view name, ObjectPtr object, bool addMembers) {
@@ -1282,19 +1373,21 @@ Variant Interpreter::EvalText(Module& module, std::string_view expression) {
   top.module = &module;
   CompileScope scope{&module, &impl_->hosts, nullptr, nullptr};
   CompileExpression(*expr, top, scope);
-  Impl::DepthGuard guard(*impl_);
-  Slots slots(top.numLocals);
-  Frame frame;
-  frame.proc = &top;
-  frame.slots = slots.ptrs();
-  frame.module = &module;
-  try {
-    return impl_->Eval(*expr, frame);
-  } catch (const ScriptError&) {
-    throw;
-  } catch (const VbError& e) {
-    throw Impl::Located(e, expr->line, expr->column);
-  }
+  return impl_->Entered([&] {
+    Impl::DepthGuard guard(*impl_);
+    Slots slots(top.numLocals);
+    Frame frame;
+    frame.proc = &top;
+    frame.slots = slots.ptrs();
+    frame.module = &module;
+    try {
+      return impl_->Eval(*expr, frame);
+    } catch (const ScriptError&) {
+      throw;
+    } catch (const VbError& e) {
+      throw Impl::Located(e, expr->line, expr->column);
+    }
+  });
 }
 
 void Interpreter::ExecuteText(Module& module, std::string_view statements) {
@@ -1302,14 +1395,16 @@ void Interpreter::ExecuteText(Module& module, std::string_view statements) {
 }
 
 Variant Interpreter::Call(Procedure& proc, ClassInstance* me, std::span<Variant> args) {
-  try {
-    return impl_->CallValues(proc, me, args);
-  } catch (const ScriptError&) {
-    throw;
-  } catch (const VbError& e) {
-    const ProcDecl* d = proc.decl;
-    throw Impl::Located(e, d ? d->line : 0, d ? d->column : 0);
-  }
+  return impl_->Entered([&] {
+    try {
+      return impl_->CallValues(proc, me, args);
+    } catch (const ScriptError&) {
+      throw;
+    } catch (const VbError& e) {
+      const ProcDecl* d = proc.decl;
+      throw Impl::Located(e, d ? d->line : 0, d ? d->column : 0);
+    }
+  });
 }
 
 void Interpreter::Reset() {
@@ -1318,7 +1413,11 @@ void Interpreter::Reset() {
 
 Variant Interpreter::InvokeMember(ClassInstance& instance, int member, InvokeKind kind,
                                   std::span<Variant> args) {
-  return impl_->InvokeMember(instance, member, kind, args);
+  return impl_->Entered([&] { return impl_->InvokeMember(instance, member, kind, args); });
+}
+
+void Interpreter::SetTimeout(int milliseconds) {
+  impl_->timeout = milliseconds;
 }
 
 void Interpreter::Terminate(ClassInstance& instance) {
