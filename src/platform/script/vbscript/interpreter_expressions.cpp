@@ -94,24 +94,7 @@ bool Interpreter::Impl::Resolve(Expr& e, Frame& f) {
       return true;
     }
   }
-  for (size_t i = hosts.size(); i-- > 0;) {
-    if (ToLower(hosts[i].name) == lower) {
-      b.kind = BindKind::kHostObject;
-      b.index = static_cast<int>(i);
-      return true;
-    }
-  }
-  for (size_t i = hosts.size(); i-- > 0;) {
-    if (!hosts[i].addMembers || !hosts[i].object) continue;
-    int id = hosts[i].object->GetIDOfName(e.name);
-    if (id != kDispIdUnknown) {
-      b.kind = BindKind::kHostMember;
-      b.index = static_cast<int>(i);
-      b.dispId = id;
-      return true;
-    }
-  }
-  return false;
+  return BindHostName(hosts, e.name, lower, b);
 }
 
 Variant* Interpreter::Impl::ImplicitVariable(Expr& e, Frame& f) {
