@@ -17,15 +17,20 @@ using std::chrono::steady_clock;
 
 constexpr int kTimeout = 200;
 
-// A host object whose method calls back into the control, as a host that runs
-// a script procedure of its own would.
+// A host object whose methods call back into the control, as a host that runs
+// a script procedure of its own would, or set its Timeout.
 class Host : public BoundObject<Host> {
  public:
   explicit Host(ScriptControl& control) : control(control) {}
   std::string TypeName() const override { return "Host"; }
   static const MemberTable<Host>& Members() {
-    static const auto table = MemberTable<Host>().Method(
-        "Ping", 0, 0, [](Host& h, Args) { return h.control.Run("Noop"); });
+    static const auto table =
+        MemberTable<Host>()
+            .Method("Ping", 0, 0, [](Host& h, Args) { return h.control.Run("Noop"); })
+            .Method("Limit", 0, 0, [](Host& h, Args) {
+              h.control.SetTimeout(kTimeout);
+              return Variant();
+            });
     return table;
   }
   ScriptControl& control;
@@ -145,6 +150,13 @@ TEST_F(VBScriptTimeout, NoLimitLetsALongLoopFinish) {
     control.SetTimeout(timeout);
     EXPECT_EQ(control.Run("Quick", args).ToLong(), 2'000'000) << timeout;
   }
+}
+
+TEST_F(VBScriptTimeout, ALimitSetDuringARunCountsFromThen) {
+  control.SetTimeout(-1);
+  control.AddCode(Script("  Host.Limit\r\n  Do\r\n  Loop\r\n"));
+  ScriptControlError error = TimedOut([&] { control.Run("Main"); });
+  EXPECT_EQ(error.Line, 9);
 }
 
 TEST_F(VBScriptTimeout, EndlessRecursionStillRunsOutOfStack) {

@@ -189,6 +189,8 @@ Variant Interpreter::InvokeMember(ClassInstance& instance, int member, InvokeKin
 
 void Interpreter::SetTimeout(int milliseconds) {
   impl_->timeout = milliseconds;
+  // A limit set while a run goes on (by a host object) counts from now.
+  if (impl_->entries > 0) impl_->StartClock();
 }
 
 void Interpreter::Terminate(ClassInstance& instance) {
