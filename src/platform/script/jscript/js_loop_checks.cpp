@@ -1,0 +1,265 @@
+#include "platform/script/jscript/js_loop_checks.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace ketrova::script::jscript {
+
+namespace {
+
+bool IsIdentifierChar(char c) {
+  unsigned char u = static_cast<unsigned char>(c);
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
+         c == '$' || c == '\\' || u >= 0x80;
+}
+
+bool IsLineEnd(char c) {
+  return c == '\n' || c == '\r';
+}
+
+// Keywords after which a slash starts a regular expression, not a division.
+bool KeywordBeforeExpression(std::string_view word) {
+  static constexpr std::string_view kWords[] = {"return", "typeof", "instanceof", "in",    "of",
+                                                "new",    "delete", "void",       "throw", "case",
+                                                "do",     "else",   "yield"};
+  return std::find(std::begin(kWords), std::end(kWords), word) != std::end(kWords);
+}
+
+// An open bracket: what it belongs to, and for the head of a for loop where
+// its own semicolons are.
+struct Bracket {
+  enum Kind { kPlain, kStatement, kWhile, kFor };
+  char open;
+  Kind kind;
+  std::size_t at;  // position of the bracket
+  std::size_t firstSemicolon = 0;
+  std::size_t secondSemicolon = 0;
+  int semicolons = 0;
+  bool empty = true;  // nothing but blanks and comments so far (kWhile)
+};
+
+struct Insertion {
+  std::size_t at;
+  std::string text;
+};
+
+class Rewriter {
+ public:
+  Rewriter(std::string_view code, std::string_view check)
+      : code_(code), call_(std::string(check) + "()") {}
+
+  std::string Run() {
+    while (pos_ < code_.size()) Step();
+    if (insertions_.empty()) return std::string(code_);
+    std::stable_sort(insertions_.begin(), insertions_.end(),
+                     [](const Insertion& a, const Insertion& b) { return a.at < b.at; });
+    std::string out;
+    out.reserve(code_.size() + insertions_.size() * (call_.size() + 3));
+    std::size_t from = 0;
+    for (const Insertion& insertion : insertions_) {
+      out.append(code_.substr(from, insertion.at - from));
+      out += insertion.text;
+      from = insertion.at;
+    }
+    out.append(code_.substr(from));
+    return out;
+  }
+
+ private:
+  // A significant token other than a bracket was seen.
+  void Token(bool regexMayFollow) {
+    regexMayFollow_ = regexMayFollow;
+    if (!brackets_.empty()) brackets_.back().empty = false;
+  }
+
+  void Step() {
+    char c = code_[pos_];
+    char next = pos_ + 1 < code_.size() ? code_[pos_ + 1] : '\0';
+    if (c == ' ' || c == '\t' || IsLineEnd(c) || c == '\f' || c == '\v') {
+      ++pos_;
+    } else if (c == '/' && next == '/') {
+      while (pos_ < code_.size() && !IsLineEnd(code_[pos_])) ++pos_;
+    } else if (c == '/' && next == '*') {
+      std::size_t end = code_.find("*/", pos_ + 2);
+      pos_ = end == std::string_view::npos ? code_.size() : end + 2;
+    } else if (c == '"' || c == '\'') {
+      SkipString(c);
+      Loop(Pending::kNone);
+      Token(false);
+    } else if (c == '/' && regexMayFollow_) {
+      SkipRegex();
+      Loop(Pending::kNone);
+      Token(false);
+    } else if (IsIdentifierChar(c) || (c == '.' && next >= '0' && next <= '9')) {
+      Word();
+    } else if (c == '(' || c == '[' || c == '{') {
+      Open(c);
+    } else if (c == ')' || c == ']' || c == '}') {
+      Close(c);
+    } else {
+      Punctuator(c, next);
+    }
+  }
+
+  void SkipString(char quote) {
+    ++pos_;
+    while (pos_ < code_.size()) {
+      char c = code_[pos_];
+      if (c == '\\') {
+        pos_ += code_.compare(pos_ + 1, 2, "\r\n") == 0 ? 3 : 2;
+      } else if (c == quote) {
+        ++pos_;
+        return;
+      } else if (IsLineEnd(c)) {
+        return;  // unterminated: the compiler says so
+      } else {
+        ++pos_;
+      }
+    }
+  }
+
+  // A regular expression literal; one that does not end on its line was a
+  // division after all.
+  void SkipRegex() {
+    std::size_t p = pos_ + 1;
+    bool inClass = false;
+    while (p < code_.size() && !IsLineEnd(code_[p])) {
+      char c = code_[p];
+      if (c == '\\') {
+        p += 2;
+        continue;
+      }
+      if (c == '[') inClass = true;
+      if (c == ']') inClass = false;
+      if (c == '/' && !inClass) {
+        pos_ = p + 1;
+        while (pos_ < code_.size() && IsIdentifierChar(code_[pos_])) ++pos_;
+        return;
+      }
+      ++p;
+    }
+    ++pos_;
+  }
+
+  void Word() {
+    std::size_t start = pos_;
+    bool number = (code_[pos_] >= '0' && code_[pos_] <= '9') || code_[pos_] == '.';
+    while (pos_ < code_.size() && (IsIdentifierChar(code_[pos_]) || (number && code_[pos_] == '.')))
+      ++pos_;
+    std::string_view word = code_.substr(start, pos_ - start);
+    bool member = afterDot_;
+    afterDot_ = false;
+    if (!number && !member && (word == "while" || word == "for")) {
+      Token(false);
+      pending_ = word == "while" ? Pending::kWhile : Pending::kFor;
+      return;
+    }
+    Loop(!number && !member && (word == "if" || word == "with") ? Pending::kStatement
+                                                                : Pending::kNone);
+    Token(!number && !member && KeywordBeforeExpression(word));
+  }
+
+  enum class Pending { kNone, kStatement, kWhile, kFor };
+
+  // What the next token means for a loop keyword seen just before it.
+  void Loop(Pending next) {
+    pending_ = next;
+    afterDot_ = false;
+  }
+
+  void Open(char c) {
+    Bracket::Kind kind = Bracket::kPlain;
+    if (c == '(') {
+      if (pending_ == Pending::kWhile) kind = Bracket::kWhile;
+      if (pending_ == Pending::kFor) kind = Bracket::kFor;
+      if (pending_ == Pending::kStatement) kind = Bracket::kStatement;
+    }
+    if (!brackets_.empty()) brackets_.back().empty = false;
+    Loop(Pending::kNone);
+    brackets_.push_back(Bracket{c, kind, pos_});
+    regexMayFollow_ = true;
+    ++pos_;
+  }
+
+  void Close(char c) {
+    Loop(Pending::kNone);
+    char open = c == ')' ? '(' : c == ']' ? '[' : '{';
+    if (brackets_.empty() || brackets_.back().open != open) {
+      // Unbalanced: leave the rest to the compiler's error.
+      Token(c == '}');
+      ++pos_;
+      return;
+    }
+    Bracket bracket = brackets_.back();
+    brackets_.pop_back();
+    if (bracket.kind == Bracket::kWhile && !bracket.empty) {
+      insertions_.push_back({bracket.at + 1, call_ + "&&("});
+      insertions_.push_back({pos_, ")"});
+    } else if (bracket.kind == Bracket::kFor && bracket.semicolons == 2) {
+      CheckCondition(bracket.firstSemicolon + 1, bracket.secondSemicolon);
+    }
+    Token(c == '}' || bracket.kind != Bracket::kPlain);
+    ++pos_;
+  }
+
+  // The condition of a for loop lies between its two semicolons; the check
+  // goes where the condition starts, on its line.
+  void CheckCondition(std::size_t from, std::size_t to) {
+    std::size_t start = from + Rewriter(code_.substr(from, to - from), "").SkipBlank();
+    if (start == to) {
+      insertions_.push_back({from, call_});
+    } else {
+      insertions_.push_back({start, call_ + "&&("});
+      insertions_.push_back({to, ")"});
+    }
+  }
+
+  // The position of the first character that is no blank and in no comment.
+  std::size_t SkipBlank() {
+    while (pos_ < code_.size()) {
+      char c = code_[pos_];
+      char next = pos_ + 1 < code_.size() ? code_[pos_ + 1] : '\0';
+      if (c == ' ' || c == '\t' || IsLineEnd(c) || c == '\f' || c == '\v' ||
+          (c == '/' && (next == '/' || next == '*')))
+        Step();
+      else
+        break;
+    }
+    return pos_;
+  }
+
+  void Punctuator(char c, char next) {
+    Loop(Pending::kNone);
+    if (c == ';' && !brackets_.empty() && brackets_.back().kind == Bracket::kFor) {
+      Bracket& head = brackets_.back();
+      if (++head.semicolons == 1) head.firstSemicolon = pos_;
+      if (head.semicolons == 2) head.secondSemicolon = pos_;
+    }
+    if ((c == '+' || c == '-') && next == c) {
+      // ++ and -- end an operand as far as a following slash is concerned.
+      Token(false);
+      pos_ += 2;
+      return;
+    }
+    Token(true);
+    afterDot_ = c == '.';
+    ++pos_;
+  }
+
+  std::string_view code_;
+  std::string call_;
+  std::size_t pos_ = 0;
+  bool regexMayFollow_ = true;
+  bool afterDot_ = false;
+  Pending pending_ = Pending::kNone;
+  std::vector<Bracket> brackets_;
+  std::vector<Insertion> insertions_;
+};
+
+}  // namespace
+
+std::string InsertLoopChecks(std::string_view code, std::string_view check) {
+  return Rewriter(code, check).Run();
+}
+
+}  // namespace ketrova::script::jscript
