@@ -30,10 +30,6 @@ duk_ret_t FinalizeHost(duk_context* ctx) {
   return FinalizeBox<HostBox>(ctx, kObjectKey);
 }
 
-duk_ret_t TargetCall(duk_context*) {
-  return 0;
-}
-
 // Gives the function or object on top of the stack a box holding `object`.
 HostBox* AttachBox(duk_context* ctx, const ObjectPtr& object) {
   auto* box = new HostBox(object);
@@ -44,12 +40,6 @@ HostBox* AttachBox(duk_context* ctx, const ObjectPtr& object) {
   return box;
 }
 
-// Pushes the proxy target of a host object: a function, so that the proxy
-// can be called (Fields("x")), holding the object.
-HostBox* PushHostTarget(duk_context* ctx, const ObjectPtr& object) {
-  duk_push_c_function(ctx, TargetCall, DUK_VARARGS);
-  return AttachBox(ctx, object);
-}
 
 // The box of the C function being run.
 HostBox* CurrentBox(duk_context* ctx) {
@@ -67,6 +57,14 @@ int CurrentId(duk_context* ctx) {
   return id;
 }
 
+std::vector<Variant> ArgsOnStack(duk_context* ctx) {
+  std::vector<Variant> args;
+  duk_idx_t top = duk_get_top(ctx);
+  args.reserve(static_cast<std::size_t>(top));
+  for (duk_idx_t i = 0; i < top; ++i) args.push_back(ToVariant(ctx, i));
+  return args;
+}
+
 // A method of a host object bound to it: calling it invokes the member.
 duk_ret_t MemberCall(duk_context* ctx) {
   CheckTime(ctx);
@@ -74,12 +72,28 @@ duk_ret_t MemberCall(duk_context* ctx) {
   int dispId = CurrentId(ctx);
   return Guard(ctx, [&] {
     if (!box) throw VbError(424);
-    std::vector<Variant> args;
-    duk_idx_t top = duk_get_top(ctx);
-    args.reserve(static_cast<std::size_t>(top));
-    for (duk_idx_t i = 0; i < top; ++i) args.push_back(ToVariant(ctx, i));
+    std::vector<Variant> args = ArgsOnStack(ctx);
     return PushResult(ctx, box->object->Invoke(dispId, InvokeKind::kMethod, args));
   });
+}
+
+// Calling a wrapper calls the object's default member (Fields("x")). The
+// proxy handler has no apply trap, so the call reaches its target, this
+// function, with the arguments on the stack as they are.
+duk_ret_t DefaultCall(duk_context* ctx) {
+  CheckTime(ctx);
+  HostBox* box = CurrentBox(ctx);
+  return Guard(ctx, [&] {
+    if (!box) throw VbError(424);
+    std::vector<Variant> args = ArgsOnStack(ctx);
+    return PushResult(ctx, box->object->Invoke(kDispIdValue, InvokeKind::kMethod, args));
+  });
+}
+
+// Pushes the proxy target of a host object, holding the object.
+HostBox* PushHostTarget(duk_context* ctx, const ObjectPtr& object) {
+  duk_push_c_function(ctx, DefaultCall, DUK_VARARGS);
+  return AttachBox(ctx, object);
 }
 
 // The default value of a host object as valueOf (id 0) / toString (id 1).
@@ -182,7 +196,7 @@ const char* KeyName(duk_context* ctx, duk_idx_t index) {
 }
 
 // Proxy traps: (target, key, receiver), (target, key, value, receiver),
-// (target, key), (target, this, argArray).
+// (target, key).
 duk_ret_t TrapGet(duk_context* ctx) {
   CheckTime(ctx);
   const char* key = KeyName(ctx, 1);
@@ -228,23 +242,6 @@ duk_ret_t TrapHas(duk_context* ctx) {
   }
   duk_push_boolean(ctx, has);
   return 1;
-}
-
-duk_ret_t TrapApply(duk_context* ctx) {
-  CheckTime(ctx);
-  HostBox* box = BoxAt<HostBox>(ctx, 0, kObjectKey);
-  duk_size_t count = duk_is_object(ctx, 2) ? duk_get_length(ctx, 2) : 0;
-  return Guard(ctx, [&] {
-    if (!box) throw VbError(424);
-    std::vector<Variant> args;
-    args.reserve(count);
-    for (duk_size_t i = 0; i < count; ++i) {
-      duk_get_prop_index(ctx, 2, static_cast<duk_uarridx_t>(i));
-      args.push_back(ToVariant(ctx, -1));
-      duk_pop(ctx);
-    }
-    return PushResult(ctx, box->object->Invoke(kDispIdValue, InvokeKind::kMethod, args));
-  });
 }
 
 // Accessors for the members of an object added with addMembers: the function
@@ -370,7 +367,6 @@ void InstallHostObjects(duk_context* ctx) {
   PutFunction(ctx, -1, "get", TrapGet, 3);
   PutFunction(ctx, -1, "set", TrapSet, 4);
   PutFunction(ctx, -1, "has", TrapHas, 2);
-  PutFunction(ctx, -1, "apply", TrapApply, 3);
   stashed.handler = Stash(ctx, "handler");
   duk_push_array(ctx);
   stashed.wrappers = Stash(ctx, "wrappers");
