@@ -35,8 +35,9 @@ struct RunClock {
 // wrapped anew (js_host_objects.h).
 struct WrapperCache {
   struct Entry {
-    duk_uarridx_t slot;  // index in the stash array `wrappers`
-    HostBox* box;        // owned by the wrapper, which the array keeps alive
+    duk_uarridx_t slot;  // index in the stash array `wrappers`, which keeps the wrapper alive
+    void* wrapper;       // the wrapper itself
+    HostBox* box;        // owned by the wrapper
   };
   std::unordered_map<const Object*, Entry> entries;
   std::vector<duk_uarridx_t> freeSlots;

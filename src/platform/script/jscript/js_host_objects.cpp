@@ -40,7 +40,6 @@ HostBox* AttachBox(duk_context* ctx, const ObjectPtr& object) {
   return box;
 }
 
-
 // The box of the C function being run.
 HostBox* CurrentBox(duk_context* ctx) {
   duk_push_current_function(ctx);
@@ -311,9 +310,7 @@ void PushHostObject(duk_context* ctx, const ObjectPtr& object) {
   WrapperCache& cache = heap.wrappers;
   auto it = cache.entries.find(object.get());
   if (it != cache.entries.end()) {
-    duk_push_heapptr(ctx, heap.stashed.wrappers);
-    duk_get_prop_index(ctx, -1, it->second.slot);
-    duk_remove(ctx, -2);
+    duk_push_heapptr(ctx, it->second.wrapper);
     return;
   }
   if (cache.entries.size() >= kMaxWrappers) {
@@ -334,7 +331,7 @@ void PushHostObject(duk_context* ctx, const ObjectPtr& object) {
   duk_dup(ctx, -2);
   duk_put_prop_index(ctx, -2, slot);
   duk_pop(ctx);
-  cache.entries.emplace(object.get(), WrapperCache::Entry{slot, box});
+  cache.entries.emplace(object.get(), WrapperCache::Entry{slot, duk_get_heapptr(ctx, -1), box});
   cache.added = true;
 }
 
