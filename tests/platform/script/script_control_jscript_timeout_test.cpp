@@ -118,6 +118,8 @@ TEST_F(JScriptTimeout, EveryWayIntoTheEngineIsLimited) {
   EXPECT_EQ(error([&] { control.AddCode("var n = 0;\nwhile (true) n++;"); }), 18);
   EXPECT_EQ(error([&] { control.ExecuteStatement("for (;;) {}"); }), 18);
   EXPECT_EQ(error([&] { control.Eval("(function () { do {} while (1); })()"); }), 18);
+  // Endless recursion runs out of stack before it runs out of time.
+  EXPECT_EQ(error([&] { control.Eval("(function r() { return r() + 1; })()"); }), 28);
   ScriptModule& module = control.Modules().Add("zsModuleConvertMain");
   module.AddCode("function txConvertMain() { while (1) {} }");
   EXPECT_EQ(error([&] { module.Run("txConvertMain"); }), 18);

@@ -19,9 +19,9 @@ bool IsLineEnd(char c) {
 
 // Keywords after which a slash starts a regular expression, not a division.
 bool KeywordBeforeExpression(std::string_view word) {
-  static constexpr std::string_view kWords[] = {"return", "typeof", "instanceof", "in",    "of",
-                                                "new",    "delete", "void",       "throw", "case",
-                                                "do",     "else",   "yield"};
+  static constexpr std::string_view kWords[] = {"return", "typeof", "instanceof", "in",
+                                                "new",    "delete", "void",       "throw",
+                                                "case",   "do",     "else"};
   return std::find(std::begin(kWords), std::end(kWords), word) != std::end(kWords);
 }
 
