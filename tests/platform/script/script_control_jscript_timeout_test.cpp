@@ -106,6 +106,7 @@ TEST_F(JScriptTimeout, EveryWayIntoTheEngineIsLimited) {
   ScriptModule& module = control.Modules().Add("zsModuleConvertMain");
   module.AddCode("function txConvertMain() { while (1) {} }");
   EXPECT_EQ(ErrorOf([&] { module.Run("txConvertMain"); }), 18);
+  EXPECT_EQ(ErrorOf([&] { module.ExecuteStatement("var k = 0; while (k >= 0) k++;"); }), 18);
   EXPECT_EQ(control.Eval("1 + 1").ToLong(), 2);
 }
 

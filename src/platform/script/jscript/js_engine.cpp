@@ -281,7 +281,8 @@ class JsEngine : public Engine {
     duk_context* ctx = m.ctx;
     CallScope scope(*heap_, timeout_);
     duk_idx_t base = duk_get_top(ctx);
-    std::string checked = jscript::InsertLoopChecks(code, jscript::kCheckFunction);
+    std::string checked =
+        jscript::InsertLoopChecks(code, jscript::kCheckFunction, jscript::kTurnCounter);
     duk_push_lstring(ctx, checked.data(), checked.size());
     duk_push_string(ctx, std::to_string(chunk).c_str());
     if (duk_pcompile(ctx, flags) != DUK_EXEC_SUCCESS) Raise(ctx, true, base, chunk);

@@ -25,17 +25,18 @@ bool KeywordBeforeExpression(std::string_view word) {
   return std::find(std::begin(kWords), std::end(kWords), word) != std::end(kWords);
 }
 
-// An open bracket: what it belongs to, and for the head of a for loop where
-// its own semicolons are.
+// An open bracket: what it belongs to, for the head of a for loop where its
+// own semicolons are, and for a function body whether its loops count turns.
 struct Bracket {
-  enum Kind { kPlain, kStatement, kWhile, kFor };
+  enum Kind { kPlain, kStatement, kWhile, kFor, kParameters, kBody };
   char open;
   Kind kind;
   std::size_t at;  // position of the bracket
   std::size_t firstSemicolon = 0;
   std::size_t secondSemicolon = 0;
   int semicolons = 0;
-  bool empty = true;  // nothing but blanks and comments so far (kWhile)
+  bool empty = true;    // nothing but blanks and comments so far (kWhile)
+  bool counts = false;  // a loop in this body uses the counter (kBody)
 };
 
 struct Insertion {
@@ -45,8 +46,11 @@ struct Insertion {
 
 class Rewriter {
  public:
-  Rewriter(std::string_view code, std::string_view check)
-      : code_(code), call_(std::string(check) + "()") {}
+  Rewriter(std::string_view code, std::string_view check, std::string_view counter)
+      : code_(code),
+        turn_("(--" + std::string(counter) + ">0||(" + std::string(counter) + "=" +
+              std::string(check) + "()))"),
+        declaration_(";var " + std::string(counter) + ";") {}
 
   std::string Run() {
     while (pos_ < code_.size()) Step();
@@ -54,7 +58,7 @@ class Rewriter {
     std::stable_sort(insertions_.begin(), insertions_.end(),
                      [](const Insertion& a, const Insertion& b) { return a.at < b.at; });
     std::string out;
-    out.reserve(code_.size() + insertions_.size() * (call_.size() + 3));
+    out.reserve(code_.size() + insertions_.size() * (turn_.size() + 3));
     std::size_t from = 0;
     for (const Insertion& insertion : insertions_) {
       out.append(code_.substr(from, insertion.at - from));
@@ -84,11 +88,11 @@ class Rewriter {
       pos_ = end == std::string_view::npos ? code_.size() : end + 2;
     } else if (c == '"' || c == '\'') {
       SkipString(c);
-      Loop(Pending::kNone);
+      Expect(Pending::kNone);
       Token(false);
     } else if (c == '/' && regexMayFollow_) {
       SkipRegex();
-      Loop(Pending::kNone);
+      Expect(Pending::kNone);
       Token(false);
     } else if (IsIdentifierChar(c) || (c == '.' && next >= '0' && next <= '9')) {
       Word();
@@ -147,22 +151,21 @@ class Rewriter {
     while (pos_ < code_.size() && (IsIdentifierChar(code_[pos_]) || (number && code_[pos_] == '.')))
       ++pos_;
     std::string_view word = code_.substr(start, pos_ - start);
-    bool member = afterDot_;
-    afterDot_ = false;
-    if (!number && !member && (word == "while" || word == "for")) {
-      Token(false);
-      pending_ = word == "while" ? Pending::kWhile : Pending::kFor;
-      return;
-    }
-    Loop(!number && !member && (word == "if" || word == "with") ? Pending::kStatement
-                                                                : Pending::kNone);
-    Token(!number && !member && KeywordBeforeExpression(word));
+    bool name = !number && !afterDot_;
+    Pending next = Pending::kNone;
+    if (name && word == "while") next = Pending::kWhile;
+    if (name && word == "for") next = Pending::kFor;
+    if (name && (word == "if" || word == "with")) next = Pending::kStatement;
+    if (name && word == "function") next = Pending::kFunction;
+    if (name && pending_ == Pending::kFunction) next = Pending::kFunction;  // its name
+    Expect(next);
+    Token(name && KeywordBeforeExpression(word));
   }
 
-  enum class Pending { kNone, kStatement, kWhile, kFor };
+  // What a bracket that follows a keyword belongs to.
+  enum class Pending { kNone, kStatement, kWhile, kFor, kFunction, kBody };
 
-  // What the next token means for a loop keyword seen just before it.
-  void Loop(Pending next) {
+  void Expect(Pending next) {
     pending_ = next;
     afterDot_ = false;
   }
@@ -173,16 +176,18 @@ class Rewriter {
       if (pending_ == Pending::kWhile) kind = Bracket::kWhile;
       if (pending_ == Pending::kFor) kind = Bracket::kFor;
       if (pending_ == Pending::kStatement) kind = Bracket::kStatement;
+      if (pending_ == Pending::kFunction) kind = Bracket::kParameters;
     }
+    if (c == '{' && pending_ == Pending::kBody) kind = Bracket::kBody;
     if (!brackets_.empty()) brackets_.back().empty = false;
-    Loop(Pending::kNone);
+    Expect(Pending::kNone);
     brackets_.push_back(Bracket{c, kind, pos_});
     regexMayFollow_ = true;
     ++pos_;
   }
 
   void Close(char c) {
-    Loop(Pending::kNone);
+    Expect(Pending::kNone);
     char open = c == ')' ? '(' : c == ']' ? '[' : '{';
     if (brackets_.empty() || brackets_.back().open != open) {
       // Unbalanced: leave the rest to the compiler's error.
@@ -193,24 +198,44 @@ class Rewriter {
     Bracket bracket = brackets_.back();
     brackets_.pop_back();
     if (bracket.kind == Bracket::kWhile && !bracket.empty) {
-      insertions_.push_back({bracket.at + 1, call_ + "&&("});
-      insertions_.push_back({pos_, ")"});
+      Check(bracket.at + 1, pos_);
     } else if (bracket.kind == Bracket::kFor && bracket.semicolons == 2) {
       CheckCondition(bracket.firstSemicolon + 1, bracket.secondSemicolon);
+    } else if (bracket.kind == Bracket::kBody && bracket.counts) {
+      // Declarations are hoisted: at the end the counter's var cannot come
+      // before a "use strict" that must open the body.
+      insertions_.push_back({pos_, declaration_});
     }
-    Token(c == '}' || bracket.kind != Bracket::kPlain);
+    Token(c == '}' || bracket.kind == Bracket::kStatement || bracket.kind == Bracket::kWhile ||
+          bracket.kind == Bracket::kFor);
     ++pos_;
+    if (bracket.kind == Bracket::kParameters) pending_ = Pending::kBody;
+  }
+
+  // Puts the check before the condition from `start` to `end`. A loop in a
+  // function counts its turns in a local variable of the function; at top
+  // level the global one serves.
+  void Check(std::size_t start, std::size_t end) {
+    insertions_.push_back({start, turn_ + "&&("});
+    insertions_.push_back({end, ")"});
+    MarkBody();
+  }
+
+  void MarkBody() {
+    auto body = std::find_if(brackets_.rbegin(), brackets_.rend(),
+                             [](const Bracket& b) { return b.kind == Bracket::kBody; });
+    if (body != brackets_.rend()) body->counts = true;
   }
 
   // The condition of a for loop lies between its two semicolons; the check
   // goes where the condition starts, on its line.
   void CheckCondition(std::size_t from, std::size_t to) {
-    std::size_t start = from + Rewriter(code_.substr(from, to - from), "").SkipBlank();
+    std::size_t start = from + Rewriter(code_.substr(from, to - from), "", "").SkipBlank();
     if (start == to) {
-      insertions_.push_back({from, call_});
+      insertions_.push_back({from, turn_});
+      MarkBody();
     } else {
-      insertions_.push_back({start, call_ + "&&("});
-      insertions_.push_back({to, ")"});
+      Check(start, to);
     }
   }
 
@@ -229,7 +254,7 @@ class Rewriter {
   }
 
   void Punctuator(char c, char next) {
-    Loop(Pending::kNone);
+    Expect(Pending::kNone);
     if (c == ';' && !brackets_.empty() && brackets_.back().kind == Bracket::kFor) {
       Bracket& head = brackets_.back();
       if (++head.semicolons == 1) head.firstSemicolon = pos_;
@@ -247,7 +272,8 @@ class Rewriter {
   }
 
   std::string_view code_;
-  std::string call_;
+  std::string turn_;  // counts a turn, and calls the check every so many turns
+  std::string declaration_;
   std::size_t pos_ = 0;
   bool regexMayFollow_ = true;
   bool afterDot_ = false;
@@ -258,8 +284,9 @@ class Rewriter {
 
 }  // namespace
 
-std::string InsertLoopChecks(std::string_view code, std::string_view check) {
-  return Rewriter(code, check).Run();
+std::string InsertLoopChecks(std::string_view code, std::string_view check,
+                             std::string_view counter) {
+  return Rewriter(code, check, counter).Run();
 }
 
 }  // namespace ketrova::script::jscript

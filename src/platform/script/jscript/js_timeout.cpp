@@ -9,25 +9,39 @@ namespace ketrova::script::jscript {
 
 namespace {
 
-// How many checks pass between two readings of the clock. A loop turn that
-// does little costs well under a microsecond, so such a loop overruns the
-// limit by a millisecond or so, and reading the clock stays out of the
-// profile; a loop whose turns are slow overruns it by that many turns.
-constexpr int kChecksPerReading = 2048;
+// How many host calls pass between two readings of the clock. Each costs a
+// microsecond or more, so reading the clock stays out of the profile.
+constexpr int kCallsPerReading = 256;
 
 constexpr const char* kTimeoutKey = "timeout";
-
-duk_ret_t CheckFunction(duk_context* ctx) {
-  CheckTime(ctx);
-  duk_push_true(ctx);
-  return 1;
-}
 
 // Makes the time-out error and keeps it for TakeTimeout.
 void PushTimeoutError(duk_context* ctx) {
   PushHostError(ctx, VbError(kTimeoutErrorNumber, std::string(kTimeoutErrorText)));
   duk_dup_top(ctx);
   HeapOf(ctx).stashed.timeoutError = Stash(ctx, kTimeoutKey);
+}
+
+// Throws the time-out error when the time is up or was up before; from then
+// on every check comes here.
+void CheckClock(duk_context* ctx) {
+  Heap& heap = HeapOf(ctx);
+  if (!heap.clock.expired) {
+    if (std::chrono::steady_clock::now() < heap.clock.deadline) return;
+    heap.clock.expired = true;
+    heap.clock.countdown = 0;
+    PushTimeoutError(ctx);
+  } else {
+    duk_push_heapptr(ctx, heap.stashed.timeoutError);
+  }
+  duk_throw(ctx);
+}
+
+// Called by the loops every kTurnsPerCheck turns: reads the clock.
+duk_ret_t CheckFunction(duk_context* ctx) {
+  if (HeapOf(ctx).clock.limited) CheckClock(ctx);
+  duk_push_int(ctx, kTurnsPerCheck);
+  return 1;
 }
 
 }  // namespace
@@ -39,6 +53,11 @@ void InstallTimeCheck(duk_context* ctx) {
   duk_def_prop(ctx, -3,
                DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_CLEAR_WRITABLE |
                    DUK_DEFPROP_CLEAR_CONFIGURABLE | DUK_DEFPROP_CLEAR_ENUMERABLE);
+  duk_push_string(ctx, kTurnCounter);
+  duk_push_int(ctx, 0);
+  duk_def_prop(ctx, -3,
+               DUK_DEFPROP_HAVE_VALUE | DUK_DEFPROP_SET_WRITABLE | DUK_DEFPROP_CLEAR_CONFIGURABLE |
+                   DUK_DEFPROP_CLEAR_ENUMERABLE);
   duk_pop(ctx);
 }
 
@@ -47,7 +66,7 @@ void BeginCall(Heap& heap, int milliseconds) {
   if (clock.depth++ > 0 || milliseconds <= 0) return;
   clock.limited = true;
   clock.expired = false;
-  clock.countdown = kChecksPerReading;
+  clock.countdown = kCallsPerReading;
   clock.deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
 }
 
@@ -72,16 +91,8 @@ bool TakeTimeout(duk_context* ctx) {
 }
 
 void CheckTimeSlow(duk_context* ctx) {
-  RunClock& clock = HeapOf(ctx).clock;
-  if (clock.expired) {
-    duk_push_heapptr(ctx, HeapOf(ctx).stashed.timeoutError);
-    duk_throw(ctx);
-  }
-  clock.countdown = kChecksPerReading;
-  if (std::chrono::steady_clock::now() < clock.deadline) return;
-  clock.expired = true;
-  PushTimeoutError(ctx);
-  duk_throw(ctx);
+  CheckClock(ctx);
+  HeapOf(ctx).clock.countdown = kCallsPerReading;
 }
 
 }  // namespace ketrova::script::jscript
