@@ -7,6 +7,7 @@
 
 #include <duktape.h>
 
+#include <cstddef>
 #include <memory>
 
 #include "platform/script/binding.h"
@@ -15,27 +16,27 @@
 
 namespace ketrova::script::jscript {
 
-inline constexpr const char* kObjectKey =
+inline constexpr char kObjectKey[] =
     "\xFF"
     "obj";
-inline constexpr const char* kArrayKey =
+inline constexpr char kArrayKey[] =
     "\xFF"
     "arr";
-inline constexpr const char* kEnumKey =
+inline constexpr char kEnumKey[] =
     "\xFF"
     "enum";
 // The host object wrapper a bound function belongs to, and its member.
-inline constexpr const char* kTargetKey =
+inline constexpr char kTargetKey[] =
     "\xFF"
     "tgt";
-inline constexpr const char* kIdKey =
+inline constexpr char kIdKey[] =
     "\xFF"
     "id";
-inline constexpr const char* kNameKey =
+inline constexpr char kNameKey[] =
     "\xFF"
     "name";
 // The source of a host error, when it is not the language's own.
-inline constexpr const char* kSourceKey =
+inline constexpr char kSourceKey[] =
     "\xFF"
     "source";
 
@@ -51,22 +52,23 @@ struct ArrayBox {
 };
 
 // The box behind the hidden property `key` of the object at `index`; null
-// when the value is no such object.
-template <typename Box>
-Box* BoxAt(duk_context* ctx, duk_idx_t index, const char* key) {
+// when the value is no such object. Keys are literals, which Duktape finds
+// by their address without hashing their text.
+template <typename Box, std::size_t N>
+Box* BoxAt(duk_context* ctx, duk_idx_t index, const char (&key)[N]) {
   if (!duk_is_object(ctx, index)) return nullptr;
-  duk_get_prop_string(ctx, index, key);
+  duk_get_prop_literal(ctx, index, key);
   auto* box = static_cast<Box*>(duk_get_pointer(ctx, -1));
   duk_pop(ctx);
   return box;
 }
 
 // The body of a finalizer: deletes the box of the object being finalized.
-template <typename Box>
-duk_ret_t FinalizeBox(duk_context* ctx, const char* key) {
+template <typename Box, std::size_t N>
+duk_ret_t FinalizeBox(duk_context* ctx, const char (&key)[N]) {
   delete BoxAt<Box>(ctx, 0, key);
   duk_push_pointer(ctx, nullptr);
-  duk_put_prop_string(ctx, 0, key);
+  duk_put_prop_literal(ctx, 0, key);
   return 0;
 }
 

@@ -155,7 +155,7 @@ duk_ret_t EnumeratorConstructor(duk_context* ctx) {
     duk_push_heapptr(ctx, HeapOf(ctx).stashed.enumProto);
     duk_set_prototype(ctx, -2);
     duk_push_pointer(ctx, box.release());
-    duk_put_prop_string(ctx, -2, kEnumKey);
+    duk_put_prop_literal(ctx, -2, kEnumKey);
     duk_push_c_function(ctx, FinalizeEnum, 1);
     duk_set_finalizer(ctx, -2);
     return 1;
@@ -195,7 +195,7 @@ void PushVBArray(duk_context* ctx, const ArrayPtr& array) {
   duk_push_heapptr(ctx, HeapOf(ctx).stashed.vbarrayProto);
   duk_set_prototype(ctx, -2);
   duk_push_pointer(ctx, new ArrayBox{array});
-  duk_put_prop_string(ctx, -2, kArrayKey);
+  duk_put_prop_literal(ctx, -2, kArrayKey);
   duk_push_c_function(ctx, FinalizeArray, 1);
   duk_set_finalizer(ctx, -2);
 }

@@ -24,7 +24,7 @@ void PushHostError(duk_context* ctx, const VbError& error) {
   duk_put_prop_string(ctx, -2, "description");
   if (!error.Source.empty()) {
     duk_push_string(ctx, error.Source.c_str());
-    duk_put_prop_string(ctx, -2, kSourceKey);
+    duk_put_prop_literal(ctx, -2, kSourceKey);
   }
 }
 
@@ -50,7 +50,7 @@ JsErrorInfo DescribeError(duk_context* ctx, duk_idx_t index, bool compile) {
     }
     duk_get_prop_string(ctx, index, "description");
     if (duk_is_string(ctx, -1)) info.description = duk_get_string(ctx, -1);
-    duk_get_prop_string(ctx, index, kSourceKey);
+    duk_get_prop_literal(ctx, index, kSourceKey);
     if (duk_is_string(ctx, -1)) info.source = duk_get_string(ctx, -1);
     duk_pop_n(ctx, 7);
   } else {

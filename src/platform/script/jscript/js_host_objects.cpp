@@ -1,6 +1,8 @@
 #include "platform/script/jscript/js_host_objects.h"
 
 #include <algorithm>
+#include <iterator>
+#include <span>
 #include <string_view>
 
 #include "platform/script/binding.h"
@@ -18,7 +20,7 @@ namespace {
 
 // The bound functions a wrapper has handed out, by member id, so that a
 // method read again is not bound anew.
-constexpr const char* kMethodsKey =
+constexpr char kMethodsKey[] =
     "\xFF"
     "methods";
 
@@ -34,7 +36,7 @@ duk_ret_t FinalizeHost(duk_context* ctx) {
 HostBox* AttachBox(duk_context* ctx, const ObjectPtr& object) {
   auto* box = new HostBox(object);
   duk_push_pointer(ctx, box);
-  duk_put_prop_string(ctx, -2, kObjectKey);
+  duk_put_prop_literal(ctx, -2, kObjectKey);
   duk_push_c_function(ctx, FinalizeHost, 1);
   duk_set_finalizer(ctx, -2);
   return box;
@@ -50,18 +52,21 @@ HostBox* CurrentBox(duk_context* ctx) {
 
 int CurrentId(duk_context* ctx) {
   duk_push_current_function(ctx);
-  duk_get_prop_string(ctx, -1, kIdKey);
+  duk_get_prop_literal(ctx, -1, kIdKey);
   int id = duk_get_int(ctx, -1);
   duk_pop_2(ctx);
   return id;
 }
 
-std::vector<Variant> ArgsOnStack(duk_context* ctx) {
-  std::vector<Variant> args;
-  duk_idx_t top = duk_get_top(ctx);
-  args.reserve(static_cast<std::size_t>(top));
-  for (duk_idx_t i = 0; i < top; ++i) args.push_back(ToVariant(ctx, i));
-  return args;
+// Calls a member with the arguments on the stack; a few need no allocation.
+Variant CallWithStack(duk_context* ctx, Object& object, int dispId) {
+  auto count = static_cast<std::size_t>(duk_get_top(ctx));
+  Variant few[4];
+  std::vector<Variant> many(count > std::size(few) ? count : 0);
+  std::span<Variant> args =
+      many.empty() ? std::span<Variant>(few, count) : std::span<Variant>(many);
+  for (std::size_t i = 0; i < count; ++i) args[i] = ToVariant(ctx, static_cast<duk_idx_t>(i));
+  return object.Invoke(dispId, InvokeKind::kMethod, args);
 }
 
 // A method of a host object bound to it: calling it invokes the member.
@@ -71,8 +76,7 @@ duk_ret_t MemberCall(duk_context* ctx) {
   int dispId = CurrentId(ctx);
   return Guard(ctx, [&] {
     if (!box) throw VbError(424);
-    std::vector<Variant> args = ArgsOnStack(ctx);
-    return PushResult(ctx, box->object->Invoke(dispId, InvokeKind::kMethod, args));
+    return PushResult(ctx, CallWithStack(ctx, *box->object, dispId));
   });
 }
 
@@ -84,8 +88,7 @@ duk_ret_t DefaultCall(duk_context* ctx) {
   HostBox* box = CurrentBox(ctx);
   return Guard(ctx, [&] {
     if (!box) throw VbError(424);
-    std::vector<Variant> args = ArgsOnStack(ctx);
-    return PushResult(ctx, box->object->Invoke(kDispIdValue, InvokeKind::kMethod, args));
+    return PushResult(ctx, CallWithStack(ctx, *box->object, kDispIdValue));
   });
 }
 
@@ -121,11 +124,11 @@ void PushBoundFunction(duk_context* ctx, duk_idx_t target, const HostBox& box, d
   target = duk_normalize_index(ctx, target);
   bool keep = name || id >= 0;
   if (keep) {
-    if (!duk_get_prop_string(ctx, target, kMethodsKey)) {
+    if (!duk_get_prop_literal(ctx, target, kMethodsKey)) {
       duk_pop(ctx);
       duk_push_bare_object(ctx);
       duk_dup_top(ctx);
-      duk_put_prop_string(ctx, target, kMethodsKey);
+      duk_put_prop_literal(ctx, target, kMethodsKey);
     }
     bool found = name ? duk_get_prop_string(ctx, -1, name)
                       : duk_get_prop_index(ctx, -1, static_cast<duk_uarridx_t>(id));
@@ -138,7 +141,7 @@ void PushBoundFunction(duk_context* ctx, duk_idx_t target, const HostBox& box, d
   duk_push_c_function(ctx, fn, DUK_VARARGS);
   AttachBox(ctx, box.object);
   duk_push_int(ctx, id);
-  duk_put_prop_string(ctx, -2, kIdKey);
+  duk_put_prop_literal(ctx, -2, kIdKey);
   if (!keep) return;
   duk_dup_top(ctx);
   if (name)
@@ -248,9 +251,9 @@ duk_ret_t TrapHas(duk_context* ctx) {
 duk_ret_t GlobalMemberGet(duk_context* ctx) {
   CheckTime(ctx);
   duk_push_current_function(ctx);
-  duk_get_prop_string(ctx, -1, kNameKey);
+  duk_get_prop_literal(ctx, -1, kNameKey);
   const char* name = duk_get_string(ctx, -1);
-  duk_get_prop_string(ctx, -2, kTargetKey);
+  duk_get_prop_literal(ctx, -2, kTargetKey);
   HostBox* box = BoxAt<HostBox>(ctx, -1, kObjectKey);
   duk_idx_t target = duk_get_top_index(ctx);
   return Guard(ctx, [&] {
@@ -263,9 +266,9 @@ duk_ret_t GlobalMemberGet(duk_context* ctx) {
 duk_ret_t GlobalMemberSet(duk_context* ctx) {
   CheckTime(ctx);
   duk_push_current_function(ctx);
-  duk_get_prop_string(ctx, -1, kTargetKey);
+  duk_get_prop_literal(ctx, -1, kTargetKey);
   HostBox* box = BoxAt<HostBox>(ctx, -1, kObjectKey);
-  duk_get_prop_string(ctx, -2, kNameKey);
+  duk_get_prop_literal(ctx, -2, kNameKey);
   const char* name = duk_get_string(ctx, -1);
   return Guard(ctx, [&] {
     if (!box || !name) throw VbError(424);
@@ -278,9 +281,9 @@ void PushAccessor(duk_context* ctx, duk_c_function fn, duk_idx_t nargs, duk_idx_
                   const std::string& name) {
   duk_push_c_function(ctx, fn, nargs);
   duk_dup(ctx, target);
-  duk_put_prop_string(ctx, -2, kTargetKey);
+  duk_put_prop_literal(ctx, -2, kTargetKey);
   duk_push_string(ctx, name.c_str());
-  duk_put_prop_string(ctx, -2, kNameKey);
+  duk_put_prop_literal(ctx, -2, kNameKey);
 }
 
 // Drops cached wrappers: those whose object nothing else holds, or all.
