@@ -26,7 +26,7 @@ struct RunClock {
   int depth = 0;         // calls from C++ into the heap that are running
   bool limited = false;  // a limit applies to the running call
   bool expired = false;  // the limit was reached; every check fails until the call ends
-  int countdown = 0;     // checks left until the clock is read again
+  int countdown = 0;     // host calls left until the clock is read again
   std::chrono::steady_clock::time_point deadline;
 };
 
