@@ -140,38 +140,26 @@ std::string CConverter::LoadProject(const std::string& szFileName) {
     ScriptLanguage = TextToLong(xml.ReadNode("/Project/ScriptLanguage", {}, "1"));
     pugi::xml_node root = xml.FindNode("/Project");
 
-    WorkFormText("Quelldatenbank wird geöffnet", "");
-    error = SourceDataBase().Load("/Project/DatabaseSource", root);
-    if (error.empty()) {
-      szStep = "Quelldatenbank öffnen";
-      SourceDataBase().SetActive(true);
-      if (SourceDataBase().ErrorNumber() != 0)
-        Logs().AddLog(szStep + " : " + SourceDataBase().LastErrorMessage());
-    }
-    if (error.empty()) {
-      szStep = "Quell-Objekte werden geladen";
+    // A store is read, opened and, when the file lists no objects of it,
+    // analysed; a failure to open or analyse goes to the log, not into error.
+    auto loadStore = [&](CDatabase& store, const char* path, const char* loading,
+                         const char* opening, const char* objects) {
+      WorkFormText(loading, "");
+      error = store.Load(path, root);
+      if (!error.empty()) return;
+      szStep = opening;
+      store.SetActive(true);
+      if (store.ErrorNumber() != 0) Logs().AddLog(szStep + " : " + store.LastErrorMessage());
+      szStep = objects;
       WorkFormText(szStep, "");
-      if (SourceDataBase().Objects().Count() == 0) SourceDataBase().Reload();
-      if (SourceDataBase().ErrorNumber() != 0)
-        Logs().AddLog(szStep + " : " + SourceDataBase().LastErrorMessage());
-    }
-    if (error.empty()) {
-      WorkFormText("Zieldatenbank wird geöffnet", "");
-      error = DestDataBase().Load("/Project/DatabaseDest", root);
-    }
-    if (error.empty()) {
-      szStep = "Zieldatenbank öffnen";
-      DestDataBase().SetActive(true);
-      if (DestDataBase().ErrorNumber() != 0)
-        Logs().AddLog(szStep + " : " + DestDataBase().LastErrorMessage());
-    }
-    if (error.empty()) {
-      szStep = "Ziel-Objekte werden geladen";
-      WorkFormText(szStep, "");
-      if (DestDataBase().Objects().Count() == 0) DestDataBase().Reload();
-      if (DestDataBase().ErrorNumber() != 0)
-        Logs().AddLog(szStep + " : " + DestDataBase().LastErrorMessage());
-    }
+      if (store.Objects().Count() == 0) store.Reload();
+      if (store.ErrorNumber() != 0) Logs().AddLog(szStep + " : " + store.LastErrorMessage());
+    };
+    loadStore(SourceDataBase(), "/Project/DatabaseSource", "Quelldatenbank wird geöffnet",
+              "Quelldatenbank öffnen", "Quell-Objekte werden geladen");
+    if (error.empty())
+      loadStore(DestDataBase(), "/Project/DatabaseDest", "Zieldatenbank wird geöffnet",
+                "Zieldatenbank öffnen", "Ziel-Objekte werden geladen");
     if (error.empty()) {
       WorkFormText("Aufgaben werden geladen", "");
       error = Jobs().Load("/Project/Jobs", root, true);
