@@ -72,6 +72,13 @@ std::string EscapeSpecialChars(std::string_view text, bool encode) {
   return s;
 }
 
+std::string AsciiUpper(std::string_view text) {
+  std::string upper(text);
+  for (char& c : upper)
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  return upper;
+}
+
 std::string RemoveSuffix(std::string_view text, std::string_view suffix) {
   std::size_t n = CodePointCount(text), k = CodePointCount(suffix);
   if (k > n) return std::string(text);
