@@ -9,7 +9,7 @@
 #include "core/xml_document.h"
 #include "engine/script_modules.h"
 #include "jobs/jobs.h"
-#include "platform/ui/user_interface.h"
+#include "platform/ui/ui_helpers.h"
 #include "stores/database.h"
 #include "support/files.h"
 #include "support/text.h"
@@ -19,8 +19,17 @@ namespace ketrova {
 
 namespace {
 
-void Hourglass(bool on) {
-  ui::Current().SetMousePointer(on ? ui::vbHourglass : ui::vbDefault);
+// The end of saving or loading a project. A failure gets the step it happened
+// at and the pending error into its text; the work form closes either way.
+std::string EndProjectFileAction(std::string error, const std::string& szStep, bool failed) {
+  if (failed) {
+    if (!szStep.empty()) error += "\\nAusgeführte Aktion : " + szStep;
+    BuildErrorText(1, error, "");
+  }
+  Err().Clear();
+  WorkFormClose();
+  ui::ShowHourglass(false);
+  return error;
 }
 
 std::string EncodeScript(const std::string& script) {
@@ -36,7 +45,7 @@ std::string DecodeScript(const std::string& text) {
 std::string CConverter::SaveProject(const std::string& szFileName) {
   std::string error;
   std::string szStep;
-  Hourglass(true);
+  ui::ShowHourglass(true);
   WorkFormOpen("Bitte einen Moment Geduld", "Projekt wird gesichert", "");
   try {
     szStep = "Create DOM";
@@ -92,22 +101,15 @@ std::string CConverter::SaveProject(const std::string& szFileName) {
   } catch (...) {
     SetPendingError(std::current_exception());
   }
-  Hourglass(false);
-  if (!error.empty() || Err().Number != 0) {
-    if (!szStep.empty()) error += "\\nAusgeführte Aktion : " + szStep;
-    BuildErrorText(1, error, "");
-  }
-  Err().Clear();
-  WorkFormClose();
-  Hourglass(false);
-  return error;
+  ui::ShowHourglass(false);
+  return EndProjectFileAction(error, szStep, !error.empty() || Err().Number != 0);
 }
 
 std::string CConverter::LoadProject(const std::string& szFileName) {
   std::string error;
   std::string szStep;
   WorkFormOpen("Bitte einen Moment Geduld", "Projekt wird geöffnet", "");
-  Hourglass(true);
+  ui::ShowHourglass(true);
   bool failed = false;
   try {
     Clear();
@@ -117,7 +119,7 @@ std::string CConverter::LoadProject(const std::string& szFileName) {
       error = "Das Dokument konnte nicht gelesen werden. \r\nFehlertext : " + loaded.srcText +
               "\r\nDateiname  : " + szFileName;
       WorkFormClose();
-      Hourglass(false);
+      ui::ShowHourglass(false);
       return error;
     }
     CXMLADO& xml = XMLLib();
@@ -175,15 +177,9 @@ std::string CConverter::LoadProject(const std::string& szFileName) {
     SetPendingError(std::current_exception());
     failed = true;
   }
-  if (failed || !error.empty()) {
-    Hourglass(false);
-    if (!szStep.empty()) error += "\\nAusgeführte Aktion : " + szStep;
-    BuildErrorText(1, error, "");
-  }
-  Err().Clear();
-  WorkFormClose();
-  Hourglass(false);
-  return error;
+  failed = failed || !error.empty();
+  if (failed) ui::ShowHourglass(false);
+  return EndProjectFileAction(error, szStep, failed);
 }
 
 }  // namespace ketrova
