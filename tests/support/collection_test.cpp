@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "support/vb_error.h"
 #include "support/numbered_list.h"
+#include "support/vb_error.h"
 #include "support/vb_error_number.h"
 
 namespace ketrova {
