@@ -1,8 +1,10 @@
-// ketrova script FILE [--language VBScript|JScript] [--run NAME [ARG...]]:
+// ketrova script FILE [--language VBScript|JScript] [--timeout MS]
+//                     [--run NAME [ARG...]]:
 // adds a script file to a script control, as a conversion adds a user module,
 // optionally runs one of its procedures with the given arguments and prints
-// the result. Users test their modules with it. Message boxes go to the
-// terminal; a script error is printed with its number, description, source,
+// the result. --timeout stops a run that takes longer, so that a module with
+// an endless loop can be found without killing the process. Users test their modules with it.
+// Message boxes go to the terminal; a script error is printed with its number, description, source,
 // line and column.
 #include <unistd.h>
 
@@ -23,7 +25,8 @@ namespace ketrova::cli {
 namespace {
 
 constexpr const char* kUsage =
-    "Aufruf: ketrova script DATEI [--language VBScript|JScript] [--run NAME [ARGUMENT...]]\n";
+    "Aufruf: ketrova script DATEI [--language VBScript|JScript] [--timeout MS] "
+    "[--run NAME [ARGUMENT...]]\n";
 
 // MsgBox for JScript, which has none of its own; VBScript brings its own.
 class ScriptHost : public script::BoundObject<ScriptHost> {
@@ -80,10 +83,19 @@ int RunScript(const Args& args) {
   std::string file;
   std::string language;
   std::string procedure;
+  int timeout = -1;
   std::vector<Variant> arguments;
   for (std::size_t i = 0; i < args.size(); ++i) {
     if (args[i] == "--language" && i + 1 < args.size()) {
       language = args[++i];
+    } else if (args[i] == "--timeout" && i + 1 < args.size()) {
+      char* end = nullptr;
+      long value = std::strtol(args[++i].c_str(), &end, 10);
+      if (*end != '\0' || value < -1 || value > INT32_MAX) {
+        std::cerr << kUsage;
+        return 2;
+      }
+      timeout = static_cast<int>(value);
     } else if (args[i] == "--run" && i + 1 < args.size()) {
       procedure = args[++i];
       for (++i; i < args.size(); ++i) arguments.push_back(ArgumentValue(args[i]));
@@ -117,6 +129,7 @@ int RunScript(const Args& args) {
   script::ScriptControl control;
   try {
     control.SetLanguage(language);
+    control.SetTimeout(timeout);
     if (control.Language() == "JScript")
       control.AddObject("ScriptHost", std::make_shared<ScriptHost>(), true);
     control.AddCode(code);

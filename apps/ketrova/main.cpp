@@ -11,7 +11,8 @@ const std::vector<Command>& Commands() {
   static const std::vector<Command> commands = {
       {"run", "run PROJEKT.CPF [--yes] [--quiet]   Projekt ausführen", RunProject},
       {"script",
-       "script DATEI [--language VBScript|JScript] [--run NAME [ARG...]]   Script ausführen",
+       "script DATEI [--language VBScript|JScript] [--timeout MS] [--run NAME [ARG...]]   "
+       "Script ausführen",
        RunScript},
       {"resave", "resave EIN.CPF AUS.CPF   Projekt laden und neu speichern", RunResave},
       {"new",

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "support/collection.h"
+#include "support/numbered_list.h"
 
 namespace ketrova {
 
@@ -20,30 +20,11 @@ class CLog {
   void Clear();
 };
 
-class CLogs {
+class CLogs : public NumberedList<CLog> {
  public:
-  CLogs() = default;
-  ~CLogs() { Clear(); }
-  CLogs(const CLogs&) = delete;
-  CLogs& operator=(const CLogs&) = delete;
-
   // Add, then the new entry's Message = szMessage.
   CLog& AddLog(const std::string& szMessage);
-  // A new, cleared entry with Index = Count + 1 and Key = Index as text.
-  CLog& Add();
-  void Remove(std::int32_t Index) { items_.Remove(Index); }
-  void Remove(std::string_view Key) { items_.Remove(Key); }
-  CLog& Item(std::int32_t Index) const { return items_.Item(Index); }
-  CLog& Item(std::string_view Key) const { return items_.Item(Key); }
-  std::int32_t Count() const { return items_.Count(); }
-  // Clear on every entry, then the entries are removed, always the first.
-  void Clear();
-
-  auto begin() const { return items_.begin(); }
-  auto end() const { return items_.end(); }
-
- private:
-  Collection<CLog> items_;
+  CLog& Add() { return AddNumbered(); }
 };
 
 }  // namespace ketrova

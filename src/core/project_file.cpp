@@ -9,7 +9,7 @@
 #include "core/xml_document.h"
 #include "engine/script_modules.h"
 #include "jobs/jobs.h"
-#include "platform/ui/user_interface.h"
+#include "platform/ui/ui_helpers.h"
 #include "stores/database.h"
 #include "support/files.h"
 #include "support/text.h"
@@ -19,8 +19,17 @@ namespace ketrova {
 
 namespace {
 
-void Hourglass(bool on) {
-  ui::Current().SetMousePointer(on ? ui::vbHourglass : ui::vbDefault);
+// The end of saving or loading a project. A failure gets the step it happened
+// at and the pending error into its text; the work form closes either way.
+std::string EndProjectFileAction(std::string error, const std::string& szStep, bool failed) {
+  if (failed) {
+    if (!szStep.empty()) error += "\\nAusgeführte Aktion : " + szStep;
+    BuildErrorText(1, error, "");
+  }
+  Err().Clear();
+  WorkFormClose();
+  ui::ShowHourglass(false);
+  return error;
 }
 
 std::string EncodeScript(const std::string& script) {
@@ -36,7 +45,7 @@ std::string DecodeScript(const std::string& text) {
 std::string CConverter::SaveProject(const std::string& szFileName) {
   std::string error;
   std::string szStep;
-  Hourglass(true);
+  ui::ShowHourglass(true);
   WorkFormOpen("Bitte einen Moment Geduld", "Projekt wird gesichert", "");
   try {
     szStep = "Create DOM";
@@ -92,22 +101,15 @@ std::string CConverter::SaveProject(const std::string& szFileName) {
   } catch (...) {
     SetPendingError(std::current_exception());
   }
-  Hourglass(false);
-  if (!error.empty() || Err().Number != 0) {
-    if (!szStep.empty()) error += "\\nAusgeführte Aktion : " + szStep;
-    BuildErrorText(1, error, "");
-  }
-  Err().Clear();
-  WorkFormClose();
-  Hourglass(false);
-  return error;
+  ui::ShowHourglass(false);
+  return EndProjectFileAction(error, szStep, !error.empty() || Err().Number != 0);
 }
 
 std::string CConverter::LoadProject(const std::string& szFileName) {
   std::string error;
   std::string szStep;
   WorkFormOpen("Bitte einen Moment Geduld", "Projekt wird geöffnet", "");
-  Hourglass(true);
+  ui::ShowHourglass(true);
   bool failed = false;
   try {
     Clear();
@@ -117,7 +119,7 @@ std::string CConverter::LoadProject(const std::string& szFileName) {
       error = "Das Dokument konnte nicht gelesen werden. \r\nFehlertext : " + loaded.srcText +
               "\r\nDateiname  : " + szFileName;
       WorkFormClose();
-      Hourglass(false);
+      ui::ShowHourglass(false);
       return error;
     }
     CXMLADO& xml = XMLLib();
@@ -140,38 +142,26 @@ std::string CConverter::LoadProject(const std::string& szFileName) {
     ScriptLanguage = TextToLong(xml.ReadNode("/Project/ScriptLanguage", {}, "1"));
     pugi::xml_node root = xml.FindNode("/Project");
 
-    WorkFormText("Quelldatenbank wird geöffnet", "");
-    error = SourceDataBase().Load("/Project/DatabaseSource", root);
-    if (error.empty()) {
-      szStep = "Quelldatenbank öffnen";
-      SourceDataBase().SetActive(true);
-      if (SourceDataBase().ErrorNumber() != 0)
-        Logs().AddLog(szStep + " : " + SourceDataBase().LastErrorMessage());
-    }
-    if (error.empty()) {
-      szStep = "Quell-Objekte werden geladen";
+    // A store is read, opened and, when the file lists no objects of it,
+    // analysed; a failure to open or analyse goes to the log, not into error.
+    auto loadStore = [&](CDatabase& store, const char* path, const char* loading,
+                         const char* opening, const char* objects) {
+      WorkFormText(loading, "");
+      error = store.Load(path, root);
+      if (!error.empty()) return;
+      szStep = opening;
+      store.SetActive(true);
+      if (store.ErrorNumber() != 0) Logs().AddLog(szStep + " : " + store.LastErrorMessage());
+      szStep = objects;
       WorkFormText(szStep, "");
-      if (SourceDataBase().Objects().Count() == 0) SourceDataBase().Reload();
-      if (SourceDataBase().ErrorNumber() != 0)
-        Logs().AddLog(szStep + " : " + SourceDataBase().LastErrorMessage());
-    }
-    if (error.empty()) {
-      WorkFormText("Zieldatenbank wird geöffnet", "");
-      error = DestDataBase().Load("/Project/DatabaseDest", root);
-    }
-    if (error.empty()) {
-      szStep = "Zieldatenbank öffnen";
-      DestDataBase().SetActive(true);
-      if (DestDataBase().ErrorNumber() != 0)
-        Logs().AddLog(szStep + " : " + DestDataBase().LastErrorMessage());
-    }
-    if (error.empty()) {
-      szStep = "Ziel-Objekte werden geladen";
-      WorkFormText(szStep, "");
-      if (DestDataBase().Objects().Count() == 0) DestDataBase().Reload();
-      if (DestDataBase().ErrorNumber() != 0)
-        Logs().AddLog(szStep + " : " + DestDataBase().LastErrorMessage());
-    }
+      if (store.Objects().Count() == 0) store.Reload();
+      if (store.ErrorNumber() != 0) Logs().AddLog(szStep + " : " + store.LastErrorMessage());
+    };
+    loadStore(SourceDataBase(), "/Project/DatabaseSource", "Quelldatenbank wird geöffnet",
+              "Quelldatenbank öffnen", "Quell-Objekte werden geladen");
+    if (error.empty())
+      loadStore(DestDataBase(), "/Project/DatabaseDest", "Zieldatenbank wird geöffnet",
+                "Zieldatenbank öffnen", "Ziel-Objekte werden geladen");
     if (error.empty()) {
       WorkFormText("Aufgaben werden geladen", "");
       error = Jobs().Load("/Project/Jobs", root, true);
@@ -187,15 +177,9 @@ std::string CConverter::LoadProject(const std::string& szFileName) {
     SetPendingError(std::current_exception());
     failed = true;
   }
-  if (failed || !error.empty()) {
-    Hourglass(false);
-    if (!szStep.empty()) error += "\\nAusgeführte Aktion : " + szStep;
-    BuildErrorText(1, error, "");
-  }
-  Err().Clear();
-  WorkFormClose();
-  Hourglass(false);
-  return error;
+  failed = failed || !error.empty();
+  if (failed) ui::ShowHourglass(false);
+  return EndProjectFileAction(error, szStep, failed);
 }
 
 }  // namespace ketrova

@@ -12,12 +12,6 @@ namespace ketrova {
 
 namespace {
 
-std::string Upper(std::string text) {
-  for (char& c : text)
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  return text;
-}
-
 std::string Encode(std::string text) {
   return ConvertUmlautsEscape(std::move(text), true);
 }
@@ -40,11 +34,11 @@ std::vector<std::string> Split(const std::string& text, char delimiter) {
 }  // namespace
 
 std::string CXMLADO::NameRule(const std::string& name) {
-  return Upper(ConvertUmlautsAscii(name));
+  return AsciiUpper(ConvertUmlautsAscii(name));
 }
 
 std::string CXMLADO::PathRule(const std::string& path) {
-  return Upper(path);
+  return AsciiUpper(path);
 }
 
 pugi::xml_node CXMLADO::Root() const {

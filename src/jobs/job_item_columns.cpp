@@ -2,6 +2,7 @@
 
 #include "core/converter.h"
 #include "core/project_values.h"
+#include "core/xml_list.h"
 #include "core/xml_node.h"
 #include "stores/field_types.h"
 #include "support/text.h"
@@ -62,38 +63,17 @@ void CJobItemColumns::SetConverter(CConverter* converter) {
 }
 
 CJobItemColumn& CJobItemColumns::Add() {
-  auto column = std::make_unique<CJobItemColumn>();
-  column->Clear();
-  column->Converter = Converter;
-  column->Index = Count() + 1;
-  column->Key = std::to_string(column->Index);
-  std::string key = column->Key;
-  return items_.Add(std::move(column), key);
-}
-
-void CJobItemColumns::Clear() {
-  for (CJobItemColumn& column : items_) column.Clear();
-  while (items_.Count() > 0) items_.Remove(1);
+  CJobItemColumn& column = AddNumbered();
+  column.Converter = Converter;
+  return column;
 }
 
 void CJobItemColumns::Save(pugi::xml_node objRootNode) {
-  CXMLADO& xml = Converter->XMLLib();
-  xml.WriteNodeAttribute(objRootNode, "COUNT", std::to_string(Count()));
-  for (CJobItemColumn& column : items_) {
-    pugi::xml_node node = xml.CreateElement("JOBITEMCOLUMN");
-    column.Save(node);
-    xml.AppendChild(objRootNode, node);
-  }
+  SaveListItems(Converter->XMLLib(), objRootNode, *this, "JOBITEMCOLUMN");
 }
 
 std::string CJobItemColumns::Load(const std::string& szTreeNode, pugi::xml_node objNode) {
-  CXMLADO& xml = Converter->XMLLib();
-  pugi::xml_node node = xml.FindNode(szTreeNode, objNode);
-  if (!node) return {};
-  for (pugi::xml_node child : node.children()) {
-    if (child.type() != pugi::node_element) continue;
-    Add().Load(child);
-  }
+  LoadListItems(Converter->XMLLib(), *this, szTreeNode, objNode);
   return {};
 }
 

@@ -1,7 +1,6 @@
 // The columns of a job side. On a source side a column names a store field and
 // whether it is read; on a target side its SourceColumn names the source column
-// that feeds it (empty: not written). Lists are 1-based with Key = Index as
-// text at Add; Remove renumbers nothing.
+// that feeds it (empty: not written).
 #pragma once
 
 #include <cstdint>
@@ -11,6 +10,7 @@
 
 #include "core/enums.h"
 #include "support/collection.h"
+#include "support/numbered_list.h"
 #include "support/variant.h"
 
 namespace ketrova {
@@ -40,35 +40,18 @@ class CJobItemColumn {
   void Clear();
 };
 
-class CJobItemColumns {
+class CJobItemColumns : public NumberedList<CJobItemColumn> {
  public:
-  CJobItemColumns() = default;
-  ~CJobItemColumns() { Clear(); }
-  CJobItemColumns(const CJobItemColumns&) = delete;
-  CJobItemColumns& operator=(const CJobItemColumns&) = delete;
-
   CConverter* Converter = nullptr;
   void SetConverter(CConverter* converter);
   // The underlying collection, keyed by each column's Key.
   Collection<CJobItemColumn>& Columns() { return items_; }
 
   CJobItemColumn& Add();
-  void Remove(std::int32_t Index) { items_.Remove(Index); }
-  void Remove(std::string_view Key) { items_.Remove(Key); }
-  CJobItemColumn& Item(std::int32_t Index) const { return items_.Item(Index); }
-  CJobItemColumn& Item(std::string_view Key) const { return items_.Item(Key); }
-  std::int32_t Count() const { return items_.Count(); }
   void DebugItems() const {}
-  void Clear();
   void Save(pugi::xml_node objRootNode);
   // Reads the columns below the element at `szTreeNode` under `objNode`.
   std::string Load(const std::string& szTreeNode, pugi::xml_node objNode);
-
-  auto begin() const { return items_.begin(); }
-  auto end() const { return items_.end(); }
-
- private:
-  Collection<CJobItemColumn> items_;
 };
 
 }  // namespace ketrova

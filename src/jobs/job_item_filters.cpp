@@ -2,6 +2,7 @@
 
 #include "core/converter.h"
 #include "core/project_values.h"
+#include "core/xml_list.h"
 #include "core/xml_node.h"
 #include "stores/field_types.h"
 #include "support/text.h"
@@ -78,38 +79,17 @@ void CJobItemFilters::SetConverter(CConverter* converter) {
 }
 
 CJobItemFilter& CJobItemFilters::Add() {
-  auto filter = std::make_unique<CJobItemFilter>();
-  filter->Converter = Converter;
-  filter->Clear();
-  filter->Index = Count() + 1;
-  filter->Key = std::to_string(filter->Index);
-  std::string key = filter->Key;
-  return items_.Add(std::move(filter), key);
-}
-
-void CJobItemFilters::Clear() {
-  for (CJobItemFilter& filter : items_) filter.Clear();
-  while (items_.Count() > 0) items_.Remove(1);
+  CJobItemFilter& filter = AddNumbered();
+  filter.Converter = Converter;
+  return filter;
 }
 
 void CJobItemFilters::Save(pugi::xml_node objRootNode) {
-  CXMLADO& xml = Converter->XMLLib();
-  xml.WriteNodeAttribute(objRootNode, "COUNT", std::to_string(Count()));
-  for (CJobItemFilter& filter : items_) {
-    pugi::xml_node node = xml.CreateElement("FILTER");
-    filter.Save(node);
-    xml.AppendChild(objRootNode, node);
-  }
+  SaveListItems(Converter->XMLLib(), objRootNode, *this, "FILTER");
 }
 
 std::string CJobItemFilters::Load(const std::string& szTreeNode, pugi::xml_node objNode) {
-  CXMLADO& xml = Converter->XMLLib();
-  pugi::xml_node node = xml.FindNode(szTreeNode, objNode);
-  if (!node) return {};
-  for (pugi::xml_node child : node.children()) {
-    if (child.type() != pugi::node_element) continue;
-    Add().Load(child);
-  }
+  LoadListItems(Converter->XMLLib(), *this, szTreeNode, objNode);
   return {};
 }
 

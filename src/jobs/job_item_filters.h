@@ -8,7 +8,7 @@
 #include <string>
 
 #include "core/enums.h"
-#include "support/collection.h"
+#include "support/numbered_list.h"
 
 namespace ketrova {
 
@@ -35,31 +35,14 @@ class CJobItemFilter {
   void Clear();
 };
 
-class CJobItemFilters {
+class CJobItemFilters : public NumberedList<CJobItemFilter> {
  public:
-  CJobItemFilters() = default;
-  ~CJobItemFilters() { Clear(); }
-  CJobItemFilters(const CJobItemFilters&) = delete;
-  CJobItemFilters& operator=(const CJobItemFilters&) = delete;
-
   CConverter* Converter = nullptr;
   void SetConverter(CConverter* converter);
 
   CJobItemFilter& Add();
-  void Remove(std::int32_t Index) { items_.Remove(Index); }
-  void Remove(std::string_view Key) { items_.Remove(Key); }
-  CJobItemFilter& Item(std::int32_t Index) const { return items_.Item(Index); }
-  CJobItemFilter& Item(std::string_view Key) const { return items_.Item(Key); }
-  std::int32_t Count() const { return items_.Count(); }
-  void Clear();
   void Save(pugi::xml_node objRootNode);
   std::string Load(const std::string& szTreeNode, pugi::xml_node objNode);
-
-  auto begin() const { return items_.begin(); }
-  auto end() const { return items_.end(); }
-
- private:
-  Collection<CJobItemFilter> items_;
 };
 
 }  // namespace ketrova

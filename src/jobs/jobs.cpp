@@ -19,13 +19,18 @@ void CJobs::SetConverter(CConverter* converter) {
   for (CJob& job : items_) job.SetConverter(converter);
 }
 
-CJob& CJobs::Add() {
+std::unique_ptr<CJob> CJobs::NumberedJob() const {
   auto job = std::make_unique<CJob>();
   job->SetConverter(Converter);
   job->Clear();
   job->SetConverter(Converter);
   job->Index = Count() + 1;
   job->Key = std::to_string(job->Index);
+  return job;
+}
+
+CJob& CJobs::Add() {
+  std::unique_ptr<CJob> job = NumberedJob();
   std::string key = job->Key;
   CJob& added = items_.Add(std::move(job), key);
   RenumberJobs();
@@ -66,12 +71,7 @@ bool CJobs::MoveJob(std::int32_t& liFromIndex, std::int32_t& liToIndex) {
 }
 
 std::unique_ptr<CJob> CJobs::NewJob() {
-  auto job = std::make_unique<CJob>();
-  job->SetConverter(Converter);
-  job->Clear();
-  job->SetConverter(Converter);
-  job->Index = Count() + 1;
-  job->Key = std::to_string(job->Index);
+  std::unique_ptr<CJob> job = NumberedJob();
   std::int32_t type = jitTableView;
   if (Converter) {
     switch (Converter->SourceDataBase().DatabaseType) {

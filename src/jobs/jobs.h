@@ -55,6 +55,9 @@ class CJobs {
   auto end() const { return items_.end(); }
 
  private:
+  // A cleared job with the Converter, numbered after the last one.
+  std::unique_ptr<CJob> NumberedJob() const;
+
   Collection<CJob> items_;
   std::int32_t jobsEnabled_ = 0;
   std::int32_t jobsDisabled_ = 0;

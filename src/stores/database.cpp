@@ -16,12 +16,6 @@ namespace ketrova {
 
 namespace {
 
-std::string Upper(std::string text) {
-  for (char& c : text)
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  return text;
-}
-
 void EraseAll(std::string& text, std::string_view what) {
   std::size_t pos;
   while ((pos = text.find(what)) != std::string::npos) text.erase(pos, what.size());
@@ -277,12 +271,12 @@ std::string CDatabase::Load(const std::string& szTreeNode, pugi::xml_node objNod
 }
 
 std::string CDatabase::ValidColumnName(const std::string& szColumnName) const {
-  if (Upper(szColumnName) == "TYP") return "TYP_Field";
+  if (AsciiUpper(szColumnName) == "TYP") return "TYP_Field";
   return szColumnName;
 }
 
 std::string GetConnectStringPart(std::string& szConnection, int inPart) {
-  szConnection = Upper(szConnection);
+  szConnection = AsciiUpper(szConnection);
   EraseAll(szConnection, "EXTENDED PROPERTIES=\"");
   std::map<std::string, std::string> slots;
   static const std::map<std::string, std::string> keys = {
@@ -347,8 +341,8 @@ std::int32_t GetDatabaseTypeFromConnectString(std::string szConnection, std::int
   if (extension == "DBF" || extension == "DB") result = 5;
   if (extension == "MDB") result = 2;
   std::string wholeCopy = whole;
-  std::string driver = Upper(GetConnectStringPart(wholeCopy, 4));
-  std::string upperWhole = Upper(whole);
+  std::string driver = AsciiUpper(GetConnectStringPart(wholeCopy, 4));
+  std::string upperWhole = AsciiUpper(whole);
   if (Contains(driver, "MSACCESS") || Contains(driver, "MICROSOFT ACCESS")) return 2;
   if (Contains(driver, "JET.OLE")) {
     if (Contains(upperWhole, "OUTLOOK")) return 8;

@@ -4,6 +4,7 @@
 #include "core/error_text.h"
 #include "core/project_values.h"
 #include "core/xml_document.h"
+#include "core/xml_list.h"
 #include "core/xml_node.h"
 #include "platform/ado/recordset.h"
 #include "stores/database.h"
@@ -100,38 +101,17 @@ CDatabaseObjectField& CDatabaseObjectFields::AddObject(
 }
 
 CDatabaseObjectField& CDatabaseObjectFields::Add() {
-  auto field = std::make_unique<CDatabaseObjectField>();
-  field->Clear();
-  field->Converter = Converter;
-  field->Index = Count() + 1;
-  field->Key = std::to_string(field->Index);
-  std::string key = field->Key;
-  return items_.Add(std::move(field), key);
-}
-
-void CDatabaseObjectFields::Clear() {
-  for (CDatabaseObjectField& field : items_) field.Clear();
-  while (items_.Count() > 0) items_.Remove(1);
+  CDatabaseObjectField& field = AddNumbered();
+  field.Converter = Converter;
+  return field;
 }
 
 void CDatabaseObjectFields::Save(pugi::xml_node objRootNode) {
-  CXMLADO& xml = Converter->XMLLib();
-  xml.WriteNodeAttribute(objRootNode, "COUNT", std::to_string(Count()));
-  for (CDatabaseObjectField& field : items_) {
-    pugi::xml_node node = xml.CreateElement("FIELD");
-    field.Save(node);
-    xml.AppendChild(objRootNode, node);
-  }
+  SaveListItems(Converter->XMLLib(), objRootNode, *this, "FIELD");
 }
 
 std::string CDatabaseObjectFields::Load(const std::string& szTreeNode) {
-  CXMLADO& xml = Converter->XMLLib();
-  pugi::xml_node node = xml.FindNode(szTreeNode);
-  if (!node) return {};
-  for (pugi::xml_node child : node.children()) {
-    if (child.type() != pugi::node_element) continue;
-    Add().Load(child);
-  }
+  LoadListItems(Converter->XMLLib(), *this, szTreeNode);
   return {};
 }
 
@@ -282,40 +262,18 @@ void CDatabaseObjects::SetConverter(CConverter* converter) {
 }
 
 CDatabaseObject& CDatabaseObjects::Add() {
-  auto object = std::make_unique<CDatabaseObject>();
-  object->Clear();
-  object->SetConverter(Converter);
-  object->Index = Count() + 1;
-  object->Key = std::to_string(object->Index);
-  std::string key = object->Key;
-  CDatabaseObject& added = items_.Add(std::move(object), key);
-  added.Database = Database;
-  return added;
-}
-
-void CDatabaseObjects::Clear() {
-  for (CDatabaseObject& object : items_) object.Clear();
-  while (items_.Count() > 0) items_.Remove(1);
+  CDatabaseObject& object = AddNumbered();
+  object.SetConverter(Converter);
+  object.Database = Database;
+  return object;
 }
 
 void CDatabaseObjects::Save(pugi::xml_node objRootNode) {
-  CXMLADO& xml = Converter->XMLLib();
-  xml.WriteNodeAttribute(objRootNode, "COUNT", std::to_string(Count()));
-  for (CDatabaseObject& object : items_) {
-    pugi::xml_node node = xml.CreateElement("OBJECT");
-    object.Save(node);
-    xml.AppendChild(objRootNode, node);
-  }
+  SaveListItems(Converter->XMLLib(), objRootNode, *this, "OBJECT");
 }
 
 std::string CDatabaseObjects::Load(const std::string& szTreeNode) {
-  CXMLADO& xml = Converter->XMLLib();
-  pugi::xml_node node = xml.FindNode(szTreeNode);
-  if (!node) return {};
-  for (pugi::xml_node child : node.children()) {
-    if (child.type() != pugi::node_element) continue;
-    Add().Load(child);
-  }
+  LoadListItems(Converter->XMLLib(), *this, szTreeNode);
   return {};
 }
 

@@ -3,9 +3,7 @@
 // schema analysis or from the project file, so that a project can be edited
 // with its stores offline.
 //
-// Lists are 1-based; an item's Key is its Index as text, given at Add and never
-// renumbered. A list owns its items; Converter and Database are back
-// references that the owner sets.
+// Converter and Database are back references that the owner sets.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +12,7 @@
 #include <string>
 
 #include "core/enums.h"
-#include "support/collection.h"
+#include "support/numbered_list.h"
 #include "support/variant.h"
 
 namespace ketrova {
@@ -47,34 +45,17 @@ class CDatabaseObjectField {
   void Load(pugi::xml_node objRootNode);
 };
 
-class CDatabaseObjectFields {
+class CDatabaseObjectFields : public NumberedList<CDatabaseObjectField> {
  public:
-  CDatabaseObjectFields() = default;
-  ~CDatabaseObjectFields() { Clear(); }
-  CDatabaseObjectFields(const CDatabaseObjectFields&) = delete;
-  CDatabaseObjectFields& operator=(const CDatabaseObjectFields&) = delete;
-
   CConverter* Converter = nullptr;
   void SetConverter(CConverter* converter);
 
   // Appends a field under its own Index as key, unchanged.
   CDatabaseObjectField& AddObject(std::unique_ptr<CDatabaseObjectField> objObject);
   CDatabaseObjectField& Add();
-  void Remove(std::int32_t Index) { items_.Remove(Index); }
-  void Remove(std::string_view Key) { items_.Remove(Key); }
-  CDatabaseObjectField& Item(std::int32_t Index) const { return items_.Item(Index); }
-  CDatabaseObjectField& Item(std::string_view Key) const { return items_.Item(Key); }
-  std::int32_t Count() const { return items_.Count(); }
-  void Clear();
   void Save(pugi::xml_node objRootNode);
   // Searches `szTreeNode` from the root element.
   std::string Load(const std::string& szTreeNode);
-
-  auto begin() const { return items_.begin(); }
-  auto end() const { return items_.end(); }
-
- private:
-  Collection<CDatabaseObjectField> items_;
 };
 
 class CDatabaseObject {
@@ -112,33 +93,16 @@ class CDatabaseObject {
   std::unique_ptr<CDatabaseObjectFields> fields_;
 };
 
-class CDatabaseObjects {
+class CDatabaseObjects : public NumberedList<CDatabaseObject> {
  public:
-  CDatabaseObjects() = default;
-  ~CDatabaseObjects() { Clear(); }
-  CDatabaseObjects(const CDatabaseObjects&) = delete;
-  CDatabaseObjects& operator=(const CDatabaseObjects&) = delete;
-
   CConverter* Converter = nullptr;
   CDatabase* Database = nullptr;
   void SetConverter(CConverter* converter);
 
   CDatabaseObject& Add();
-  void Remove(std::int32_t Index) { items_.Remove(Index); }
-  void Remove(std::string_view Key) { items_.Remove(Key); }
-  CDatabaseObject& Item(std::int32_t Index) const { return items_.Item(Index); }
-  CDatabaseObject& Item(std::string_view Key) const { return items_.Item(Key); }
-  std::int32_t Count() const { return items_.Count(); }
-  void Clear();
   void Save(pugi::xml_node objRootNode);
   // Searches `szTreeNode` from the root element; one CDatabaseObject per child.
   std::string Load(const std::string& szTreeNode);
-
-  auto begin() const { return items_.begin(); }
-  auto end() const { return items_.end(); }
-
- private:
-  Collection<CDatabaseObject> items_;
 };
 
 }  // namespace ketrova

@@ -72,6 +72,20 @@ std::string EscapeSpecialChars(std::string_view text, bool encode) {
   return s;
 }
 
+std::string AsciiUpper(std::string_view text) {
+  std::string upper(text);
+  for (char& c : upper)
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  return upper;
+}
+
+std::string AsciiLower(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return lower;
+}
+
 std::string RemoveSuffix(std::string_view text, std::string_view suffix) {
   std::size_t n = CodePointCount(text), k = CodePointCount(suffix);
   if (k > n) return std::string(text);

@@ -47,6 +47,11 @@ std::string ConvertUmlautsEscape(std::string_view text, bool encode);
 // blank.
 std::string EscapeSpecialChars(std::string_view text, bool encode);
 
+// The text with only the ASCII letters upper- or lower-cased; for names and
+// keywords of files, paths, SQL and connection strings, where VB's folding of
+// umlauts is not wanted.
+std::string AsciiUpper(std::string_view text);
+std::string AsciiLower(std::string_view text);
 // The text without its last characters when they are IsEqual to the suffix.
 std::string RemoveSuffix(std::string_view text, std::string_view suffix);
 // The text `count` times (0 to 255).

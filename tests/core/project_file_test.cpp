@@ -169,6 +169,7 @@ TEST_F(ProjectFileTest, AValueThatDoesNotConvertFailsTheLoadWithItsAction) {
   EXPECT_NE(error.find("Fehler Nr.: 13"), std::string::npos) << error;
   EXPECT_NE(error.find("Typen unverträglich"), std::string::npos) << error;
   EXPECT_FALSE(ui_->WorkFormVisible());
+  EXPECT_EQ(ui_->MousePointer(), ui::vbDefault);
 }
 
 TEST_F(ProjectFileTest, SaveReportsAFileThatCannotBeWritten) {
@@ -176,6 +177,8 @@ TEST_F(ProjectFileTest, SaveReportsAFileThatCannotBeWritten) {
   std::string error = project.SaveProject((dir_ / "kein" / "ordner.cpf").string());
   EXPECT_NE(error.find("Fehler Nr.: 75"), std::string::npos) << error;
   EXPECT_EQ(project.EditMode, edNew);
+  EXPECT_FALSE(ui_->WorkFormVisible());
+  EXPECT_EQ(ui_->MousePointer(), ui::vbDefault);
 }
 
 }  // namespace

@@ -13,105 +13,128 @@
 namespace ketrova {
 namespace {
 
+// The parameters a store type reads and the connection string they give.
+struct ConnectionCase {
+  std::int32_t type;
+  const char* file = "";
+  const char* server = "";
+  const char* database = "";
+  const char* user = "";
+  const char* password = "";
+  const char* port = "";
+  const char* dsn = "";
+  const char* driver = "";
+  const char* expected = "";
+};
+
+const ConnectionCase kConnectionCases[] = {
+    {.type = dbtAccess,
+     .file = "x.mdb",
+     .database = "d",
+     .user = "u",
+     .password = "p",
+     .expected = "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=x.mdb;User ID=u;PWD=p;Database=d"},
+    {.type = dbtOracle, .expected = ""},
+    {.type = dbtText,
+     .file = "C:\\Daten\\",
+     .expected = "Driver={Microsoft Text Driver (*.txt; *.csv)};DBQ=C:\\Daten;Extensions=asc,csv,"
+                 "tab,txt;Persist Security Info=False;FIL=TEXT;MaxBufferSize=2048;TT=CHARACTER;"
+                 "DC=\";\";FLN=1"},
+    {.type = dbtExcel,
+     .file = "a.xls",
+     .expected = "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=a.xls;Extended Properties=\"Excel "
+                 "8.0;\";"},
+    {.type = dbtMySQL,
+     .server = "localhost",
+     .database = "z",
+     .user = "root",
+     .port = "3306",
+     .expected = "Provider=MSDASQL;Persist Security Info=False;Extended Properties=\"DRIVER={MySQL "
+                 "ODBC 3.51 Driver};Server=localhost;Database=z;UID=root;PASSWORD=;OPTION=35 "
+                 ";PORT=3306\";User ID=root;Database=z"},
+    {.type = dbtMySQL,
+     .server = "db",
+     .database = "z",
+     .user = "u",
+     .password = "p",
+     .port = "3307",
+     .expected = "Provider=MSDASQL;Persist Security Info=False;Extended Properties=\"DRIVER={MySQL "
+                 "ODBC 3.51 Driver};Server=db;Database=z;UID=u;PASSWORD=p;OPTION=35 "
+                 ";PORT=3307\";User ID=u;PWD=p;Database=z"},
+    {.type = dbtODBC,
+     .server = "s",
+     .driver = "SQLite3",
+     .expected = "ODBC;Driver={SQLite3};Server=s"},
+    {.type = dbtODBC,
+     .server = "s",
+     .dsn = "lager",
+     .driver = "SQLite3",
+     .expected = "Provider=MSDASQL.1;Data Source=lager;Persist Security Info=False"},
+    {.type = dbtSQLServer,
+     .server = "srv",
+     .database = "Lager",
+     .user = "sa",
+     .password = "geheim",
+     .expected = "Provider=SQLOLEDB.1;Initial Catalog=Lager;Data Source=srv;Persist Security "
+                 "Info=False;User ID=sa;PWD=geheim;Database=Lager"},
+    // Interbase and Oracle have only the common tail, as have the types
+    // without a string of their own.
+    {.type = dbtInterbase,
+     .server = "srv",
+     .database = "Lager",
+     .user = "sa",
+     .password = "geheim",
+     .expected = ";User ID=sa;PWD=geheim;Database=Lager"},
+    {.type = dbtOracle,
+     .server = "srv",
+     .database = "Lager",
+     .user = "sa",
+     .expected = ";User ID=sa;Database=Lager"},
+    {.type = dbtUndefined,
+     .database = "z",
+     .user = "u",
+     .password = "p",
+     .expected = ";User ID=u;PWD=p;Database=z"},
+    {.type = dbtXML,
+     .database = "z",
+     .user = "u",
+     .password = "p",
+     .expected = ";User ID=u;PWD=p;Database=z"},
+    {.type = dbtWatcom,
+     .server = "db",
+     .database = "z",
+     .user = "u",
+     .password = "p",
+     .port = "3307",
+     .expected = ";User ID=u;PWD=p;Database=z"},
+    {.type = dbtParadox,
+     .file = "/daten/paradox",
+     .expected = "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=/daten/paradox;Extended "
+                 "Properties=Paradox 5.x;Persist Security Info=False"},
+    {.type = dbtOutlook,
+     .dsn = "mail",
+     .expected = "Provider=Microsoft.Jet.OLEDB.4.0;Exchange "
+                 "4.0;MAPILEVEL=;PROFILE=Outlook;TABLETYPE=1;DATABASE=c:\\temp"},
+};
+
 TEST(DatabaseTest, ConnectionStringsAreBuiltFromTheParameters) {
   CConverter project;
   CDatabase& db = project.SourceDataBase();
-  db.DatabaseType = dbtAccess;
-  db.DatabaseFileName = "x.mdb";
-  db.UserName = "u";
-  db.Password = "p";
-  db.DatabaseName = "d";
-  EXPECT_EQ(db.ConnectionString(),
-            "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=x.mdb;User ID=u;PWD=p;Database=d");
-
-  db.Clear();
-  db.DatabaseType = dbtOracle;
-  EXPECT_EQ(db.ConnectionString(), "");
-
-  db.DatabaseType = dbtText;
-  db.DatabaseFileName = "C:\\Daten\\";
-  EXPECT_EQ(db.ConnectionString(),
-            "Driver={Microsoft Text Driver (*.txt; *.csv)};DBQ=C:\\Daten;Extensions=asc,csv,tab,"
-            "txt;Persist Security Info=False;FIL=TEXT;MaxBufferSize=2048;TT=CHARACTER;DC=\";\";"
-            "FLN=1");
-  EXPECT_EQ(db.GetFileBasedDriverPath(), " `C:\\Daten`\\");
-
-  db.Clear();
-  db.DatabaseType = dbtExcel;
-  db.DatabaseFileName = "a.xls";
-  EXPECT_EQ(db.ConnectionString(),
-            "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=a.xls;Extended Properties=\"Excel "
-            "8.0;\";");
-
-  db.Clear();
-  db.DatabaseType = dbtMySQL;
-  db.ServerName = "localhost";
-  db.DatabaseName = "z";
-  db.UserName = "root";
-  db.PortAdress = "3306";
-  EXPECT_EQ(db.ConnectionString(),
-            "Provider=MSDASQL;Persist Security Info=False;Extended Properties=\"DRIVER={MySQL "
-            "ODBC 3.51 Driver};Server=localhost;Database=z;UID=root;PASSWORD=;OPTION=35 "
-            ";PORT=3306\";User ID=root;Database=z");
-
-  db.Clear();
-  db.DatabaseType = dbtODBC;
-  db.DriverName = "SQLite3";
-  db.ServerName = "s";
-  EXPECT_EQ(db.ConnectionString(), "ODBC;Driver={SQLite3};Server=s");
-  db.DataSourceName = "lager";
-  EXPECT_EQ(db.ConnectionString(),
-            "Provider=MSDASQL.1;Data Source=lager;Persist Security Info=False");
-}
-
-TEST(DatabaseTest, ConnectionStringsOfTheOtherStoreTypes) {
-  CConverter project;
-  CDatabase& db = project.SourceDataBase();
-  db.DatabaseType = dbtSQLServer;
-  db.ServerName = "srv";
-  db.DatabaseName = "Lager";
-  db.UserName = "sa";
-  db.Password = "geheim";
-  EXPECT_EQ(db.ConnectionString(),
-            "Provider=SQLOLEDB.1;Initial Catalog=Lager;Data Source=srv;Persist Security "
-            "Info=False;User ID=sa;PWD=geheim;Database=Lager");
-
-  // Interbase and Oracle have only the common tail.
-  db.DatabaseType = dbtInterbase;
-  EXPECT_EQ(db.ConnectionString(), ";User ID=sa;PWD=geheim;Database=Lager");
-  db.DatabaseType = dbtOracle;
-  db.Password.clear();
-  EXPECT_EQ(db.ConnectionString(), ";User ID=sa;Database=Lager");
-
-  db.Clear();
-  db.DatabaseType = dbtParadox;
-  db.DatabaseFileName = "/daten/paradox";
-  EXPECT_EQ(db.ConnectionString(),
-            "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=/daten/paradox;Extended "
-            "Properties=Paradox 5.x;Persist Security Info=False");
-
-  db.Clear();
-  db.DatabaseType = dbtOutlook;
-  db.DataSourceName = "mail";
-  EXPECT_EQ(db.ConnectionString(),
-            "Provider=Microsoft.Jet.OLEDB.4.0;Exchange "
-            "4.0;MAPILEVEL=;PROFILE=Outlook;TABLETYPE=1;DATABASE=c:\\temp");
-
-  db.Clear();
-  db.DatabaseType = dbtMySQL;
-  db.ServerName = "db";
-  db.DatabaseName = "z";
-  db.UserName = "u";
-  db.Password = "p";
-  db.PortAdress = "3307";
-  EXPECT_EQ(db.ConnectionString(),
-            "Provider=MSDASQL;Persist Security Info=False;Extended Properties=\"DRIVER={MySQL "
-            "ODBC 3.51 Driver};Server=db;Database=z;UID=u;PASSWORD=p;OPTION=35 "
-            ";PORT=3307\";User ID=u;PWD=p;Database=z");
-
-  for (std::int32_t type : {dbtUndefined, dbtXML, dbtWatcom}) {
-    db.DatabaseType = type;
-    EXPECT_EQ(db.ConnectionString(), ";User ID=u;PWD=p;Database=z") << type;
+  for (const ConnectionCase& c : kConnectionCases) {
+    db.Clear();
+    db.DatabaseType = c.type;
+    db.DatabaseFileName = c.file;
+    db.ServerName = c.server;
+    db.DatabaseName = c.database;
+    db.UserName = c.user;
+    db.Password = c.password;
+    db.PortAdress = c.port;
+    db.DataSourceName = c.dsn;
+    db.DriverName = c.driver;
+    EXPECT_EQ(db.ConnectionString(), c.expected) << "type " << c.type << ", " << c.expected;
+    if (c.type == dbtText) {
+      EXPECT_EQ(db.GetFileBasedDriverPath(), " `C:\\Daten`\\");
+    }
   }
 }
 

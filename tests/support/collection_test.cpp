@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "support/numbered_list.h"
 #include "support/vb_error.h"
+#include "support/vb_error_number.h"
 
 namespace ketrova {
 namespace {
@@ -19,15 +21,6 @@ Collection<Item> ThreeItems() {
   return c;
 }
 
-int ErrorNumber(auto&& f) {
-  try {
-    f();
-  } catch (const VbError& e) {
-    return e.Number;
-  }
-  return 0;
-}
-
 TEST(Collection, ItemsByPositionAndKeyWithoutRegardToCase) {
   auto c = ThreeItems();
   EXPECT_EQ(c.Count(), 3);
@@ -39,11 +32,11 @@ TEST(Collection, ItemsByPositionAndKeyWithoutRegardToCase) {
 
 TEST(Collection, VbErrorNumbers) {
   auto c = ThreeItems();
-  EXPECT_EQ(ErrorNumber([&] { c.Item(0); }), 9);
-  EXPECT_EQ(ErrorNumber([&] { c.Item(4); }), 9);
-  EXPECT_EQ(ErrorNumber([&] { c.Item("drei"); }), 5);
-  EXPECT_EQ(ErrorNumber([&] { c.Add(std::make_unique<Item>(), "ZWEI"); }), 457);
-  EXPECT_EQ(ErrorNumber([&] { c.Remove("x"); }), 5);
+  EXPECT_EQ(VbErrorNumber([&] { c.Item(0); }), 9);
+  EXPECT_EQ(VbErrorNumber([&] { c.Item(4); }), 9);
+  EXPECT_EQ(VbErrorNumber([&] { c.Item("drei"); }), 5);
+  EXPECT_EQ(VbErrorNumber([&] { c.Add(std::make_unique<Item>(), "ZWEI"); }), 457);
+  EXPECT_EQ(VbErrorNumber([&] { c.Remove("x"); }), 5);
 }
 
 TEST(Collection, AddBeforeAndAfterAndRemoveKeepOrder) {
@@ -79,8 +72,8 @@ TEST(Collection, ScriptIndexIsKeyOrPosition) {
   EXPECT_EQ(c.Item(Variant("1")).value, 1);  // a number text is a key
   EXPECT_EQ(c.Item(Variant(3.0)).value, 3);
   EXPECT_EQ(c.Item(std::string("Zwei")).value, 2);
-  EXPECT_EQ(ErrorNumber([&] { c.Item(Variant::Null()); }), 13);
-  EXPECT_EQ(ErrorNumber([&] { c.Item(Variant(4)); }), 9);
+  EXPECT_EQ(VbErrorNumber([&] { c.Item(Variant::Null()); }), 13);
+  EXPECT_EQ(VbErrorNumber([&] { c.Item(Variant(4)); }), 9);
 }
 
 TEST(PendingError, ResumeNextRecordsAndGoesOn) {
@@ -94,6 +87,38 @@ TEST(PendingError, ResumeNextRecordsAndGoesOn) {
   EXPECT_EQ(Err().Number, 440);
   EXPECT_EQ(Err().Description, "kaputt");
   Err().Clear();
+}
+
+struct Entry {
+  std::int32_t Index = -1;
+  std::string Key = "x";
+  bool cleared = false;
+  void Clear() {
+    Index = 0;
+    Key.clear();
+    cleared = true;
+  }
+};
+
+class Entries : public NumberedList<Entry> {
+ public:
+  Entry& Add() { return AddNumbered(); }
+};
+
+TEST(NumberedList, ItemsAreClearedAndNumberedAfterTheLastWithoutRenumbering) {
+  Entries list;
+  Entry& first = list.Add();
+  EXPECT_TRUE(first.cleared);
+  list.Add();
+  EXPECT_EQ(list.Item("2").Index, 2);
+  list.Remove(1);
+  EXPECT_EQ(list.Item(1).Key, "2");
+  // The next number is taken by the item that moved up.
+  EXPECT_EQ(VbErrorNumber([&] { list.Add(); }), 457);
+  EXPECT_EQ(list.Count(), 1);
+  list.Clear();
+  EXPECT_EQ(list.Count(), 0);
+  EXPECT_EQ(list.Add().Key, "1");
 }
 
 }  // namespace

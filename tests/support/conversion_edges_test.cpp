@@ -9,6 +9,7 @@
 #include "support/ole_date.h"
 #include "support/regional_guard.h"
 #include "support/vb_error.h"
+#include "support/vb_error_number.h"
 
 namespace ketrova {
 namespace {
@@ -31,19 +32,7 @@ class Plain : public Object {
   std::string TypeName() const override { return "Plain"; }
 };
 
-int ErrorOf(auto&& f) {
-  try {
-    f();
-  } catch (const VbError& e) {
-    return e.Number;
-  }
-  return 0;
-}
-
-class EdgeTest : public ::testing::Test {
- protected:
-  RegionalGuard german_{GermanRegional()};
-};
+using EdgeTest = GermanSettingsTest;
 
 TEST_F(EdgeTest, NumberTextsThatReadAndThatDoNot) {
   EXPECT_EQ(ParseNumber("&HFFFF"), -1);  // four hex digits are an Integer
@@ -79,7 +68,7 @@ TEST_F(EdgeTest, DatesBeforeTheEpochRoundTrip) {
   EXPECT_LT(ole, 0);
   EXPECT_EQ(Variant::FromDate(ole).ToString(), "01.01.1800 06:00:00");
   EXPECT_EQ(Format(Variant::FromDate(ole), "yyyy-mm-dd hh:nn"), "1800-01-01 06:00");
-  EXPECT_EQ(ErrorOf([] { Variant(1e8).ToDate(); }), 6);
+  EXPECT_EQ(VbErrorNumber([] { Variant(1e8).ToDate(); }), 6);
 }
 
 TEST_F(EdgeTest, ObjectsStandForTheirDefaultValue) {
@@ -89,8 +78,8 @@ TEST_F(EdgeTest, ObjectsStandForTheirDefaultValue) {
   EXPECT_EQ(Compare(field, Variant(2.5)), CompareResult::kEqual);
   EXPECT_EQ(field.TypeName(), "Field");
   Variant plain(ObjectPtr(std::make_shared<Plain>()));
-  EXPECT_EQ(ErrorOf([&] { plain.ToString(); }), 13);
-  EXPECT_EQ(ErrorOf([] { Variant::Nothing().ToString(); }), 91);
+  EXPECT_EQ(VbErrorNumber([&] { plain.ToString(); }), 13);
+  EXPECT_EQ(VbErrorNumber([] { Variant::Nothing().ToString(); }), 91);
   EXPECT_TRUE(SameValue(plain, plain));
 }
 

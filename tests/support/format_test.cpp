@@ -8,9 +8,8 @@
 namespace ketrova {
 namespace {
 
-class FormatTest : public ::testing::Test {
+class FormatTest : public GermanSettingsTest {
  protected:
-  RegionalGuard german_{GermanRegional()};
   Variant moment_ = Variant::FromDate(DateSerial(2002, 12, 31) + TimeSerial(13, 5, 9));
 };
 

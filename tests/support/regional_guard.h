@@ -1,6 +1,8 @@
 // Sets the regional settings for one test and puts the earlier ones back.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include "support/regional.h"
 
 namespace ketrova {
@@ -16,6 +18,12 @@ class RegionalGuard {
 
  private:
   RegionalSettings saved_;
+};
+
+// A test under the German settings, those the program is mostly used with.
+class GermanSettingsTest : public ::testing::Test {
+ protected:
+  RegionalGuard german_{GermanRegional()};
 };
 
 }  // namespace ketrova

@@ -10,10 +10,7 @@
 namespace ketrova {
 namespace {
 
-class TextTest : public ::testing::Test {
- protected:
-  RegionalGuard german_{GermanRegional()};
-};
+using TextTest = GermanSettingsTest;
 
 TEST_F(TextTest, IsEqualTrimsAndIgnoresCase) {
   EXPECT_TRUE(IsEqual(" Abc ", "aBC"));
@@ -68,6 +65,7 @@ TEST_F(TextTest, EscapeSpecialCharsIsNoExactInverse) {
 }
 
 TEST_F(TextTest, SmallTextHelpers) {
+  EXPECT_EQ(AsciiUpper("Größe_1 é"), "GRößE_1 é");  // unlike UpperCase, umlauts stay
   EXPECT_EQ(RemoveSuffix("Table.TXT", ".txt"), "Table");
   EXPECT_EQ(RemoveSuffix("ab", "abc"), "ab");
   EXPECT_EQ(Replicate("ab", 3), "ababab");

@@ -11,23 +11,12 @@
 #include "support/regional.h"
 #include "support/regional_guard.h"
 #include "support/vb_error.h"
+#include "support/vb_error_number.h"
 
 namespace ketrova {
 namespace {
 
-int ErrorOf(auto&& f) {
-  try {
-    f();
-  } catch (const VbError& e) {
-    return e.Number;
-  }
-  return 0;
-}
-
-class VariantTest : public ::testing::Test {
- protected:
-  RegionalGuard german_{GermanRegional()};
-};
+using VariantTest = GermanSettingsTest;
 
 TEST_F(VariantTest, CStrOfNumbersUsesShortestTextAndRegionalSeparator) {
   EXPECT_EQ(Variant(1.5).ToString(), "1,5");
@@ -65,12 +54,12 @@ TEST_F(VariantTest, CStrOfDatesShowsDateTimeOrBoth) {
 
 TEST_F(VariantTest, EmptyNullAndTextConversions) {
   EXPECT_EQ(Variant().ToString(), "");
-  EXPECT_EQ(ErrorOf([] { Variant::Null().ToString(); }), 94);
+  EXPECT_EQ(VbErrorNumber([] { Variant::Null().ToString(); }), 94);
   EXPECT_EQ(Variant::Null().ToText(), "");
   EXPECT_EQ(Variant().ToLong(), 0);
-  EXPECT_EQ(ErrorOf([] { Variant("").ToDouble(); }), 13);
-  EXPECT_EQ(ErrorOf([] { Variant("abc").ToLong(); }), 13);
-  EXPECT_EQ(ErrorOf([] { Variant(42).ToObject(); }), 424);
+  EXPECT_EQ(VbErrorNumber([] { Variant("").ToDouble(); }), 13);
+  EXPECT_EQ(VbErrorNumber([] { Variant("abc").ToLong(); }), 13);
+  EXPECT_EQ(VbErrorNumber([] { Variant(42).ToObject(); }), 424);
 }
 
 TEST_F(VariantTest, CLngAndCIntRoundHalfToEven) {
@@ -83,9 +72,9 @@ TEST_F(VariantTest, CLngAndCIntRoundHalfToEven) {
   EXPECT_EQ(Variant::FromCurrency(4.5).ToLong(), 4);
   EXPECT_EQ(Variant::FromCurrency(-5.5).ToLong(), -6);
   EXPECT_EQ(Variant("&HFF").ToLong(), 255);
-  EXPECT_EQ(ErrorOf([] { Variant(32767.5).ToInteger(); }), 6);
-  EXPECT_EQ(ErrorOf([] { Variant(3e9).ToLong(); }), 6);
-  EXPECT_EQ(ErrorOf([] { Variant(-1).ToByte(); }), 6);
+  EXPECT_EQ(VbErrorNumber([] { Variant(32767.5).ToInteger(); }), 6);
+  EXPECT_EQ(VbErrorNumber([] { Variant(3e9).ToLong(); }), 6);
+  EXPECT_EQ(VbErrorNumber([] { Variant(-1).ToByte(); }), 6);
 }
 
 TEST_F(VariantTest, NumberTextFollowsRegionalSeparators) {
@@ -110,7 +99,7 @@ TEST_F(VariantTest, CBoolReadsBothLanguagesAndNumbers) {
   EXPECT_TRUE(Variant("-1").ToBool());
   EXPECT_FALSE(Variant("0").ToBool());
   EXPECT_TRUE(Variant(0.1).ToBool());
-  EXPECT_EQ(ErrorOf([] { Variant("ja").ToBool(); }), 13);
+  EXPECT_EQ(VbErrorNumber([] { Variant("ja").ToBool(); }), 13);
 }
 
 TEST_F(VariantTest, CDateReadsRegionalText) {
@@ -123,7 +112,7 @@ TEST_F(VariantTest, CDateReadsRegionalText) {
   EXPECT_FALSE(IsDate(Variant("32.13.2002")));
   EXPECT_FALSE(IsDate(Variant("1,5")));
   EXPECT_FALSE(IsDate(Variant("25:00")));
-  EXPECT_EQ(ErrorOf([] { Variant("morgen").ToDate(); }), 13);
+  EXPECT_EQ(VbErrorNumber([] { Variant("morgen").ToDate(); }), 13);
   RegionalGuard us(UsRegional());
   EXPECT_EQ(Variant("12/31/2002").ToDate().value, day);
   // Day and month that do not fit the order are swapped, as VB does.
@@ -204,7 +193,7 @@ TEST(OleDateTest, SerialsRollOverAndNegativeDatesReadTheAbsoluteFraction) {
   EXPECT_EQ(p.hour, 0);
   EXPECT_EQ(SplitDate(DateSerial(2002, 12, 31)).weekday, 3);  // Tuesday
   EXPECT_EQ(SplitDate(0).weekday, 7);                         // Saturday
-  EXPECT_EQ(ErrorOf([] { DateSerial(10000, 1, 1); }), 5);
+  EXPECT_EQ(VbErrorNumber([] { DateSerial(10000, 1, 1); }), 5);
 }
 
 TEST(RegionalTest, SettingsFromLocaleInfo) {

@@ -7,6 +7,7 @@
 #include <cctype>
 
 #include "support/collection.h"
+#include "support/text.h"
 
 namespace ketrova::ado {
 namespace {
@@ -16,12 +17,6 @@ std::string Trim(std::string_view s) {
   while (b < e && std::isspace(static_cast<unsigned char>(s[b]))) ++b;
   while (e > b && std::isspace(static_cast<unsigned char>(s[e - 1]))) --e;
   return std::string(s.substr(b, e - b));
-}
-
-std::string Upper(std::string_view s) {
-  std::string r(s);
-  for (auto& c : r) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-  return r;
 }
 
 bool StartsWithNoCase(std::string_view s, std::string_view prefix) {
@@ -36,7 +31,7 @@ std::string StripBraces(std::string_view v) {
 
 // The ODBC spelling of a key, so that duplicates of the common tail meet.
 std::string CanonicalKey(std::string_view key) {
-  std::string k = Upper(Trim(key));
+  std::string k = AsciiUpper(Trim(key));
   if (k == "DATA SOURCE" || k == "DSN") return "DSN";
   if (k == "USER ID" || k == "UID" || k == "USER") return "UID";
   if (k == "PASSWORD" || k == "PWD") return "PWD";
@@ -47,7 +42,7 @@ std::string CanonicalKey(std::string_view key) {
 }
 
 bool IsOleDbOnlyKey(std::string_view key) {
-  std::string k = Upper(Trim(key));
+  std::string k = AsciiUpper(Trim(key));
   return k == "PROVIDER" || k == "EXTENDED PROPERTIES" || k == "PERSIST SECURITY INFO";
 }
 
@@ -181,7 +176,7 @@ ConnectionSpec ParseConnection(std::string_view connectionString, std::string_vi
                                          {"SERVER", spec.Get("Data Source")},
                                          {"DATABASE", spec.Get("Initial Catalog")}};
       for (const auto& p : outer) {
-        std::string k = Upper(Trim(p.key));
+        std::string k = AsciiUpper(Trim(p.key));
         if (k == "DATA SOURCE" || k == "INITIAL CATALOG") continue;
         merged.push_back(p);
       }
@@ -189,7 +184,7 @@ ConnectionSpec ParseConnection(std::string_view connectionString, std::string_vi
       Merge(canon, merged);
       spec.pairs = canon;
     } else if (StartsWithNoCase(provider, "Microsoft.Jet.OLEDB")) {
-      std::string ext = Upper(spec.extendedProperties);
+      std::string ext = AsciiUpper(spec.extendedProperties);
       if (ext.find("EXCEL") != std::string::npos)
         spec.kind = ProviderKind::kExcel;
       else if (ext.find("PARADOX") != std::string::npos || ext.find("DBASE") != std::string::npos)
@@ -197,7 +192,7 @@ ConnectionSpec ParseConnection(std::string_view connectionString, std::string_vi
       else
         spec.kind = ProviderKind::kAccess;
       spec.dataSource = spec.Get("Data Source");
-    } else if (Upper(spec.Get("Driver")).find("MICROSOFT TEXT DRIVER") != std::string::npos) {
+    } else if (AsciiUpper(spec.Get("Driver")).find("MICROSOFT TEXT DRIVER") != std::string::npos) {
       spec.kind = ProviderKind::kText;
       spec.dataSource = spec.Get("DBQ");
     } else if (!provider.empty()) {
@@ -246,10 +241,10 @@ std::string ResolveOdbcDriverName(std::string_view driver) {
   }
   for (const auto& d : installed)
     if (KeyEquals(d, name)) return d;
-  if (Upper(name).find("MYSQL") != std::string::npos) {
+  if (AsciiUpper(name).find("MYSQL") != std::string::npos) {
     const std::string* maria = nullptr;
     for (const auto& d : installed) {
-      std::string u = Upper(d);
+      std::string u = AsciiUpper(d);
       if (u.find("MARIADB") == std::string::npos) continue;
       if (!maria || u.find("UNICODE") != std::string::npos) maria = &d;
     }

@@ -11,6 +11,7 @@
 
 #include "platform/ado/enums.h"
 #include "platform/ado/file_engine/csv_writer.h"
+#include "platform/ado/file_engine/sql_rewrite.h"
 #include "platform/ado/file_engine/text_table.h"
 #include "support/vb_error.h"
 
@@ -89,21 +90,11 @@ std::string Unquote(std::string_view arg) {
   return std::string(arg);
 }
 
-std::string QuoteIdentifier(std::string_view name) {
-  std::string out = "\"";
-  for (char c : name) {
-    if (c == '"') out.push_back('"');
-    out.push_back(c);
-  }
-  out.push_back('"');
-  return out;
-}
-
 std::string DeclareSql(const TextTableLayout& layout) {
   std::string sql = "CREATE TABLE x(";
   for (std::size_t i = 0; i < layout.names.size(); ++i) {
     if (i > 0) sql += ", ";
-    sql += QuoteIdentifier(layout.names[i]);
+    sql += QuoteSqlIdentifier(layout.names[i]);
     sql += " ";
     sql += SqlTypeName(layout.types[i]);
     // A width from schema.ini travels in the declared type: "TEXT(50)".

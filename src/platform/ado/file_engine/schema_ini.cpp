@@ -7,19 +7,12 @@
 #include "platform/ado/enums.h"
 #include "platform/ado/file_engine/csv_writer.h"
 #include "platform/ado/file_engine/text_encoding.h"
+#include "support/text.h"
 #include "support/vb_error.h"
 
 namespace ketrova::file_engine {
 
 namespace {
-
-std::string Lower(std::string_view s) {
-  std::string out(s);
-  for (char& c : out) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return out;
-}
 
 std::string_view Trim(std::string_view s) {
   while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
@@ -107,7 +100,7 @@ void ParseColumn(std::string_view value, SchemaColumn& column, const std::filesy
     column.type = *type;
   }
   while (words >> word) {
-    if (Lower(word) == "width") words >> column.width;
+    if (AsciiLower(word) == "width") words >> column.width;
   }
 }
 
@@ -118,7 +111,7 @@ std::optional<SchemaEntry> ReadSchemaIni(const std::filesystem::path& folder,
   const auto path = folder / "schema.ini";
   auto lines = ReadLines(path);
   if (!lines) return std::nullopt;
-  const std::string wanted = Lower(file_name);
+  const std::string wanted = AsciiLower(file_name);
   std::optional<SchemaEntry> entry;
   std::vector<std::pair<int, SchemaColumn>> columns;
   for (std::size_t i = 0; i < lines->size(); ++i) {
@@ -126,7 +119,7 @@ std::optional<SchemaEntry> ReadSchemaIni(const std::filesystem::path& folder,
     std::string section;
     if (IsSection(line, &section)) {
       if (entry) break;
-      if (Lower(Trim(section)) == wanted) {
+      if (AsciiLower(Trim(section)) == wanted) {
         entry.emplace();
         entry->file = std::string(Trim(section));
       }
@@ -135,9 +128,9 @@ std::optional<SchemaEntry> ReadSchemaIni(const std::filesystem::path& folder,
     if (!entry || line.empty() || line.front() == ';') continue;
     auto eq = line.find('=');
     if (eq == std::string_view::npos) continue;
-    std::string key = Lower(Trim(line.substr(0, eq)));
+    std::string key = AsciiLower(Trim(line.substr(0, eq)));
     std::string_view value = Trim(line.substr(eq + 1));
-    std::string lvalue = Lower(value);
+    std::string lvalue = AsciiLower(value);
     auto line_no = static_cast<std::int64_t>(i) + 1;
     if (key == "colnameheader") {
       entry->header = lvalue == "true" || lvalue == "1" || lvalue == "yes";
@@ -230,7 +223,7 @@ std::string FormatSchemaSection(const SchemaEntry& entry) {
 void WriteSchemaIni(const std::filesystem::path& folder, const SchemaEntry& entry) {
   const auto path = folder / "schema.ini";
   auto lines = ReadLines(path);
-  const std::string wanted = Lower(entry.file);
+  const std::string wanted = AsciiLower(entry.file);
   std::string out;
   bool skipping = false;
   bool written = false;
@@ -238,7 +231,7 @@ void WriteSchemaIni(const std::filesystem::path& folder, const SchemaEntry& entr
     for (const auto& line : *lines) {
       std::string section;
       if (IsSection(line, &section)) {
-        skipping = Lower(Trim(section)) == wanted;
+        skipping = AsciiLower(Trim(section)) == wanted;
         if (skipping && !written) {
           out += FormatSchemaSection(entry);
           written = true;

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <optional>
 
+#include "support/text.h"
+
 namespace ketrova::file_engine {
 
 namespace {
@@ -15,16 +17,8 @@ bool IsWordChar(char c) {
          static_cast<unsigned char>(c) >= 0x80;
 }
 
-std::string Upper(std::string_view s) {
-  std::string out(s);
-  for (char& c : out) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  }
-  return out;
-}
-
 bool IsOneOf(std::string_view word, std::initializer_list<std::string_view> list) {
-  std::string up = Upper(word);
+  std::string up = AsciiUpper(word);
   for (auto w : list) {
     if (up == w) return true;
   }
@@ -108,7 +102,7 @@ class Rewriter {
         while (i_ < sql_.size() && IsWordChar(sql_[i_])) ++i_;
         std::string_view word = sql_.substr(start, i_ - start);
         out_.append(word);
-        Significant(Upper(word));
+        Significant(AsciiUpper(word));
       } else {
         out_.push_back(c);
         ++i_;
@@ -165,7 +159,7 @@ class Rewriter {
     if (IsWordChar(sql_[p])) {
       std::size_t start = p;
       while (p < sql_.size() && IsWordChar(sql_[p])) ++p;
-      return Upper(sql_.substr(start, p - start));
+      return AsciiUpper(sql_.substr(start, p - start));
     }
     std::string op(1, sql_[p]);
     if (p + 1 < sql_.size() && (sql_[p + 1] == '=' || sql_[p + 1] == '>') &&
@@ -236,7 +230,7 @@ class Rewriter {
     std::size_t name_end = std::string_view::npos;
     for (std::size_t p = i_; p + 4 <= sql_.size(); ++p) {
       if (sql_[p] == '\r' || sql_[p] == '\n') break;
-      if (Upper(sql_.substr(p, 4)) == ".TXT" &&
+      if (AsciiUpper(sql_.substr(p, 4)) == ".TXT" &&
           (p + 4 == sql_.size() || IsSpace(sql_[p + 4]) || sql_[p + 4] == ',' ||
            sql_[p + 4] == ')' || sql_[p + 4] == ';')) {
         name_end = p + 4;

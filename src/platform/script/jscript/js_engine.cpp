@@ -7,9 +7,12 @@
 //
 // Duktape gives the line of an error but not its column; the column answered
 // is that of the name the error is about where the message names one, else the
-// first non-blank character of the line. The build of Duktape that Debian ships
-// has no execution timeout, so Timeout is kept but not enforced; the script
-// host only ever sets -1 (no limit).
+// first non-blank character of the line, always in the text as it was added.
+//
+// The build of Duktape that Debian ships has no hook into its executor, so a
+// Timeout is enforced by the code itself: every text is compiled with a check
+// in each loop condition (js_loop_checks.h), which keeps its lines, and the
+// calls into host objects check as well (js_timeout.h).
 #include <algorithm>
 #include <map>
 #include <string>
@@ -18,6 +21,12 @@
 #include "platform/script/ado_binding.h"
 #include "platform/script/engine.h"
 #include "platform/script/jscript/js_bridge.h"
+#include "platform/script/jscript/js_errors.h"
+#include "platform/script/jscript/js_heap.h"
+#include "platform/script/jscript/js_host_objects.h"
+#include "platform/script/jscript/js_loop_checks.h"
+#include "platform/script/jscript/js_timeout.h"
+#include "platform/script/jscript/js_values.h"
 #include "support/collection.h"
 
 namespace ketrova::script {
@@ -165,11 +174,12 @@ class JsEngine : public Engine {
   Variant Call(ProcedureHandle handle, std::span<Variant> args) override {
     const auto* procedure = static_cast<const Procedure*>(handle);
     duk_context* ctx = heap_->ctx;
+    CallScope scope(*heap_, timeout_);
     duk_idx_t base = duk_get_top(ctx);
     duk_push_heapptr(ctx, procedure->module->global);
     duk_push_lstring(ctx, procedure->name.data(), procedure->name.size());
     for (const Variant& arg : args) jscript::PushVariant(ctx, arg);
-    if (duk_pcall_prop(ctx, base, static_cast<duk_idx_t>(args.size())) != DUK_EXEC_SUCCESS)
+    if (Failed(ctx, duk_pcall_prop(ctx, base, static_cast<duk_idx_t>(args.size()))))
       Raise(ctx, false, base, -1);
     Variant result = jscript::ToVariant(ctx, -1);
     duk_set_top(ctx, base);
@@ -208,9 +218,31 @@ class JsEngine : public Engine {
     std::string name;
   };
 
+  // Opens a call into the heap for its time limit; the outermost one also
+  // lets go of the host object wrappers that nothing holds any more.
+  class CallScope {
+   public:
+    CallScope(Heap& heap, int timeout) : heap_(heap) { jscript::BeginCall(heap, timeout); }
+    ~CallScope() {
+      jscript::EndCall(heap_);
+      if (heap_.clock.depth == 0) jscript::SweepWrappers(heap_.ctx);
+    }
+    CallScope(const CallScope&) = delete;
+    CallScope& operator=(const CallScope&) = delete;
+
+   private:
+    Heap& heap_;
+  };
+
+  // Whether a call failed: by its result, or because its time ran out, in
+  // which case the time-out error replaces what the call left on the stack.
+  static bool Failed(duk_context* ctx, duk_int_t result) {
+    return jscript::TakeTimeout(ctx) || result != DUK_EXEC_SUCCESS;
+  }
+
   void Init() {
     heap_ = std::make_shared<Heap>();
-    jscript::InstallBridge(heap_);
+    jscript::InstallBridge(heap_->ctx);
     duk_context* ctx = heap_->ctx;
     duk_push_global_object(ctx);
     void* global = duk_get_heapptr(ctx, -1);
@@ -247,11 +279,14 @@ class JsEngine : public Engine {
 
   void Execute(Module& m, std::string_view code, int chunk, duk_uint_t flags, Variant* result) {
     duk_context* ctx = m.ctx;
+    CallScope scope(*heap_, timeout_);
     duk_idx_t base = duk_get_top(ctx);
-    duk_push_lstring(ctx, code.data(), code.size());
+    std::string checked =
+        jscript::InsertLoopChecks(code, jscript::kCheckFunction, jscript::kTurnCounter);
+    duk_push_lstring(ctx, checked.data(), checked.size());
     duk_push_string(ctx, std::to_string(chunk).c_str());
     if (duk_pcompile(ctx, flags) != DUK_EXEC_SUCCESS) Raise(ctx, true, base, chunk);
-    if (duk_pcall(ctx, 0) != DUK_EXEC_SUCCESS) Raise(ctx, false, base, chunk);
+    if (Failed(ctx, duk_pcall(ctx, 0))) Raise(ctx, false, base, chunk);
     if (result) *result = jscript::ToVariant(ctx, -1);
     duk_set_top(ctx, base);
   }

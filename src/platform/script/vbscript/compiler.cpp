@@ -536,26 +536,7 @@ class Compiler {
       b.special = special;
       return;
     }
-    if (scope_.hosts) {
-      const auto& hosts = *scope_.hosts;
-      for (size_t i = hosts.size(); i-- > 0;) {
-        if (ToLower(hosts[i].name) == lower) {
-          b.kind = BindKind::kHostObject;
-          b.index = static_cast<int>(i);
-          return;
-        }
-      }
-      for (size_t i = hosts.size(); i-- > 0;) {
-        if (!hosts[i].addMembers || !hosts[i].object) continue;
-        int id = hosts[i].object->GetIDOfName(e.name);
-        if (id != kDispIdUnknown) {
-          b.kind = BindKind::kHostMember;
-          b.index = static_cast<int>(i);
-          b.dispId = id;
-          return;
-        }
-      }
-    }
+    if (scope_.hosts && BindHostName(*scope_.hosts, e.name, lower, b)) return;
     if (const Builtin* builtin = FindBuiltin(e.name)) {
       CheckArity(e, builtin->MinArgs, builtin->MaxArgs);
       b.kind = BindKind::kBuiltin;
@@ -641,6 +622,28 @@ void CompileExpression(Expr& expr, Procedure& top, const CompileScope& scope) {
   compiler.Commit();
   top.localNames = unit.top.localNames;
   top.numLocals = unit.top.numLocals;
+}
+
+bool BindHostName(const std::vector<HostObject>& hosts, const std::string& name,
+                  const std::string& lower, Binding& b) {
+  for (size_t i = hosts.size(); i-- > 0;) {
+    if (ToLower(hosts[i].name) == lower) {
+      b.kind = BindKind::kHostObject;
+      b.index = static_cast<int>(i);
+      return true;
+    }
+  }
+  for (size_t i = hosts.size(); i-- > 0;) {
+    if (!hosts[i].addMembers || !hosts[i].object) continue;
+    int id = hosts[i].object->GetIDOfName(name);
+    if (id != kDispIdUnknown) {
+      b.kind = BindKind::kHostMember;
+      b.index = static_cast<int>(i);
+      b.dispId = id;
+      return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace ketrova::script::vbscript

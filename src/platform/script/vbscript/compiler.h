@@ -8,6 +8,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "platform/script/vbscript/program.h"
@@ -29,5 +30,11 @@ std::shared_ptr<Unit> CompileText(ParsedText text, const CompileScope& scope);
 
 // Compiles one expression (for Eval); its hidden slots are counted in `top`.
 void CompileExpression(Expr& expr, Procedure& top, const CompileScope& scope);
+
+// Binds a name to the host object of that name or, failing that, to a member
+// of an object added with its members; the object added last wins. False
+// when no host object knows the name. `lower` is the name in lower case.
+bool BindHostName(const std::vector<HostObject>& hosts, const std::string& name,
+                  const std::string& lower, Binding& b);
 
 }  // namespace ketrova::script::vbscript

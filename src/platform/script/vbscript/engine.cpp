@@ -81,11 +81,10 @@ class VBScriptEngine : public Engine {
 
   void Reset() override { interp_.Reset(); }
 
-  void SetTimeout(int milliseconds) override { timeout_ = milliseconds; }
+  void SetTimeout(int milliseconds) override { interp_.SetTimeout(milliseconds); }
 
  private:
   mutable Interpreter interp_;
-  int timeout_ = -1;
 };
 
 }  // namespace

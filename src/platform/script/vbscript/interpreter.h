@@ -3,6 +3,7 @@
 // every failure into a ScriptError with the line and column of the statement
 // that failed (unless On Error Resume Next is in force, which records it in
 // Err and goes on). Recursion is bounded: too deep a call chain raises 28.
+// A run may be given a time limit (SetTimeout).
 #pragma once
 
 #include <map>
@@ -37,6 +38,11 @@ class Interpreter {
   // Calls a procedure; ByRef arguments are written back into `args`.
   Variant Call(Procedure& proc, ClassInstance* me, std::span<Variant> args);
   void Reset();
+  // Milliseconds an outermost call (AddCode's top-level code, EvalText,
+  // ExecuteText, Call) may run before it stops with kTimeoutErrorNumber; 0 or
+  // less for no limit. Neither On Error Resume Next nor a host object between
+  // the script and a nested call can keep it from ending the run.
+  void SetTimeout(int milliseconds);
 
   // Used by class instances.
   Variant InvokeMember(ClassInstance& instance, int member, InvokeKind kind,

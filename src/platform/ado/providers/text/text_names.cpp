@@ -3,17 +3,11 @@
 #include <algorithm>
 #include <system_error>
 
+#include "support/text.h"
+
 namespace ketrova::text_provider {
 
 namespace {
-
-std::string Lower(std::string_view s) {
-  std::string out(s);
-  for (char& c : out) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return out;
-}
 
 // The file of that name in the folder, case ignored; an exact match first.
 std::optional<std::filesystem::path> FindInFolder(const std::filesystem::path& folder,
@@ -22,10 +16,10 @@ std::optional<std::filesystem::path> FindInFolder(const std::filesystem::path& f
   std::error_code ec;
   auto exact = folder / name;
   if (std::filesystem::is_regular_file(exact, ec)) return exact;
-  const std::string wanted = Lower(name);
+  const std::string wanted = AsciiLower(name);
   for (const auto& entry : std::filesystem::directory_iterator(folder, ec)) {
     if (!entry.is_regular_file(ec)) continue;
-    if (Lower(entry.path().filename().string()) == wanted) return entry.path();
+    if (AsciiLower(entry.path().filename().string()) == wanted) return entry.path();
   }
   return std::nullopt;
 }
@@ -33,8 +27,8 @@ std::optional<std::filesystem::path> FindInFolder(const std::filesystem::path& f
 }  // namespace
 
 bool IsTextTableFile(const std::filesystem::path& file) {
-  std::string ext = Lower(file.extension().string());
-  if (Lower(file.filename().string()) == "schema.ini") return false;
+  std::string ext = AsciiLower(file.extension().string());
+  if (AsciiLower(file.filename().string()) == "schema.ini") return false;
   return ext.empty() || ext == ".asc" || ext == ".csv" || ext == ".tab" || ext == ".txt";
 }
 
@@ -52,7 +46,7 @@ std::optional<std::filesystem::path> ResolveTextFile(const std::filesystem::path
     if (candidate.is_relative()) candidate = folder / candidate;
     if (!given.empty() && std::filesystem::is_directory(candidate, ec)) where = candidate;
   }
-  if (file.size() > 4 && Lower(file.substr(file.size() - 4)) == ".txt") {
+  if (file.size() > 4 && AsciiLower(file.substr(file.size() - 4)) == ".txt") {
     if (auto found = FindInFolder(where, file)) return found;
     file.resize(file.size() - 4);
   }

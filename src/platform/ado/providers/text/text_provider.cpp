@@ -11,6 +11,7 @@
 #include "platform/ado/file_engine/schema_ini.h"
 #include "platform/ado/file_engine/sql_rewrite.h"
 #include "platform/ado/providers/text/text_names.h"
+#include "support/text.h"
 #include "support/vb_error.h"
 
 namespace ketrova::text_provider {
@@ -19,19 +20,11 @@ namespace {
 
 constexpr const char* kSource = "Ketrova.Text";
 
-std::string Upper(std::string_view s) {
-  std::string out(s);
-  for (char& c : out) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  }
-  return out;
-}
-
 bool StartsWithWords(std::string_view sql, std::initializer_list<std::string_view> words) {
   std::size_t p = 0;
   for (auto word : words) {
     while (p < sql.size() && std::isspace(static_cast<unsigned char>(sql[p]))) ++p;
-    if (Upper(sql.substr(p, word.size())) != word) return false;
+    if (AsciiUpper(sql.substr(p, word.size())) != word) return false;
     p += word.size();
     if (p < sql.size() && !std::isspace(static_cast<unsigned char>(sql[p]))) return false;
   }
@@ -161,7 +154,7 @@ void TextProvider::CreateTable(const std::string& sql) {
 
   // The file: the name without folder and without the ".TXT" the system adds.
   std::string name = table.substr(table.find_last_of("\\/") + 1);
-  if (name.size() > 4 && Upper(name.substr(name.size() - 4)) == ".TXT" &&
+  if (name.size() > 4 && AsciiUpper(name.substr(name.size() - 4)) == ".TXT" &&
       name.substr(0, name.size() - 4).find('.') != std::string::npos) {
     name.resize(name.size() - 4);
   }

@@ -1,0 +1,199 @@
+// The objects scripts make: instances of script classes (New) with their
+// members, the Err object, and the procedure references of GetRef.
+#include "platform/script/vbscript/interpreter_impl.h"
+#include "platform/script/vbscript/regexp.h"
+
+namespace ketrova::script::vbscript {
+namespace {
+
+// The object GetRef answers: calling its default member calls the procedure.
+class ProcedureRef : public Object {
+ public:
+  ProcedureRef(Procedure* proc, std::shared_ptr<Module> module, Interpreter* interp,
+               std::shared_ptr<bool> alive)
+      : proc_(proc), module_(std::move(module)), interp_(interp), alive_(std::move(alive)) {}
+  std::string TypeName() const override { return "Object"; }
+  Variant Invoke(int dispId, InvokeKind, std::span<Variant> args) override {
+    if (dispId != kDispIdValue) throw VbError(438);
+    if (!*alive_) throw VbError(91);
+    return interp_->Call(*proc_, nullptr, args);
+  }
+
+ private:
+  Procedure* proc_;
+  std::shared_ptr<Module> module_;
+  Interpreter* interp_;
+  std::shared_ptr<bool> alive_;
+};
+
+// The script's Err object.
+class ErrObjectRef : public Object {
+ public:
+  explicit ErrObjectRef(ErrObject& err) : err_(err) {}
+  std::string TypeName() const override { return "ErrObject"; }
+  int GetIDOfName(std::string_view name) override {
+    static constexpr std::string_view kNames[] = {
+        "number", "description", "source", "helpfile", "helpcontext", "raise", "clear"};
+    std::string lower = ToLower(name);
+    for (int i = 0; i < 7; ++i)
+      if (lower == kNames[i]) return i + 1;
+    return kDispIdUnknown;
+  }
+  Variant Invoke(int dispId, InvokeKind kind, std::span<Variant> args) override {
+    bool put = kind == InvokeKind::kPropertyPut || kind == InvokeKind::kPropertyPutRef;
+    if (dispId == kDispIdValue) dispId = 1;
+    switch (dispId) {
+      case 1:
+        if (put) return err_.Number = Last(args).ToLong(), Variant();
+        return Variant::Long(err_.Number);
+      case 2:
+        if (put) return err_.Description = Last(args).ToString(), Variant();
+        return err_.Description;
+      case 3:
+        if (put) return err_.Source = Last(args).ToString(), Variant();
+        return err_.Source;
+      case 4:
+        if (put) return err_.HelpFile = Last(args).ToString(), Variant();
+        return err_.HelpFile;
+      case 5:
+        if (put) return err_.HelpContext = Last(args).ToLong(), Variant();
+        return Variant::Long(err_.HelpContext);
+      case 6: {
+        if (args.empty() || args[0].IsMissing()) throw VbError(449);
+        std::int32_t number = args[0].ToLong();
+        auto text = [&](size_t i) {
+          return i < args.size() && !args[i].IsMissing() ? args[i].ToString() : std::string();
+        };
+        std::string source = text(1);
+        if (source.empty()) source = kRuntimeErrorSource;
+        std::string description = text(2);
+        if (description.empty()) description = RaisedErrorText(number);
+        throw VbError(number, description, source);
+      }
+      case 7:
+        err_.Clear();
+        return Variant();
+      default:
+        throw VbError(438);
+    }
+  }
+
+ private:
+  static const Variant& Last(std::span<Variant> args) {
+    if (args.empty()) throw VbError(450);
+    return args.back();
+  }
+  ErrObject& err_;
+};
+
+}  // namespace
+
+ObjectPtr MakeErrObject(ErrObject& err) {
+  return std::make_shared<ErrObjectRef>(err);
+}
+
+ObjectPtr MakeProcedureRef(Procedure* proc, Interpreter* interp, std::shared_ptr<bool> alive) {
+  return std::make_shared<ProcedureRef>(proc, proc->module->shared_from_this(), interp,
+                                        std::move(alive));
+}
+
+int ClassInstance::GetIDOfName(std::string_view name) {
+  auto it = cls->memberIndex.find(ToLower(name));
+  return it == cls->memberIndex.end() ? kDispIdUnknown : it->second + 1;
+}
+
+Variant ClassInstance::Invoke(int dispId, InvokeKind kind, std::span<Variant> args) {
+  if (!*alive) throw VbError(91);
+  int member = dispId == kDispIdValue ? cls->defaultMember : dispId - 1;
+  if (member < 0 || member >= static_cast<int>(cls->members.size())) throw VbError(438);
+  return interp->InvokeMember(*this, member, kind, args);
+}
+
+std::vector<std::string> ClassInstance::MemberNames() const {
+  std::vector<std::string> names;
+  for (const auto& m : cls->members)
+    if (m.isPublic) names.push_back(m.name);
+  return names;
+}
+
+ObjectPtr ClassInstance::Self() {
+  ObjectPtr self = weak_from_this().lock();
+  // In Class_Terminate the instance is already released: lend it unowned.
+  return self ? self : ObjectPtr(ObjectPtr(), this);
+}
+
+Variant Interpreter::Impl::NewObject(Expr& e, Frame& f) {
+  if (!e.newClass) {
+    std::string lower = ToLower(e.name);
+    if (lower == "regexp") return CreateRegExp();
+    for (Module* m = f.module; m && !e.newClass; m = m->parent) {
+      auto it = m->classes.find(lower);
+      if (it != m->classes.end()) e.newClass = it->second;
+    }
+    if (!e.newClass) throw VbError(506, Quoted(506, e.name));
+  }
+  ClassDef* cls = e.newClass;
+  auto instance =
+      std::make_shared<ClassInstance>(cls, cls->module->shared_from_this(), self, alive);
+  instance->fields.resize(cls->fieldNames.size());
+  for (size_t i = 0; i < cls->fieldBounds.size(); ++i) {
+    if (cls->fieldBounds[i].empty()) continue;
+    auto array = std::make_shared<SafeArray>();
+    size_t total = 1;
+    for (std::int32_t upper : cls->fieldBounds[i]) {
+      if (upper < 0) break;
+      array->bounds.push_back({0, upper + 1});
+      total *= static_cast<size_t>(upper + 1);
+    }
+    array->data.resize(array->bounds.empty() ? 0 : total);
+    instance->fields[i] = Variant(array);
+  }
+  if (cls->initialize) CallValues(*cls->initialize, instance.get(), {});
+  return Variant(ObjectPtr(instance));
+}
+
+Variant Interpreter::Impl::InvokeMember(ClassInstance& instance, int member, InvokeKind kind,
+                                        std::span<Variant> args) {
+  ClassMember& m = instance.cls->members[member];
+  bool put = kind == InvokeKind::kPropertyPut || kind == InvokeKind::kPropertyPutRef;
+  if (m.field >= 0) {
+    Variant& field = instance.fields[m.field];
+    if (put) {
+      if (args.empty()) throw VbError(450);
+      Variant v = args.back();
+      if (kind == InvokeKind::kPropertyPut && v.IsObject()) v = DefaultValue(v);
+      if (args.size() == 1) {
+        field = std::move(v);
+      } else if (field.IsArray()) {
+        SafeArray& array = field.MutableArray();
+        array.data[ElementOffset(array, args.first(args.size() - 1))] = std::move(v);
+      } else {
+        throw VbError(13);
+      }
+      return Variant();
+    }
+    if (args.empty()) return field;
+    if (field.IsArray()) return field.AsArray()->data[ElementOffset(*field.AsArray(), args)];
+    if (field.IsObject()) return RequireObject(field)->Invoke(kDispIdValue, kind, args);
+    throw VbError(13);
+  }
+  if (kind == InvokeKind::kPropertyPut) {
+    if (m.let) return CallValues(*m.let, &instance, args);
+    if (m.set && !args.empty() && args.back().IsObject())
+      return CallValues(*m.set, &instance, args);
+    throw VbError(438, Quoted(438, m.name));
+  }
+  if (kind == InvokeKind::kPropertyPutRef) {
+    if (m.set) return CallValues(*m.set, &instance, args);
+    if (m.let) return CallValues(*m.let, &instance, args);
+    throw VbError(438, Quoted(438, m.name));
+  }
+  if (m.get) return CallValues(*m.get, &instance, args);
+  if (m.sub) {
+    CallValues(*m.sub, &instance, args);
+    return Variant();
+  }
+  throw VbError(438, Quoted(438, m.name));
+}
+
+}  // namespace ketrova::script::vbscript

@@ -1,0 +1,4 @@
+function spin() {
+  var n = 0;
+  for (;;) { n++; }
+}
