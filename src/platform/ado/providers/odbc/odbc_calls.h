@@ -7,11 +7,11 @@
 #include <sqlext.h>
 #include <sqlucode.h>
 
-#include <cctype>
 #include <string>
 
 #include "platform/ado/providers/odbc/odbc_diagnostics.h"
 #include "platform/ado/value_text.h"
+#include "support/text.h"
 
 namespace ketrova::ado::odbc {
 
@@ -35,11 +35,6 @@ inline SQLCHAR* N(std::string& s) {
 
 inline std::string FromW(const SQLWCHAR* s, std::size_t n) {
   return Utf16ToUtf8(std::u16string_view(reinterpret_cast<const char16_t*>(s), n));
-}
-
-inline std::string Upper(std::string s) {
-  for (auto& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-  return s;
 }
 
 inline void Check(SQLRETURN rc, SQLSMALLINT type, SQLHANDLE h, OdbcPhase phase,

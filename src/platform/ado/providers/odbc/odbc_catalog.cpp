@@ -110,7 +110,7 @@ std::vector<TableInfo> OdbcProvider::Tables() {
     t.catalog = ColumnText(stmt, 1);
     t.schema = ColumnText(stmt, 2);
     t.name = ColumnText(stmt, 3);
-    t.type = Upper(ColumnText(stmt, 4));
+    t.type = AsciiUpper(ColumnText(stmt, 4));
     if (t.type == "BASE TABLE") t.type = "TABLE";
     tables.push_back(std::move(t));
   }

@@ -193,7 +193,7 @@ ColumnInfo Describe(SQLHSTMT stmt, SQLUSMALLINT col, bool narrow) {
   c.baseColumn = ColumnAttribute(stmt, col, SQL_DESC_BASE_COLUMN_NAME, narrow);
   c.type = AdoType(sqlType, isUnsigned == SQL_TRUE);
   // The SQLite3 driver describes declared decimals as text.
-  std::string upperName = Upper(c.typeName);
+  std::string upperName = AsciiUpper(c.typeName);
   if ((sqlType == SQL_VARCHAR || sqlType == SQL_CHAR || sqlType == SQL_DOUBLE ||
        sqlType == SQL_FLOAT) &&
       (upperName.rfind("DECIMAL", 0) == 0 || upperName.rfind("NUMERIC", 0) == 0))

@@ -46,8 +46,7 @@ std::string PostgresTypeWords(const std::string& sql) {
            (std::isalnum(static_cast<unsigned char>(sql[end])) || sql[end] == '_'))
       ++end;
     std::string word = sql.substr(i, end - i);
-    std::string upper = word;
-    for (char& u : upper) u = static_cast<char>(std::toupper(static_cast<unsigned char>(u)));
+    std::string upper = AsciiUpper(word);
     const char* replacement = nullptr;
     for (const auto& [from, to] : kWords)
       if (upper == from) replacement = to;
@@ -74,9 +73,7 @@ std::string PostgresTypeWords(const std::string& sql) {
 bool IsCreateTable(const std::string& sql) {
   std::size_t start = sql.find_first_not_of(" \t\r\n");
   if (start == std::string::npos || sql.size() - start < 12) return false;
-  std::string head = sql.substr(start, 12);
-  for (char& c : head) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-  return head == "CREATE TABLE";
+  return AsciiUpper(std::string_view(sql).substr(start, 12)) == "CREATE TABLE";
 }
 
 }  // namespace ketrova::ado::odbc

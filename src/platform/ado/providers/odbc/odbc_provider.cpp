@@ -88,12 +88,12 @@ OdbcProvider::OdbcProvider(const ConnectionSpec& spec) {
   // The PostgreSQL and SQLite3 drivers read a whole result at execution unless
   // told to fetch through a cursor or step by step; a record set must cost a
   // block, not a table.
-  std::string upperString = Upper(spec.odbcString);
+  std::string upperString = AsciiUpper(spec.odbcString);
   std::string more;
-  if (Upper(dbms_).find("POSTGRES") != std::string::npos &&
+  if (AsciiUpper(dbms_).find("POSTGRES") != std::string::npos &&
       upperString.find("USEDECLAREFETCH") == std::string::npos)
     more = ";UseDeclareFetch=1;Fetch=64";
-  if (Upper(dbms_).find("SQLITE") != std::string::npos) {
+  if (AsciiUpper(dbms_).find("SQLITE") != std::string::npos) {
     // Each record commits on its own; WAL with synchronous NORMAL makes that
     // cheap. The driver sets these itself (a PRAGMA through it does not hold).
     if (upperString.find("STEPAPI") == std::string::npos) more += ";StepAPI=1";
@@ -129,7 +129,7 @@ void OdbcProvider::Connect(const std::string& odbcString) {
 void OdbcProvider::Setup() {
   SQLCHAR info[256] = {};
   SQLSMALLINT len = 0;
-  std::string upper = Upper(dbms_);
+  std::string upper = AsciiUpper(dbms_);
   if (upper.find("SQLITE") != std::string::npos) {
     dialect_ = "sqlite";
     quote_ = "\"";
