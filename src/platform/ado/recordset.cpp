@@ -478,17 +478,27 @@ void Recordset::EnsureUpdatable() const {
 void Recordset::ResolveTarget() {
   target_.reset();
   if (!connection_) return;
-  if (const Target* last = lastTarget_.get();
+  // The last target stands for a statement on the same table with the same
+  // result columns while no table changed shape (an update by key opens a
+  // new statement text per record).
+  Target* last = lastTarget_.get();
+  bool lastStands =
       last && last->connection.lock() == connection_ &&
-      last->shapeGeneration == connection_->ShapeGeneration() && last->source == source_ &&
+      last->shapeGeneration == connection_->ShapeGeneration() &&
       std::equal(columns_.begin(), columns_.end(), last->resultColumns.begin(),
                  last->resultColumns.end(),
-                 [](const ColumnInfo& c, const std::string& name) { return c.name == name; })) {
+                 [](const ColumnInfo& c, const std::string& name) { return c.name == name; });
+  if (lastStands && last->source == source_) {
     target_ = lastTarget_;
     return;
   }
   std::string table = SingleTableOf(source_);
   if (table.empty()) return;
+  if (lastStands && last->named == table) {
+    last->source = source_;
+    target_ = lastTarget_;
+    return;
+  }
   const std::vector<ColumnInfo>* base = nullptr;
   try {
     base = &connection_->BaseTableColumns(table);
@@ -508,6 +518,7 @@ void Recordset::ResolveTarget() {
   t.connection = connection_;
   t.shapeGeneration = connection_->ShapeGeneration();
   t.source = source_;
+  t.named = table;
   for (const auto& c : columns_) t.resultColumns.push_back(c.name);
   target_ = std::make_shared<Target>(std::move(t));
   lastTarget_ = target_;

@@ -97,11 +97,13 @@ class Recordset : public Object {
     std::vector<int> tableColumn;     // record set column -> base column index, -1 none
     std::vector<ColumnInfo> columns;  // base table columns
     bool hasKey = false;
-    // What it was resolved for: the same statement on the same connection,
-    // with no change of shape since, resolves to the same target.
+    // What it was resolved for: a statement on the same table with the same
+    // result columns, on the same connection with no change of shape since,
+    // resolves to the same target.
     std::weak_ptr<Connection> connection;
     std::uint64_t shapeGeneration = 0;
-    std::string source;
+    std::string source;  // the last statement it served
+    std::string named;   // the table as that statement names it
     std::vector<std::string> resultColumns;
     // The INSERT last built, by the record set columns it sets.
     std::vector<std::size_t> insertColumns;

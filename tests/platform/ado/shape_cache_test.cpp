@@ -117,6 +117,37 @@ TEST_P(ShapeCache, AResultLeftAfterItsFirstRowStartsAgainAtTheFirstRow) {
   rs->Close();
 }
 
+// An update by key opens a new statement text per record, on one table or on
+// two of the same columns: each write must reach the table its statement names.
+TEST_P(ShapeCache, StatementsOnTablesOfTheSameColumnsWriteEachToItsOwnTable) {
+  for (const char* table : {"A", "B"}) {
+    DropTable(table);
+    db->Execute("CREATE TABLE [" + std::string(table) +
+                "] ([ID] INTEGER NOT NULL PRIMARY KEY, [Name] VARCHAR(20))");
+  }
+  for (int id = 1; id <= 4; ++id) {
+    std::string table = id % 2 ? "A" : "B";
+    Open("SELECT * FROM [" + table + "] WHERE [ID] = " + std::to_string(id));
+    ASSERT_TRUE(rs->Eof());
+    rs->AddNew();
+    rs->GetFields().Item("ID").SetValue(Variant(id));
+    rs->GetFields().Item("Name").SetValue(Variant(table + std::to_string(id)));
+    rs->Update();
+    rs->UpdateBatch(adAffectAll);
+    rs->Close();
+  }
+  Open("SELECT * FROM [A] WHERE [ID] = 3");
+  ASSERT_FALSE(rs->Eof());
+  rs->GetFields().Item("Name").SetValue(Variant("A3 neu"));
+  rs->Update();
+  rs->UpdateBatch(adAffectAll);
+  rs->Close();
+  EXPECT_EQ(Scalar("SELECT COUNT(*) FROM [A] WHERE [ID] IN (1, 3)").ToText(), "2");
+  EXPECT_EQ(Scalar("SELECT COUNT(*) FROM [B] WHERE [ID] IN (2, 4)").ToText(), "2");
+  EXPECT_EQ(Scalar("SELECT [Name] FROM [A] WHERE [ID] = 3").ToText(), "A3 neu");
+  EXPECT_EQ(Scalar("SELECT COUNT(*) FROM [B] WHERE [ID] = 3").ToText(), "0");
+}
+
 INSTANTIATE_TEST_SUITE_P(Backends, ShapeCache, ::testing::ValuesIn(TestBackends()), BackendName);
 
 }  // namespace
