@@ -1,6 +1,7 @@
 // What a connection and a record set keep between opens of the same statement
 // (prepared statements, their columns, the resolved target table, the INSERT
-// text) must give way when a table changes shape.
+// text) must give way when a table changes shape, and a statement kept for
+// reuse must hold nothing of its last result.
 #include <gtest/gtest.h>
 
 #include "backend.h"
@@ -115,6 +116,25 @@ TEST_P(ShapeCache, AResultLeftAfterItsFirstRowStartsAgainAtTheFirstRow) {
   for (; !rs->Eof(); rs->MoveNext()) ++count;
   EXPECT_EQ(count, 4);
   rs->Close();
+}
+
+// A result left before its end must not keep its read open: what another
+// connection writes in between is seen, and this one can still write.
+TEST_P(ShapeCache, AResultLeftBeforeItsEndHoldsNoReadOpen) {
+  DropTable("Ziel");
+  db->Execute("CREATE TABLE [Ziel] ([ID] INTEGER NOT NULL PRIMARY KEY, [Name] VARCHAR(20))");
+  Insert(1, "eins");
+  Insert(2, "zwei");
+  const std::string sql = "SELECT [ID] FROM [Ziel] ORDER BY [ID]";
+  Open(sql);
+  ASSERT_FALSE(rs->Eof());
+  rs->Close();
+  auto other = std::make_shared<Connection>();
+  other->Open(ConnectionString());
+  other->Execute("INSERT INTO [Ziel] ([ID], [Name]) VALUES (3, 'drei')");
+  other->Close();
+  Insert(4, "vier");
+  EXPECT_EQ(Scalar("SELECT COUNT(*) FROM [Ziel]").ToText(), "4");
 }
 
 // An update by key opens a new statement text per record, on one table or on

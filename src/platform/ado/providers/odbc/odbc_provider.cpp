@@ -22,10 +22,6 @@ struct OdbcStatement {
   std::vector<ColumnInfo> columns;
   std::int64_t maxRows = 0;
   int timeout = -1;
-  // The SQLite3 driver goes on where a result was left at the next execution;
-  // a statement left before its end is prepared again (on the same handle,
-  // keeping its description) before it runs next.
-  bool prepareAgain = false;
   ~OdbcStatement() {
     if (stmt) SQLFreeHandle(SQL_HANDLE_STMT, stmt);
   }
@@ -41,7 +37,11 @@ class OdbcCursor : public Cursor {
       : provider_(provider), statement_(std::move(statement)) {}
   ~OdbcCursor() override {
     SQLFreeStmt(statement_->stmt, SQL_CLOSE);
-    if (!atEnd_ && provider_.Narrow()) statement_->prepareAgain = true;
+    // The SQLite3 driver neither resets a statement left before its end nor
+    // ends its read, so it would go on where it stopped, and the open read
+    // would hold back the checkpoints of the log. Prepared again at once on
+    // its handle, it starts afresh and keeps its description.
+    if (!atEnd_ && provider_.Narrow() && !provider_.PrepareAgain(*statement_)) return;
     provider_.Release(std::move(statement_));
   }
   const std::vector<ColumnInfo>& Columns() const override { return statement_->columns; }
@@ -207,10 +207,6 @@ std::unique_ptr<OdbcStatement> OdbcProvider::Acquire(const std::string& sql) {
     if ((*it)->sql == sql) {
       auto s = std::move(*it);
       idle_.erase(it);
-      if (s->prepareAgain) {
-        PrepareStatement(*s);
-        s->prepareAgain = false;
-      }
       return s;
     }
   }
@@ -229,6 +225,10 @@ void OdbcProvider::PrepareStatement(OdbcStatement& s) {
     throw VbError(OdbcErrorNumber(records, OdbcPhase::kStatement), OdbcErrorText(records),
                   "Ketrova.ODBC");
   }
+}
+
+bool OdbcProvider::PrepareAgain(OdbcStatement& statement) {
+  return SQL_SUCCEEDED(Prepare(statement.stmt, Rewrite(statement.sql)));
 }
 
 void OdbcProvider::ForgetTableShapes() {

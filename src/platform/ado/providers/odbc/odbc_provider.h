@@ -52,6 +52,8 @@ class OdbcProvider : public Provider {
 
   // Gives a statement back to the pool (called by the cursor that held it).
   void Release(std::unique_ptr<OdbcStatement> statement);
+  // Prepares a statement again on its handle; false when that fails.
+  bool PrepareAgain(OdbcStatement& statement);
 
  private:
   void Connect(const std::string& odbcString);
