@@ -272,8 +272,9 @@ class Rewriter {
       if (head.semicolons == 2) head.secondSemicolon = pos_;
     }
     if ((c == '+' || c == '-') && next == c) {
-      // ++ and -- end an operand as far as a following slash is concerned.
-      Token(false);
+      // ++ and -- end an operand as far as a following slash is concerned;
+      // as a prefix (where an operand was due) an operand follows them.
+      Token(false, regexMayFollow_);
       pos_ += 2;
       return;
     }
