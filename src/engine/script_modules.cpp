@@ -50,18 +50,9 @@ void CScriptModules::SetConverter(CConverter* converter) {
 }
 
 CScriptModule& CScriptModules::Add() {
-  auto module = std::make_unique<CScriptModule>();
-  module->Clear();
-  module->Converter = Converter;
-  module->Index = Count() + 1;
-  module->Key = std::to_string(module->Index);
-  std::string key = module->Key;
-  return items_.Add(std::move(module), key);
-}
-
-void CScriptModules::Clear() {
-  for (CScriptModule& module : items_) module.Clear();
-  while (items_.Count() > 0) items_.Remove(1);
+  CScriptModule& module = AddNumbered();
+  module.Converter = Converter;
+  return module;
 }
 
 std::string CScriptModules::Save(pugi::xml_node objRootNode) {

@@ -8,7 +8,7 @@
 #include <pugixml.hpp>
 #include <string>
 
-#include "support/collection.h"
+#include "support/numbered_list.h"
 
 namespace ketrova {
 
@@ -30,32 +30,15 @@ class CScriptModule {
   std::string Load(pugi::xml_node objRootNode);
 };
 
-class CScriptModules {
+class CScriptModules : public NumberedList<CScriptModule> {
  public:
-  CScriptModules() = default;
-  ~CScriptModules() { Clear(); }
-  CScriptModules(const CScriptModules&) = delete;
-  CScriptModules& operator=(const CScriptModules&) = delete;
-
   CConverter* Converter = nullptr;
   void SetConverter(CConverter* converter);
 
   CScriptModule& Add();
-  void Remove(std::int32_t Index) { items_.Remove(Index); }
-  void Remove(std::string_view Key) { items_.Remove(Key); }
-  CScriptModule& Item(std::int32_t Index) const { return items_.Item(Index); }
-  CScriptModule& Item(std::string_view Key) const { return items_.Item(Key); }
-  std::int32_t Count() const { return items_.Count(); }
-  void Clear();
   std::string Save(pugi::xml_node objRootNode);
   // Does not clear first; searches `szTreeNode` from the root element.
   std::string Load(const std::string& szTreeNode);
-
-  auto begin() const { return items_.begin(); }
-  auto end() const { return items_.end(); }
-
- private:
-  Collection<CScriptModule> items_;
 };
 
 }  // namespace ketrova

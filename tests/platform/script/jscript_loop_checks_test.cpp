@@ -33,6 +33,13 @@ const Rewrite kRewrites[] = {
     {"r = /while (a)[/]for(;;)/g; q = a / b / c; if (x) /for(;;)/.test(y);",
      "r = /while (a)[/]for(;;)/g; q = a / b / c; if (x) /for(;;)/.test(y);"},
     {"x = y++ / 2; while (z) {}", "x = y++ / 2; while (@&&(z)) {}"},
+    // A slash after an object literal divides; after a block it starts a
+    // regular expression.
+    {"for (;{}/i//;)\n;) n", "for (;@&&({}/i//;)\n);) n"},
+    {"x = {a: {b: 1}} / 2; while (z) {}", "x = {a: {b: 1}} / 2; while (@&&(z)) {}"},
+    {"if (a) {} /while (b)/.test(c)", "if (a) {} /while (b)/.test(c)"},
+    {"x = function () {} / 2; while (z) {}", "x = function () {} / 2; while (@&&(z)) {}"},
+    {"function f() {} /while (b)/.test(c)", "function f() {} /while (b)/.test(c)"},
     {"o.while(1); o.for(2); o.function(3); p = { while: 1, for: 2 };",
      "o.while(1); o.for(2); o.function(3); p = { while: 1, for: 2 };"},
 };

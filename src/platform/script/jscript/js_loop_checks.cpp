@@ -37,6 +37,7 @@ struct Bracket {
   int semicolons = 0;
   bool empty = true;    // nothing but blanks and comments so far (kWhile)
   bool counts = false;  // a loop in this body uses the counter (kBody)
+  bool object = false;  // an object literal's or function expression's brace: ends an operand
 };
 
 struct Insertion {
@@ -70,9 +71,11 @@ class Rewriter {
   }
 
  private:
-  // A significant token other than a bracket was seen.
-  void Token(bool regexMayFollow) {
+  // A significant token other than a bracket was seen. `objectMayFollow`:
+  // a brace after it opens an object literal rather than a block.
+  void Token(bool regexMayFollow, bool objectMayFollow = false) {
     regexMayFollow_ = regexMayFollow;
+    objectMayFollow_ = objectMayFollow;
     if (!brackets_.empty()) brackets_.back().empty = false;
   }
 
@@ -156,10 +159,14 @@ class Rewriter {
     if (name && word == "while") next = Pending::kWhile;
     if (name && word == "for") next = Pending::kFor;
     if (name && (word == "if" || word == "with")) next = Pending::kStatement;
-    if (name && word == "function") next = Pending::kFunction;
+    if (name && word == "function") {
+      next = Pending::kFunction;
+      functionExpression_ = objectMayFollow_;
+    }
     if (name && pending_ == Pending::kFunction) next = Pending::kFunction;  // its name
     Expect(next);
-    Token(name && KeywordBeforeExpression(word));
+    bool expression = name && KeywordBeforeExpression(word);
+    Token(expression, expression && word != "do" && word != "else");
   }
 
   // What a bracket that follows a keyword belongs to.
@@ -182,7 +189,10 @@ class Rewriter {
     if (!brackets_.empty()) brackets_.back().empty = false;
     Expect(Pending::kNone);
     brackets_.push_back(Bracket{c, kind, pos_});
+    brackets_.back().object =
+        c == '{' && (kind == Bracket::kBody ? functionExpression_ : objectMayFollow_);
     regexMayFollow_ = true;
+    objectMayFollow_ = c != '{';
     ++pos_;
   }
 
@@ -206,8 +216,9 @@ class Rewriter {
       // before a "use strict" that must open the body.
       insertions_.push_back({pos_, declaration_});
     }
-    Token(c == '}' || bracket.kind == Bracket::kStatement || bracket.kind == Bracket::kWhile ||
-          bracket.kind == Bracket::kFor);
+    Token(c == '}' ? !bracket.object
+                   : bracket.kind == Bracket::kStatement || bracket.kind == Bracket::kWhile ||
+                         bracket.kind == Bracket::kFor);
     ++pos_;
     if (bracket.kind == Bracket::kParameters) pending_ = Pending::kBody;
   }
@@ -261,12 +272,18 @@ class Rewriter {
       if (head.semicolons == 2) head.secondSemicolon = pos_;
     }
     if ((c == '+' || c == '-') && next == c) {
-      // ++ and -- end an operand as far as a following slash is concerned.
-      Token(false);
+      // ++ and -- end an operand as far as a following slash is concerned;
+      // as a prefix (where an operand was due) an operand follows them.
+      Token(false, regexMayFollow_);
       pos_ += 2;
       return;
     }
-    Token(true);
+    // After a semicolon or a colon a brace is a block (a statement, a case,
+    // a label), except inside parentheses (a for head, a conditional) and
+    // for a property's value.
+    bool inObject = !brackets_.empty() && brackets_.back().object;
+    bool inParens = !brackets_.empty() && brackets_.back().open != '{';
+    Token(true, (c != ';' && c != ':') || inParens || (c == ':' && inObject));
     afterDot_ = c == '.';
     ++pos_;
   }
@@ -276,6 +293,8 @@ class Rewriter {
   std::string declaration_;
   std::size_t pos_ = 0;
   bool regexMayFollow_ = true;
+  bool objectMayFollow_ = false;
+  bool functionExpression_ = false;  // the function being declared is an operand
   bool afterDot_ = false;
   Pending pending_ = Pending::kNone;
   std::vector<Bracket> brackets_;
