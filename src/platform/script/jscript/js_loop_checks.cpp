@@ -274,7 +274,7 @@ class Rewriter {
     if ((c == '+' || c == '-') && next == c) {
       // ++ and -- end an operand as far as a following slash is concerned;
       // as a prefix (where an operand was due) an operand follows them.
-      Token(false, regexMayFollow_);
+      Token(false, regexMayFollow_ || objectMayFollow_);
       pos_ += 2;
       return;
     }
