@@ -40,6 +40,9 @@ const Rewrite kRewrites[] = {
     {"if (a) {} /while (b)/.test(c)", "if (a) {} /while (b)/.test(c)"},
     {"x = function () {} / 2; while (z) {}", "x = function () {} / 2; while (@&&(z)) {}"},
     {"function f() {} /while (b)/.test(c)", "function f() {} /while (b)/.test(c)"},
+    // After a line break -- is a prefix, so the brace after it is an object.
+    {"function g() { for (;;) d\n--{} / -/ / / {\n} }",
+     "function g() { for (;@;) d\n--{} / -/ / / {\n} ;var n;}"},
     {"o.while(1); o.for(2); o.function(3); p = { while: 1, for: 2 };",
      "o.while(1); o.for(2); o.function(3); p = { while: 1, for: 2 };"},
 };

@@ -76,6 +76,7 @@ class Rewriter {
   void Token(bool regexMayFollow, bool objectMayFollow = false) {
     regexMayFollow_ = regexMayFollow;
     objectMayFollow_ = objectMayFollow;
+    lineBreak_ = false;
     if (!brackets_.empty()) brackets_.back().empty = false;
   }
 
@@ -83,12 +84,16 @@ class Rewriter {
     char c = code_[pos_];
     char next = pos_ + 1 < code_.size() ? code_[pos_ + 1] : '\0';
     if (c == ' ' || c == '\t' || IsLineEnd(c) || c == '\f' || c == '\v') {
+      lineBreak_ = lineBreak_ || IsLineEnd(c);
       ++pos_;
     } else if (c == '/' && next == '/') {
       while (pos_ < code_.size() && !IsLineEnd(code_[pos_])) ++pos_;
     } else if (c == '/' && next == '*') {
       std::size_t end = code_.find("*/", pos_ + 2);
-      pos_ = end == std::string_view::npos ? code_.size() : end + 2;
+      end = end == std::string_view::npos ? code_.size() : end + 2;
+      std::string_view comment = code_.substr(pos_, end - pos_);
+      lineBreak_ = lineBreak_ || comment.find_first_of("\r\n") != std::string_view::npos;
+      pos_ = end;
     } else if (c == '"' || c == '\'') {
       SkipString(c);
       Expect(Pending::kNone);
@@ -273,8 +278,9 @@ class Rewriter {
     }
     if ((c == '+' || c == '-') && next == c) {
       // ++ and -- end an operand as far as a following slash is concerned;
-      // as a prefix (where an operand was due) an operand follows them.
-      Token(false, regexMayFollow_ || objectMayFollow_);
+      // as a prefix (where an operand was due, or at the start of a line,
+      // where a postfix one cannot stand) an operand follows them.
+      Token(false, regexMayFollow_ || objectMayFollow_ || lineBreak_);
       pos_ += 2;
       return;
     }
@@ -295,6 +301,7 @@ class Rewriter {
   bool regexMayFollow_ = true;
   bool objectMayFollow_ = false;
   bool functionExpression_ = false;  // the function being declared is an operand
+  bool lineBreak_ = false;           // a line ended since the last token
   bool afterDot_ = false;
   Pending pending_ = Pending::kNone;
   std::vector<Bracket> brackets_;
