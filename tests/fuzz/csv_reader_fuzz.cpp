@@ -22,8 +22,8 @@ namespace {
 
 std::filesystem::path Scratch(const char* name) {
   static const std::filesystem::path folder = [] {
-    auto path = std::filesystem::temp_directory_path() /
-                ("ketrova-csv-fuzz-" + std::to_string(getpid()));
+    auto path =
+        std::filesystem::temp_directory_path() / ("ketrova-csv-fuzz-" + std::to_string(getpid()));
     std::filesystem::create_directories(path);
     return path;
   }();
