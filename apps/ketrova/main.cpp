@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "commands.h"
+#include "component_version.h"
 
 namespace ketrova::cli {
 
@@ -55,7 +56,7 @@ int main(int argc, char** argv) {
     return 0;
   }
   if (first == "--version") {
-    std::cout << "Ketrova " << KETROVA_VERSION << "\n";
+    std::cout << "Ketrova " << ketrova::ComponentVersion() << "\n";
     return 0;
   }
   for (const auto& command : ketrova::cli::Commands()) {
