@@ -16,6 +16,9 @@ packages=(
   postgresql mariadb-server mariadb-client
   # locales for the regional-settings tests
   locales
+  # the desktop: Qt 6 Widgets (its GIF, JPEG and offscreen plug-ins come with
+  # libqt6gui6) and a font for windows rendered offscreen
+  qt6-base-dev fonts-dejavu-core
 )
 
 missing=()
