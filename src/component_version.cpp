@@ -2,6 +2,8 @@
 
 namespace ketrova {
 
-std::string ComponentVersion() { return KETROVA_VERSION; }
+std::string ComponentVersion() {
+  return KETROVA_VERSION;
+}
 
 }  // namespace ketrova

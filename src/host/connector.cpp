@@ -1,5 +1,7 @@
 #include "host/connector.h"
 
+#include <utility>
+
 #include "component_version.h"
 #include "core/converter.h"
 #include "core/error_text.h"
@@ -23,6 +25,17 @@ std::string KeyOf(const std::string& name) {
   auto dot = name.find('.');
   return dot == std::string::npos ? name : name.substr(dot + 1);
 }
+
+// Keeps the action text of an event that another event interrupts.
+class ActionScope {
+ public:
+  explicit ActionScope(std::string& step) : step_(step), saved_(std::exchange(step, {})) {}
+  ~ActionScope() { step_ = std::move(saved_); }
+
+ private:
+  std::string& step_;
+  std::string saved_;
+};
 
 constexpr const char* kHints =
     "Es sind Hinweise vorhanden, beachten Sie bitte das Ereignisprotokoll. ";
@@ -90,13 +103,22 @@ void Connector::ApplicationEnd() {
   }
   m_Converter.reset();
   m_Registry.reset();
+  // The host's objects are not to be touched after the end.
+  gApplication = nullptr;
+  gNavigatorItems = nullptr;
 }
 
-std::string Connector::PlugInName() { return kPlugInName; }
+std::string Connector::PlugInName() {
+  return kPlugInName;
+}
 
-std::string Connector::PlugInVersion() { return ComponentVersion(); }
+std::string Connector::PlugInVersion() {
+  return ComponentVersion();
+}
 
-HostApplication* Connector::Application() { return gApplication; }
+HostApplication* Connector::Application() {
+  return gApplication;
+}
 
 template <typename F>
 void Connector::Step(F&& statement) {
@@ -115,6 +137,12 @@ void Connector::Step(F&& statement) {
   }
 }
 
+CConverter& Connector::Project() const {
+  // Events reach a connector only between its start and its end.
+  if (!m_Converter || gApplication == nullptr) throw VbError(91);
+  return *m_Converter;
+}
+
 void Connector::SetAction(const std::string& word, const std::string& key) {
   szStep = word + " [" + key + "]";
 }
@@ -122,7 +150,9 @@ void Connector::SetAction(const std::string& word, const std::string& key) {
 void Connector::ClickEvent(std::int32_t EventCode, std::int32_t WindowType, std::string& Button,
                            std::string& strSnapInName, Variant& vUserData, bool& bCancel) {
   if (!IsLoadEvent(strSnapInName, kPlugInName)) return;
-  szStep.clear();
+  // An event may arrive while another one waits in a dialog: each has its own
+  // action text.
+  ActionScope scope(szStep);
   Step([] { ui::ShowHourglass(true); });
   // The host hands the key in upper case; it is compared as it comes.
   const std::string sKey = KeyOf(Button);
@@ -131,8 +161,9 @@ void Connector::ClickEvent(std::int32_t EventCode, std::int32_t WindowType, std:
   if (EventCode == kEventCodeNavigator && WindowType == kWindowTypeMain) {
     if (sKey == "VERSION") {
       // The version shown here is fixed text, whatever the component's version.
-      Step([] { ui::Current().MsgBox("Die Version dieses PlugIn (Ketrovator) ist: 1.0", 0,
-                                     kPlugInName); });
+      Step([] {
+        ui::Current().MsgBox("Die Version dieses PlugIn (Ketrovator) ist: 1.0", 0, kPlugInName);
+      });
     } else {
       SetAction("Load Navigator", sKey);
       Step([&] { LoadNavigator(vUserData); });
@@ -148,7 +179,7 @@ void Connector::ProjectCommand(const std::string& sKey) {
     Step([] { ui::ShowHourglass(false); });
     SetAction("KOR Reload", sKey);
     bool created = false;
-    Step([&] { created = m_Converter->EditNew(); });
+    Step([&] { created = Project().EditNew(); });
     if (!created) return;
     Step([] { gApplication->Reload(); });
     EnableProjectButtons();
@@ -158,7 +189,7 @@ void Connector::ProjectCommand(const std::string& sKey) {
   } else if (sKey == "PROJECTEDIT") {
     Step([] { ui::ShowHourglass(false); });
     SetAction("Edit Project", sKey);
-    Step([&] { m_Converter->EditProjekt(); });
+    Step([&] { Project().EditProjekt(); });
     UpdateInformation();
     SetAction("Open Jobs", sKey);
     OpenJobs();
@@ -169,13 +200,13 @@ void Connector::ProjectCommand(const std::string& sKey) {
     Step([&] {
       path = gApplication->ShowFileOpen("Projektdatei öffnen", "*.CPF", "*.CPF",
                                         "Dies ist keine gültige Projektdatei",
-                                        m_Converter->ProjectDirectory());
+                                        Project().ProjectDirectory());
     });
     if (path.empty()) return;
     Step([] { gApplication->Reload(); });
     SetAction("Load Project", sKey);
     std::string result;
-    Step([&] { result = m_Converter->LoadProject(path); });
+    Step([&] { result = Project().LoadProject(path); });
     if (result.empty()) {
       EnableProjectButtons();
       UpdateInformation();
@@ -183,17 +214,17 @@ void Connector::ProjectCommand(const std::string& sKey) {
       OpenJobs();
       Step([] { ui::Current().DoEvents(); });
     } else {
-      Step([&] { ui::Current().MsgBox(result, ui::vbCritical, m_Converter->ProductName()); });
+      Step([&] { ui::Current().MsgBox(result, ui::vbCritical, Project().ProductName()); });
     }
     ReportHints();
   } else if (sKey == "PROJECTSAVE") {
     Step([] { ui::ShowHourglass(false); });
     SetAction("Save Project", sKey);
-    Step([&] { m_Converter->SaveProject(""); });
+    Step([&] { Project().SaveProject(""); });
   } else if (sKey == "PROJECTRUN") {
     Step([] { ui::ShowHourglass(false); });
     SetAction("Run Project", sKey);
-    Step([&] { m_Converter->Execute(); });
+    Step([&] { Project().Execute(); });
   } else if (sKey == "CMDSELECTALL" || sKey == "CMDDESELECTALL" || sKey == "ZSBUTTONEDIT" ||
              sKey == "ZSBUTTONDELETE" || sKey == "ZSBUTTONNEW") {
     // Buttons of the jobs document: each may change the job counts.
@@ -213,10 +244,11 @@ void Connector::WindowEvent(std::int32_t EventCode, std::int32_t WindowType,
                             std::int32_t& /*lReturnMessage*/, std::string& strSnapInName,
                             bool& bCancel) {
   if (!IsLoadEvent(strSnapInName, kPlugInName)) return;
-  szStep.clear();
+  ActionScope scope(szStep);
   Step([] { ui::ShowHourglass(true); });
   std::string sKey;
-  if (KORActiveForm != nullptr) Step([&] { sKey = UpperCase(KeyOf(KORActiveForm->DocumentName())); });
+  if (KORActiveForm != nullptr)
+    Step([&] { sKey = UpperCase(KeyOf(KORActiveForm->DocumentName())); });
 
   if (EventCode == 1 && WindowType == kWindowTypeMain) {
     Step([] { ui::Current().DoEvents(); });
@@ -234,13 +266,13 @@ void Connector::OpenPseudoDocument(const std::string& sKey, bool& bCancel) {
   // These two have no document behind them: they open a dialog instead.
   bCancel = true;
   bool hasProject = false;
-  Step([&] { hasProject = m_Converter->HasProject(); });
+  Step([&] { hasProject = Project().HasProject(); });
   if (!hasProject) return;
   Step([] { ui::ShowHourglass(false); });
   SetAction(source ? "Edit Datasource" : "Edit DataDestination", sKey);
   bool selected = false;
   Step([&] {
-    selected = source ? m_Converter->SelectDatabaseSource() : m_Converter->SelectDatabaseDest();
+    selected = source ? Project().SelectDatabaseSource() : Project().SelectDatabaseDest();
   });
   if (!selected) return;
   SetAction("KOR Reload", sKey);
@@ -266,17 +298,17 @@ void Connector::OpenJobs() {
 
 void Connector::UpdateInformation() {
   Step([&] {
-    CJobs& jobs = m_Converter->Jobs();
-    gApplication->MainForm().SetExtendedInfo(
-        "Projekt : " + m_Converter->ProjectName + " (" + std::to_string(jobs.JobsEnabled()) +
-        " / " + std::to_string(jobs.Count()) + " Aufgaben )");
+    CJobs& jobs = Project().Jobs();
+    gApplication->MainForm().SetExtendedInfo("Projekt : " + Project().ProjectName + " (" +
+                                             std::to_string(jobs.JobsEnabled()) + " / " +
+                                             std::to_string(jobs.Count()) + " Aufgaben )");
   });
 }
 
 void Connector::ReportHints() {
   Step([&] {
-    if (m_Converter->Logs().Count() >= 1)
-      ui::Current().MsgBox(kHints, ui::vbInformation, m_Converter->ProductName());
+    if (Project().Logs().Count() >= 1)
+      ui::Current().MsgBox(kHints, ui::vbInformation, Project().ProductName());
   });
 }
 

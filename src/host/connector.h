@@ -55,6 +55,8 @@ class Connector : public IPlugin, public EventSink {
   // of the current action, and the event goes on.
   template <typename F>
   void Step(F&& statement);
+  // The project; raises 91 outside the time between start and end.
+  CConverter& Project() const;
   void SetAction(const std::string& word, const std::string& key);
   void ProjectCommand(const std::string& sKey);
   void OpenPseudoDocument(const std::string& sKey, bool& bCancel);

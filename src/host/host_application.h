@@ -216,9 +216,9 @@ class HostApplication {
   // tip, an index of ToolbarImages (-1 none), an unused value, 0, the caption,
   // 0, True. Answers the button's index.
   virtual std::int32_t AddButton(const std::string& plugInName, const std::string& toolbarName,
-                                 const std::vector<std::string>& parameters,
-                                 const std::string& key, const std::string& toolTip,
-                                 std::int32_t imageIndex, const Variant& unused, std::int32_t zero1,
+                                 const std::vector<std::string>& parameters, const std::string& key,
+                                 const std::string& toolTip, std::int32_t imageIndex,
+                                 const Variant& unused, std::int32_t zero1,
                                  const std::string& caption, std::int32_t zero2, bool flag) = 0;
   // The same on the system toolbar.
   virtual std::int32_t AddSystemButton(const std::string& plugInName,

@@ -68,13 +68,15 @@ HostApplication& App() {
   return *gApplication;
 }
 
-std::int32_t ColourNumber(const Variant& value) { return value.ToLong(); }
+std::int32_t ColourNumber(const Variant& value) {
+  return value.ToLong();
+}
 
 // The parameter list every button gets: fifteen names with empty values.
 std::vector<std::string> ButtonParameters() {
-  return {"Value=",        "TreeKey=",    "IconName=",   "ParentID=",  "ChildID=",
-          "ChildLevel=",   "Tooltip=",    "TargetFrame=", "DocumentName=", "DocumentParams=",
-          "ModuleName=",   "GroupName=",  "GroupID=",    "IsGroup=",   "KeyName="};
+  return {"Value=",      "TreeKey=",   "IconName=",    "ParentID=",     "ChildID=",
+          "ChildLevel=", "Tooltip=",   "TargetFrame=", "DocumentName=", "DocumentParams=",
+          "ModuleName=", "GroupName=", "GroupID=",     "IsGroup=",      "KeyName="};
 }
 
 }  // namespace

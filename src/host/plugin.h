@@ -48,9 +48,9 @@ class IPlugin {
 };
 
 // Event codes and window types the host raises.
-inline constexpr std::int32_t kEventCodeNavigator = 1;    // click 1/1: the navigator
-inline constexpr std::int32_t kEventCodeToolbar = 2;      // click 2: a toolbar button
-inline constexpr std::int32_t kEventCodeWindow = 3;       // window 3/1 toolbars, 3/2 a document
+inline constexpr std::int32_t kEventCodeNavigator = 1;  // click 1/1: the navigator
+inline constexpr std::int32_t kEventCodeToolbar = 2;    // click 2: a toolbar button
+inline constexpr std::int32_t kEventCodeWindow = 3;     // window 3/1 toolbars, 3/2 a document
 inline constexpr std::int32_t kWindowTypeMain = 1;
 inline constexpr std::int32_t kWindowTypeDocument = 2;
 

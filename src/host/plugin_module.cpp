@@ -19,9 +19,13 @@ std::string FormPictures::Picture(const char* name) const {
   return loaded_ && FileExists(path) ? path : std::string();
 }
 
-std::string FormPictures::picRes() const { return Picture("Background_ToolBar.jpg"); }
+std::string FormPictures::picRes() const {
+  return Picture("Background_ToolBar.jpg");
+}
 
-std::string FormPictures::ImageApplication() const { return Picture("btn_Property.gif"); }
+std::string FormPictures::ImageApplication() const {
+  return Picture("btn_Property.gif");
+}
 
 bool IsLoadEvent(std::string_view snapInName, std::string_view plugInName) {
   return IsEqual(snapInName, "OnLoad") || IsEqual(snapInName, plugInName);

@@ -1,0 +1,196 @@
+// What the plug-in does on the host's events: opening a project through the
+// toolbar, failures, the version box, events of other plug-ins, and the two
+// pseudo documents without a project.
+#include <QApplication>
+#include <QFile>
+#include <QListWidget>
+#include <QMessageBox>
+#include <QTimer>
+
+#include "core/converter.h"
+#include "core/logs.h"
+#include "kor_fixture.h"
+#include "main_window.h"
+#include "navigator_widget.h"
+#include "tool_bar.h"
+
+namespace kor::testing {
+namespace {
+
+const char* kDemoInfo = "Projekt : Demo: Kunden und Aufträge (2 / 2 Aufgaben )";
+const char* kHints = "Es sind Hinweise vorhanden, beachten Sie bitte das Ereignisprotokoll. ";
+
+// Notes which documents were open whenever a message box with `text` showed.
+class BoxWatch {
+ public:
+  BoxWatch(KorApplication& host, QString text) : host_(host), text_(std::move(text)) {
+    QObject::connect(&timer_, &QTimer::timeout, [this] {
+      auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      if (box && box->text() == text_ && documents_.empty())
+        documents_ = host_.Window().DocumentNames();
+    });
+    timer_.start(5);
+  }
+  const std::vector<std::string>& Documents() const { return documents_; }
+
+ private:
+  KorApplication& host_;
+  QString text_;
+  QTimer timer_;
+  std::vector<std::string> documents_;
+};
+
+TEST_F(KorTest, OpenThroughTheToolbar) {
+  KorApplication& host = StartHost();
+  answerer_.ChooseFile((Demo() + "/demo.cpf").toStdString());
+  Press("ProjectOpen");
+  EXPECT_EQ(answerer_.Pending(), 0);
+  for (const char* key : {"ProjectEdit", "ProjectSave", "ProjectRun"}) EXPECT_TRUE(Enabled(key));
+  EXPECT_EQ(Info(), kDemoInfo);
+  EXPECT_EQ(host.Window().DocumentNames(), (std::vector<std::string>{"KetrovatorCTL.frmJobs"}));
+  // Reload showed the navigator afresh.
+  EXPECT_EQ(host.Records().size(), 16u);
+  EXPECT_EQ(host.Object("Converter")->Logs().Count(), 0) << MessageTexts();
+  EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+  ASSERT_EQ(answerer_.Seen().size(), 1u);
+  EXPECT_EQ(answerer_.Seen()[0].title, "Projektdatei öffnen");
+  EXPECT_EQ(answerer_.Seen()[0].directory, AppFolder() + "Projects");
+}
+
+TEST_F(KorTest, ProjectOnTheCommandLineOpensAsThroughTheToolbar) {
+  KorApplication& host = StartHost(Demo() + "/demo.cpf");
+  EXPECT_EQ(Info(), kDemoInfo);
+  EXPECT_TRUE(Enabled("ProjectRun"));
+  EXPECT_EQ(host.Window().DocumentNames(), (std::vector<std::string>{"KetrovatorCTL.frmJobs"}));
+  EXPECT_TRUE(answerer_.Seen().empty());
+}
+
+TEST_F(KorTest, CancelledOpenLeavesEverythingAsItWas) {
+  KorApplication& host = StartHost();
+  answerer_.Cancel();
+  Press("ProjectOpen");
+  EXPECT_FALSE(Enabled("ProjectRun"));
+  EXPECT_TRUE(host.Window().DocumentNames().empty());
+  EXPECT_EQ(host.Records().size(), 8u);  // no Reload
+  EXPECT_EQ(Info(), "");
+  EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+}
+
+TEST_F(KorTest, FailedLoadKeepsTheButtonsAndShowsTheCriticalBox) {
+  QFile broken(Demo() + "/kaputt.CPF");
+  ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
+  broken.write("<?xml version=\"1.0\"?><Project><PROJECTNAME>x</Project>");
+  broken.close();
+  KorApplication& host = StartHost();
+  answerer_.ChooseFile((Demo() + "/kaputt.CPF").toStdString());
+  answerer_.PressButton("vbOK");
+  Press("ProjectOpen");
+  ASSERT_EQ(answerer_.Seen().size(), 2u) << MessageTexts();
+  const auto& box = answerer_.Seen()[1];
+  EXPECT_EQ(box.icon, 16);
+  EXPECT_EQ(box.title, "Ketrova");
+  EXPECT_EQ(box.text.rfind("Das Dokument konnte nicht gelesen werden. \r\nFehlertext : ", 0), 0u)
+      << box.text;
+  EXPECT_NE(box.text.find("Dateiname  : kaputt.CPF"), std::string::npos) << box.text;
+  // Reload ran before the load; the buttons keep their state.
+  EXPECT_EQ(host.Records().size(), 16u);
+  EXPECT_FALSE(Enabled("ProjectRun"));
+  EXPECT_TRUE(host.Window().DocumentNames().empty());
+
+  // After a good load, a failing one does not disable the buttons again.
+  answerer_.ChooseFile((Demo() + "/demo.cpf").toStdString());
+  Press("ProjectOpen");
+  EXPECT_TRUE(Enabled("ProjectRun"));
+  answerer_.ChooseFile((Demo() + "/kaputt.CPF").toStdString());
+  answerer_.PressButton("vbOK");
+  Press("ProjectOpen");
+  EXPECT_TRUE(Enabled("ProjectRun"));
+  EXPECT_EQ(answerer_.Pending(), 0);
+}
+
+TEST_F(KorTest, LoadWithLogEntriesShowsTheHintsAfterTheJobsDocument) {
+  // Without its data folder, the demo's source cannot open: the load goes on
+  // and notes that in the event log.
+  QDir(Demo() + "/daten").removeRecursively();
+  KorApplication& host = StartHost();
+  BoxWatch watch(host, kHints);
+  answerer_.ChooseFile((Demo() + "/demo.cpf").toStdString());
+  answerer_.PressButton("vbOK");
+  Press("ProjectOpen");
+  ASSERT_EQ(answerer_.Seen().size(), 2u);
+  EXPECT_EQ(answerer_.Seen()[1].text, kHints);
+  EXPECT_EQ(answerer_.Seen()[1].icon, 64);
+  EXPECT_EQ(answerer_.Seen()[1].title, "Ketrova");
+  EXPECT_EQ(watch.Documents(), (std::vector<std::string>{"KetrovatorCTL.frmJobs"}));
+  EXPECT_GE(host.Object("Converter")->Logs().Count(), 1);
+  EXPECT_TRUE(Enabled("ProjectRun"));
+}
+
+TEST_F(KorTest, VersionFromTheHelpMenuShowsOnePointZero) {
+  KorApplication& host = StartHost();
+  answerer_.PressButton("vbOK");
+  host.Window().findChild<QAction*>("mnuVersionKetrovator")->trigger();
+  ASSERT_EQ(answerer_.Seen().size(), 1u);
+  EXPECT_EQ(answerer_.Seen()[0].text, "Die Version dieses PlugIn (Ketrovator) ist: 1.0");
+  EXPECT_EQ(answerer_.Seen()[0].icon, 0);
+  // The plug-in's own version is the component's.
+  (void)host;
+}
+
+TEST_F(KorTest, EventsOfAnotherPlugInChangeNothing) {
+  KorApplication& host = StartHost();
+  std::size_t messages = host.Window().Messages().Messages().size();
+  for (const char* key : {"PROJECTOPEN", "PROJECTNEW", "VERSION"}) {
+    host.RaiseClick(2, 1, std::string("Fremd.") + key, "Fremd");
+    host.RaiseClick(1, 1, std::string("Fremd.") + key, "Fremd");
+  }
+  bool cancel = host.RaiseWindow(3, 2, nullptr, "Fremd");
+  EXPECT_FALSE(cancel);
+  EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+  EXPECT_EQ(host.Window().Messages().Messages().size(), messages);
+  EXPECT_TRUE(answerer_.Seen().empty());
+  EXPECT_EQ(host.Records().size(), 8u);
+
+  // "OnLoad" is addressed to every plug-in, in any case and with blanks.
+  answerer_.PressButton("vbOK");
+  host.RaiseClick(1, 1, "Fremd.VERSION", "  onload ");
+  ASSERT_EQ(answerer_.Seen().size(), 1u);
+  EXPECT_EQ(answerer_.Seen()[0].text, "Die Version dieses PlugIn (Ketrovator) ist: 1.0");
+  host.RaiseClick(1, 1, "KETROVATOR", " ketrovator");  // no ".": the whole text is the key
+  EXPECT_EQ(host.Records().size(), 16u);
+}
+
+TEST_F(KorTest, SourceAndTargetWithoutAProjectOpenNothing) {
+  KorApplication& host = StartHost();
+  const std::string question =
+      "Für diese Operation müssen Sie zuerst ein Projekt Neu anlegen, \r\noder ein bestehendes "
+      "öffnen. \r\n\r\nMöchten Sie jetzt ein neues Projekt anlegen ?";
+  answerer_.PressButton("vbNo");
+  // A click on the navigator entry, as the user makes it.
+  QListWidgetItem* source =
+      host.Window().Navigator().FindEntry("Ketrovator.frmProjectSource")->Item();
+  emit source->listWidget()->itemClicked(source);
+  // Yes runs the new-project wizard, which has no window yet and cancels;
+  // the answer stays no project either way.
+  answerer_.PressButton("vbYes");
+  host.OpenDocument("Ketrovator.frmProjectDestination");
+  ASSERT_EQ(answerer_.Seen().size(), 2u);
+  for (const auto& box : answerer_.Seen()) {
+    EXPECT_EQ(box.text, question);
+    EXPECT_EQ(box.icon, 48);
+  }
+  EXPECT_TRUE(host.Window().DocumentNames().empty());
+  EXPECT_FALSE(Enabled("ProjectRun"));
+  EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+
+  // Ordinary documents open as pages with their title until their component
+  // exists; the first-steps entry shows its page.
+  host.OpenDocument("KetrovatorCTL.frmLogs");
+  host.OpenDocument("KetrovatorCTL.frmFirstSteps");
+  EXPECT_EQ(host.Window().DocumentNames(),
+            (std::vector<std::string>{"KetrovatorCTL.frmLogs", "KetrovatorCTL.frmFirstSteps"}));
+  EXPECT_EQ(host.Window().Documents().tabText(0), "Ereignisprotokoll");
+}
+
+}  // namespace
+}  // namespace kor::testing
