@@ -16,6 +16,9 @@ ToolBar::ToolBar(const QString& objectName, const QString& title, QWidget* paren
 std::int32_t ToolBar::AddButton(const std::string& plugInName, const std::string& key,
                                 const std::string& caption, const std::string& toolTip,
                                 const QIcon& icon) {
+  if (FindButton(key, plugInName) != 0)
+    throw ketrova::VbError(ketrova::host::kErrKeyNotUnique,
+                           "Schlüssel ist in dieser Auflistung nicht eindeutig");
   QAction* action = addAction(icon, QString::fromStdString(caption));
   action->setObjectName(QString::fromStdString(key));
   action->setToolTip(QString::fromStdString(toolTip));

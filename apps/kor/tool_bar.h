@@ -17,7 +17,8 @@ class ToolBar : public QToolBar, public ketrova::host::Toolbar {
  public:
   ToolBar(const QString& objectName, const QString& title, QWidget* parent);
 
-  // Adds a button; answers its index.
+  // Adds a button; answers its index. Raises 35602 when the plug-in has a
+  // button with that key already.
   std::int32_t AddButton(const std::string& plugInName, const std::string& key,
                          const std::string& caption, const std::string& toolTip, const QIcon& icon);
   // The index of a button, 0 when there is none.

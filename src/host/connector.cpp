@@ -37,6 +37,12 @@ class ActionScope {
   std::string saved_;
 };
 
+// The host of the started plug-in; raises 91 before the start.
+HostApplication& App() {
+  if (gApplication == nullptr) throw VbError(91);
+  return *gApplication;
+}
+
 constexpr const char* kHints =
     "Es sind Hinweise vorhanden, beachten Sie bitte das Ereignisprotokoll. ";
 
@@ -156,7 +162,7 @@ void Connector::ClickEvent(std::int32_t EventCode, std::int32_t WindowType, std:
   Step([] { ui::ShowHourglass(true); });
   // The host hands the key in upper case; it is compared as it comes.
   const std::string sKey = KeyOf(Button);
-  Step([&] { gApplication->Shell().DebugMessage("Retrieving Key " + sKey, kPlugInName); });
+  Step([&] { App().Shell().DebugMessage("Retrieving Key " + sKey, kPlugInName); });
 
   if (EventCode == kEventCodeNavigator && WindowType == kWindowTypeMain) {
     if (sKey == "VERSION") {
@@ -181,7 +187,7 @@ void Connector::ProjectCommand(const std::string& sKey) {
     bool created = false;
     Step([&] { created = Project().EditNew(); });
     if (!created) return;
-    Step([] { gApplication->Reload(); });
+    Step([] { App().Reload(); });
     EnableProjectButtons();
     SetAction("Open Jobs", sKey);
     OpenJobs();
@@ -198,12 +204,12 @@ void Connector::ProjectCommand(const std::string& sKey) {
     SetAction("KOR Reload", sKey);
     std::string path;
     Step([&] {
-      path = gApplication->ShowFileOpen("Projektdatei öffnen", "*.CPF", "*.CPF",
-                                        "Dies ist keine gültige Projektdatei",
-                                        Project().ProjectDirectory());
+      path =
+          App().ShowFileOpen("Projektdatei öffnen", "*.CPF", "*.CPF",
+                             "Dies ist keine gültige Projektdatei", Project().ProjectDirectory());
     });
     if (path.empty()) return;
-    Step([] { gApplication->Reload(); });
+    Step([] { App().Reload(); });
     SetAction("Load Project", sKey);
     std::string result;
     Step([&] { result = Project().LoadProject(path); });
@@ -276,7 +282,7 @@ void Connector::OpenPseudoDocument(const std::string& sKey, bool& bCancel) {
   });
   if (!selected) return;
   SetAction("KOR Reload", sKey);
-  Step([] { gApplication->Reload(); });
+  Step([] { App().Reload(); });
   SetAction("Open Jobs", sKey);
   OpenJobs();
   Step([] { ui::Current().DoEvents(); });
@@ -286,22 +292,21 @@ void Connector::OpenPseudoDocument(const std::string& sKey, bool& bCancel) {
 void Connector::EnableProjectButtons() {
   for (const char* key : {"ProjectSave", "ProjectEdit", "ProjectRun"}) {
     Step([&] {
-      gApplication->Toolbar().SetButtonEnabled(
-          gApplication->GetToolbarButtonIndex(key, kPlugInName), true);
+      App().Toolbar().SetButtonEnabled(App().GetToolbarButtonIndex(key, kPlugInName), true);
     });
   }
 }
 
 void Connector::OpenJobs() {
-  Step([] { gApplication->MainForm().ItemClick("KetrovatorCTL.frmJobs"); });
+  Step([] { App().MainForm().ItemClick("KetrovatorCTL.frmJobs"); });
 }
 
 void Connector::UpdateInformation() {
   Step([&] {
     CJobs& jobs = Project().Jobs();
-    gApplication->MainForm().SetExtendedInfo("Projekt : " + Project().ProjectName + " (" +
-                                             std::to_string(jobs.JobsEnabled()) + " / " +
-                                             std::to_string(jobs.Count()) + " Aufgaben )");
+    App().MainForm().SetExtendedInfo("Projekt : " + Project().ProjectName + " (" +
+                                     std::to_string(jobs.JobsEnabled()) + " / " +
+                                     std::to_string(jobs.Count()) + " Aufgaben )");
   });
 }
 
