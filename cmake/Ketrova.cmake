@@ -10,17 +10,25 @@ function(ketrova_library name)
   set_property(GLOBAL APPEND PROPERTY KETROVA_LIBRARIES ${name})
 endfunction()
 
-# ketrova_test(NAME LABEL label SOURCES... [DEPS target...])
+# ketrova_test(NAME LABEL label [QT] SOURCES... [DEPS target...])
 # A GoogleTest executable whose cases are registered with CTest under one label:
-# unit (no server), server (PostgreSQL, MariaDB) or gui (Qt offscreen).
+# unit (no server), server (PostgreSQL, MariaDB) or gui (Qt offscreen). With QT,
+# the test's main makes a QApplication and the test links the Qt test support
+# (tests/qt_support: ModalAnswerer); its cases run with QT_QPA_PLATFORM=offscreen.
 function(ketrova_test name)
-  cmake_parse_arguments(ARG "" "LABEL" "SOURCES;DEPS" ${ARGN})
+  cmake_parse_arguments(ARG "QT" "LABEL" "SOURCES;DEPS" ${ARGN})
   if(NOT ARG_LABEL)
     set(ARG_LABEL unit)
   endif()
   add_executable(${name} ${ARG_SOURCES})
-  target_link_libraries(${name} PRIVATE ${ARG_DEPS} GTest::gtest GTest::gtest_main)
+  if(ARG_QT)
+    target_link_libraries(${name} PRIVATE ${ARG_DEPS} ketrova_qt_test_support GTest::gtest)
+    set(environment ENVIRONMENT QT_QPA_PLATFORM=offscreen)
+  else()
+    target_link_libraries(${name} PRIVATE ${ARG_DEPS} GTest::gtest GTest::gtest_main)
+    set(environment)
+  endif()
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/tests)
   target_compile_definitions(${name} PRIVATE KETROVA_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
-  gtest_discover_tests(${name} PROPERTIES LABELS ${ARG_LABEL} DISCOVERY_TIMEOUT 60)
+  gtest_discover_tests(${name} PROPERTIES LABELS ${ARG_LABEL} ${environment} DISCOVERY_TIMEOUT 60)
 endfunction()
