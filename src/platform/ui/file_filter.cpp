@@ -31,7 +31,9 @@ std::vector<std::string> Patterns(std::string_view list) {
   return patterns;
 }
 
-char Fold(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
+char Fold(char c) {
+  return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+}
 
 // Wildcard match of `name` against `pattern` without regard to ASCII case.
 bool Matches(std::string_view name, std::string_view pattern) {

@@ -11,6 +11,7 @@
 #include "core/logs.h"
 #include "kor_fixture.h"
 #include "main_window.h"
+#include "message_pane.h"
 #include "navigator_widget.h"
 #include "tool_bar.h"
 
@@ -190,6 +191,26 @@ TEST_F(KorTest, SourceAndTargetWithoutAProjectOpenNothing) {
   EXPECT_EQ(host.Window().DocumentNames(),
             (std::vector<std::string>{"KetrovatorCTL.frmLogs", "KetrovatorCTL.frmFirstSteps"}));
   EXPECT_EQ(host.Window().Documents().tabText(0), "Ereignisprotokoll");
+}
+
+TEST_F(KorTest, AFailureInsideAnEventReachesTheMessagePane) {
+  KorApplication& host = StartHost();
+  // Asked for its toolbars a second time, the plug-in adds buttons whose keys
+  // the host has already: the host refuses, and the event reports it.
+  host.RaiseWindow(3, 1, nullptr, "Ketrovator");
+  const Message& last = host.Window().Messages().Messages().back();
+  EXPECT_TRUE(last.error);
+  EXPECT_EQ(last.plugInName, "Ketrovator");
+  EXPECT_EQ(
+      last.text,
+      "\r\nEin Fehler ist aufgetreten!\r\n\r\nFehler Nr.: 35602\r\nBeschreibung: Schlüssel ist "
+      "in dieser Auflistung nicht eindeutig\r\n\r\nQuelle: \r\n\r\n");
+  EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+  EXPECT_EQ(host.Window().MainToolbar().ButtonCount(), 5);
+  // The next event works as before.
+  answerer_.ChooseFile((Demo() + "/demo.cpf").toStdString());
+  Press("ProjectOpen");
+  EXPECT_EQ(Info(), kDemoInfo);
 }
 
 }  // namespace
