@@ -47,6 +47,7 @@ MainWindow::MainWindow(const ImageList& navigatorImages) {
   right->addWidget(messages_);
   right->setStretchFactor(0, 4);
   right->setStretchFactor(1, 1);
+  right->setSizes({500, 150});
   auto* split = new QSplitter(Qt::Horizontal, this);
   split->addWidget(navigator_);
   split->addWidget(right);
