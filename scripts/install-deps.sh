@@ -17,8 +17,9 @@ packages=(
   # locales for the regional-settings tests
   locales
   # the desktop: Qt 6 Widgets (its GIF, JPEG and offscreen plug-ins come with
-  # libqt6gui6) and a font for windows rendered offscreen
-  qt6-base-dev fonts-dejavu-core
+  # libqt6gui6), QScintilla for the script editors and a font for windows
+  # rendered offscreen
+  qt6-base-dev libqscintilla2-qt6-dev fonts-dejavu-core
 )
 
 missing=()
