@@ -2,7 +2,9 @@
 // screen services of this folder's parent.
 #include <QObject>
 
+#include "core/dialogs.h"
 #include "dialogs/plugin/plugin_factory.h"
+#include "dialogs/qt_converter_dialogs.h"
 #include "dialogs/qt_user_interface.h"
 #include "host/connector.h"
 #include "platform/ui/user_interface.h"
@@ -17,6 +19,7 @@ class KetrovatorPlugin : public QObject, public PluginFactory {
  public:
   std::unique_ptr<IPlugin> CreatePlugin() override {
     ui::SetCurrent(std::make_shared<dialogs::QtUserInterface>());
+    SetConverterDialogs(std::make_shared<dialogs::QtConverterDialogs>());
     return std::make_unique<Connector>();
   }
 };
