@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <QComboBox>
-#include <QFileDialog>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -15,7 +14,7 @@
 
 #include "core/converter.h"
 #include "dialogs/data_source_pages.h"
-#include "dialogs/file_filter.h"
+#include "dialogs/file_name_dialog.h"
 #include "dialogs/store_pictures.h"
 #include "platform/ui/ui_helpers.h"
 #include "platform/ui/user_interface.h"
@@ -61,32 +60,6 @@ FileChoice FileChoiceOf(int type) {
     default:
       return {"*.XML", "*.XML"};
   }
-}
-
-// A file to open or to create, in Qt's own dialog (object name "FileOpen"),
-// starting in `folder`; nullopt when cancelled. Unlike ui's chooser it takes
-// a name that does not exist yet, since a new Access or Excel file may be
-// named here.
-std::optional<std::string> ChooseOpenOrNewFile(QWidget* parent, const std::string& filter,
-                                               const std::string& folder) {
-  QFileDialog dialog(parent);
-  dialog.setObjectName(QStringLiteral("FileOpen"));
-  dialog.setOption(QFileDialog::DontUseNativeDialog);
-  dialog.setOption(QFileDialog::HideNameFilterDetails);
-  dialog.setWindowTitle(QStringLiteral("Öffnen"));
-  dialog.setAcceptMode(QFileDialog::AcceptOpen);
-  dialog.setFileMode(QFileDialog::AnyFile);
-  dialog.setLabelText(QFileDialog::LookIn, QStringLiteral("Suchen in:"));
-  dialog.setLabelText(QFileDialog::FileName, QStringLiteral("Name:"));
-  dialog.setLabelText(QFileDialog::FileType, QStringLiteral("Dateityp:"));
-  dialog.setLabelText(QFileDialog::Accept, QStringLiteral("Öffnen"));
-  dialog.setLabelText(QFileDialog::Reject, QStringLiteral("Abbrechen"));
-  dialog.setFilter(dialog.filter() & ~QDir::CaseSensitive);
-  if (const QStringList filters = NameFiltersFromVb(filter); !filters.isEmpty())
-    dialog.setNameFilters(filters);
-  if (!folder.empty()) dialog.setDirectory(Q(folder).replace(u'\\', u'/'));
-  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
-  return dialog.selectedFiles().constFirst().toStdString();
 }
 
 bool IsRefusedTypingField(const QObject* object) {
@@ -289,7 +262,8 @@ void frmDataSource::UpdateODBCEnabling() {
 
 void frmDataSource::ChooseFile(int databaseType) {
   const FileChoice choice = FileChoiceOf(databaseType);
-  auto chosen = ChooseOpenOrNewFile(this, choice.filter, Converter->ProjectDirectory());
+  // A new Access or Excel file may be named here, so the name need not exist.
+  auto chosen = ShowFileNameDialog(this, choice.filter, Converter->ProjectDirectory(), "");
   if (!chosen || chosen->empty()) return;
   std::string name = *chosen;
   const std::string extension = std::string(choice.defaultExtension).substr(2);
