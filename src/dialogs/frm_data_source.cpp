@@ -102,7 +102,12 @@ void frmDataSource::BuildForm() {
     vbaExplorer_->addItem(item);
     widest = std::max(widest, metrics.horizontalAdvance(item->text()));
   }
-  vbaExplorer_->setFixedWidth(widest + 4 * line);
+  // Wide and high enough to show every item without scrolling.
+  vbaExplorer_->setFixedWidth(widest + vbaExplorer_->iconSize().width() + 3 * line);
+  vbaExplorer_->setMinimumHeight(
+      vbaExplorer_->count() * (vbaExplorer_->sizeHintForRow(0) + 2 * vbaExplorer_->spacing()) +
+      2 * vbaExplorer_->frameWidth() + vbaExplorer_->spacing());
+  vbaExplorer_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   auto* left = new QVBoxLayout;
   left->addWidget(barTitle);
   left->addWidget(vbaExplorer_, 1);
