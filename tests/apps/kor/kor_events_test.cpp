@@ -173,15 +173,18 @@ TEST_F(KorTest, SourceAndTargetWithoutAProjectOpenNothing) {
   QListWidgetItem* source =
       host.Window().Navigator().FindEntry("Ketrovator.frmProjectSource")->Item();
   emit source->listWidget()->itemClicked(source);
-  // Yes runs the new-project wizard, which has no window yet and cancels;
+  // Yes runs the new-project wizard, whose options dialog is cancelled here;
   // the answer stays no project either way.
   answerer_.PressButton("vbYes");
+  answerer_.Cancel();
   host.OpenDocument("Ketrovator.frmProjectDestination");
-  ASSERT_EQ(answerer_.Seen().size(), 2u);
-  for (const auto& box : answerer_.Seen()) {
-    EXPECT_EQ(box.text, question);
-    EXPECT_EQ(box.icon, 48);
+  ASSERT_EQ(answerer_.Seen().size(), 3u);
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(answerer_.Seen()[i].text, question);
+    EXPECT_EQ(answerer_.Seen()[i].icon, 48);
   }
+  EXPECT_EQ(answerer_.Seen()[2].name, "frmProjekt");
+  EXPECT_EQ(answerer_.Seen()[2].problem, "");
   EXPECT_TRUE(host.Window().DocumentNames().empty());
   EXPECT_FALSE(Enabled("ProjectRun"));
   EXPECT_EQ(QApplication::overrideCursor(), nullptr);
