@@ -36,11 +36,19 @@ namespace {
 using testing::ModalAnswerer;
 using testing::SeenModal;
 
-// The Qt user interface, counting the beeps.
+// The Qt user interface, counting the beeps and noting the dialog's status
+// line whenever the hourglass goes up (as it does while a store opens).
 class CountingUserInterface : public QtUserInterface {
  public:
   void Beep() override { ++beeps; }
+  void SetMousePointer(int pointer) override {
+    if (QWidget* window = QApplication::activeModalWidget(); window && pointer == ui::vbHourglass)
+      if (auto* status = window->findChild<QLabel*>(QStringLiteral("LabelStatusMessage")))
+        statusWhileBusy.push_back(status->text().toStdString());
+    QtUserInterface::SetMousePointer(pointer);
+  }
   int beeps = 0;
+  std::vector<std::string> statusWhileBusy;
 };
 
 template <typename T = QWidget>
@@ -415,6 +423,8 @@ TEST_F(FrmDataSourceTest, AFailedOpenKeepsTheDialogAndTheWrittenStore) {
     EXPECT_EQ(store_.DatabaseName, InFolder("x.db"));
     EXPECT_EQ(store_.DataSourceName, "");  // "(Keine)" is no data source
     EXPECT_EQ(store_.DatabaseFileName, "");
+    ASSERT_FALSE(ui_->statusWhileBusy.empty());
+    EXPECT_EQ(ui_->statusWhileBusy.back(), "Datenspeicher wird geöffnet ...");
   }
 }
 
