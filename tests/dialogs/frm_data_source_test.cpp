@@ -332,31 +332,6 @@ TEST_F(FrmDataSourceTest, ChoosersYesSparesTheAccessQuestionOnOK) {
   EXPECT_EQ(store_.DatabaseFileName, InFolder("neu.MDB"));
 }
 
-TEST_F(FrmDataSourceTest, FolderChoosersStartAtTheFieldOrTheProjectFolder) {
-  const std::string sub = InFolder("daten");
-  ASSERT_TRUE(QDir().mkpath(QString::fromStdString(sub)));
-  answerer_.Act([&](QWidget& window) {
-    SelectType(window, dbtText);
-    EXPECT_EQ(Text(window, "EditTextFileFileName"), Folder());  // the default
-    Click(window, "cmdOpenFileText");
-    EXPECT_EQ(Text(window, "EditTextFileFileName"), sub);
-    SelectType(window, dbtParadox);
-    SetText(window, "EditParadoxFileName", sub);
-    Click(window, "cmdOpenFileParadox");  // cancelled: the field stays
-    EXPECT_EQ(Text(window, "EditParadoxFileName"), sub);
-    Click(window, "ButtonCancel");
-  });
-  answerer_.ChooseFolder(sub);
-  answerer_.Act([&](QWidget& window) {
-    EXPECT_EQ(window.windowTitle(), "Ordner auswählen");
-    qobject_cast<QDialog*>(&window)->reject();
-  });
-  EXPECT_FALSE(Run());
-  ASSERT_EQ(answerer_.Seen().size(), 3u);
-  EXPECT_EQ(answerer_.Seen()[1].directory.toStdString(), Folder());
-  EXPECT_EQ(answerer_.Seen()[2].directory.toStdString(), sub);
-}
-
 // ---- Closing the form ----
 
 TEST_F(FrmDataSourceTest, EscapeAndF6KeepTheStoreAndAnswerTrueCancelAnswersFalse) {
