@@ -109,6 +109,8 @@ FrmEngine::FrmEngine(QWidget* parent) : QDialog(parent) {
   labelProjektdatei->setBuddy(editFileName_);
   cmdImportFile_ = Button(QStringLiteral("cmdImportFile"), QStringLiteral("..."), this);
   cmdImportFile_->setToolTip(QStringLiteral("Projektdatei auswählen"));
+  cmdImportFile_->setFixedWidth(fontMetrics().horizontalAdvance(QStringLiteral("......")) +
+                                2 * fontMetrics().averageCharWidth());
 
   auto* labelResult =
       Label(QStringLiteral("LabelResult"), QStringLiteral("Statusmeldungen:"), this);

@@ -125,16 +125,33 @@ FrmProjekt::FrmProjekt(QWidget* parent) : QDialog(parent) {
   auto* cancel = Button(QStringLiteral("ButtonCancel"), QStringLiteral("Abbrechen"), this);
 
   auto* grid = new QGridLayout;
+  grid->setColumnStretch(1, 1);
   int row = 0;
   auto addRow = [&](const QString& labelName, const QString& caption, QWidget* field,
                     QWidget* beside) {
     QLabel* label = Label(labelName, caption, this);
     label->setBuddy(field);
     grid->addWidget(label, row, 0);
-    grid->addWidget(field, row, 1, 1, beside ? 1 : 2);
-    if (beside) grid->addWidget(beside, row, 2);
+    auto* line = new QHBoxLayout;
+    line->addWidget(field, 1);
+    if (beside)
+      line->addWidget(beside);
+    else
+      line->addStretch();
+    grid->addLayout(line, row, 1);
     ++row;
   };
+  // The "..." buttons as narrow as their text, the counts as wide as a number.
+  const int narrow = fontMetrics().horizontalAdvance(QStringLiteral("......")) +
+                     2 * fontMetrics().averageCharWidth();
+  for (QPushButton* button : {cmdOpenFile_, cmdLogFile, cmdErrorFile})
+    button->setFixedWidth(narrow);
+  for (QLineEdit* count : {editRecordCount_, editRecordCountDeomodata_}) {
+    count->setMaxLength(10);
+    count->setMaximumWidth(fontMetrics().horizontalAdvance(QStringLiteral("0000000000000")));
+  }
+  auto* labelAll =
+      Label(QStringLiteral("LabelRecordCountAll"), QStringLiteral("( 0 = alle Datensätze)"), this);
   addRow(QStringLiteral("LabelProjektname"), QStringLiteral("Projektbeschreibung"),
          editProjektname_, nullptr);
   addRow(QStringLiteral("LabelFileName"), QStringLiteral("Projektdatei"), editFileName_,
@@ -143,14 +160,12 @@ FrmProjekt::FrmProjekt(QWidget* parent) : QDialog(parent) {
          cmdLogFile);
   addRow(QStringLiteral("LabelErrorFileName"), QStringLiteral("Fehlerdatei"), editErrorFileName_,
          cmdErrorFile);
-  addRow(
-      QStringLiteral("LabelRecordCount"), QStringLiteral("Anzahl Datensätze"), editRecordCount_,
-      Label(QStringLiteral("LabelRecordCountAll"), QStringLiteral("( 0 = alle Datensätze)"), this));
+  addRow(QStringLiteral("LabelRecordCount"), QStringLiteral("Anzahl Datensätze"), editRecordCount_,
+         labelAll);
   addRow(QStringLiteral("LabelRecordCountDeomodata"),
          QStringLiteral("Anzahl Datensätze Beispieldaten"), editRecordCountDeomodata_, nullptr);
   addRow(QStringLiteral("LabelScriptLanguage"), QStringLiteral("Scriptsprache"), cboScriptLanguage_,
          nullptr);
-  grid->setColumnStretch(1, 1);
 
   auto* buttons = new QHBoxLayout;
   buttons->addStretch(1);
