@@ -66,6 +66,8 @@ class FrmEngineTest : public ::testing::Test {
   }
 
   void TearDown() override {
+    unsetenv("XDG_CONFIG_HOME");
+    unsetenv("XDG_DATA_HOME");
     ui::SetCurrent(nullptr);
     while (QApplication::overrideCursor()) QApplication::restoreOverrideCursor();
   }
@@ -268,8 +270,6 @@ TEST_F(FrmEngineTest, FailedRecordShowsTheLogAndTheLinkMailsIt) {
   EXPECT_NE(message.find("To: support@example.org\r\n"), std::string::npos) << message;
   EXPECT_NE(message.find("Subject: Logfileanalyse\r\n"), std::string::npos) << message;
   EXPECT_NE(message.find(ReadTextFile(Path("projekt.LOG"))), std::string::npos);
-  unsetenv("XDG_CONFIG_HOME");
-  unsetenv("XDG_DATA_HOME");
 }
 
 TEST_F(FrmEngineTest, CancelDuringTheRecordsAsksAndTheWindowCannotBeClosedMeanwhile) {
