@@ -2,7 +2,8 @@
 # Renders Ketrova's windows offscreen into PNG files for review and for the
 # README: kor on the demo project, started as a user would start it in a copy
 # of examples/demo, with a fresh home folder so that the first start's seeding
-# shows. Writes docs/images/kor.png (or into the folder given as $1).
+# shows. Writes docs/images/kor.png (or into the folder given as $1), and
+# each document of the navigator into its documents/ subfolder.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/build.sh >/dev/null
@@ -14,6 +15,11 @@ rm -rf "$work"
 mkdir -p "$work/home" "$work/demo"
 cp -r examples/demo/. "$work/demo"
 cd "$work/demo"
-HOME=$work/home XDG_CONFIG_HOME=$work/home/config XDG_DATA_HOME=$work/home/data \
-  QT_QPA_PLATFORM=offscreen "$build/apps/kor/kor" --grab "$out/kor.png" demo.cpf
-echo "screenshots: $out/kor.png"
+run_kor() {
+  HOME=$work/home XDG_CONFIG_HOME=$work/home/config XDG_DATA_HOME=$work/home/data \
+    QT_QPA_PLATFORM=offscreen "$build/apps/kor/kor" "$@"
+}
+run_kor --grab "$out/kor.png" demo.cpf
+mkdir -p "$out/documents"
+run_kor --grab-documents "$out/documents" demo.cpf >/dev/null
+echo "screenshots: $out/kor.png, $out/documents/"

@@ -10,6 +10,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPluginLoader>
+#include <QTabWidget>
 #include <QTextBrowser>
 #include <QTimer>
 #include <QUrl>
@@ -18,6 +19,7 @@
 
 #include "application_folder.h"
 #include "dialogs/plugin/plugin_factory.h"
+#include "document.h"
 #include "main_window.h"
 #include "message_pane.h"
 #include "navigator_widget.h"
@@ -44,9 +46,13 @@ struct KorApplication::LoadedPlugin {
 
 namespace {
 
-class Document : public DocumentRecord {
+// The plug-in whose project the documents show, and whose click event their
+// buttons raise.
+constexpr const char* kDocumentsPlugIn = "Ketrovator";
+
+class OpenedDocument : public DocumentRecord {
  public:
-  explicit Document(std::string name) : name_(std::move(name)) {}
+  explicit OpenedDocument(std::string name) : name_(std::move(name)) {}
   std::string DocumentName() const override { return name_; }
 
  private:
@@ -91,6 +97,11 @@ KorApplication::KorApplication(KorOptions options) : options_(std::move(options)
   window_->MainToolbar().pressed = press;
   window_->SystemToolbar().pressed = press;
   splash_ = std::make_unique<kor::Splash>();
+  QObject::connect(
+      &window_->Documents(), &QTabWidget::currentChanged, window_.get(), [this](int index) {
+        if (auto* document = qobject_cast<Document*>(window_->Documents().widget(index)))
+          document->Refresh();
+      });
 }
 
 KorApplication::~KorApplication() {
@@ -316,23 +327,44 @@ void KorApplication::AddItem(const ketrova::host::NavigatorRecord& record) {
 bool KorApplication::RaiseClick(std::int32_t eventCode, std::int32_t windowType,
                                 const std::string& button, const std::string& snapInName) {
   bool cancel = false;
+  ++eventDepth_;
   for (EventSink* sink : std::vector<EventSink*>(sinks_)) {
     std::string buttonArg = button, snapIn = snapInName;
     ketrova::Variant userData;
     sink->ClickEvent(eventCode, windowType, buttonArg, snapIn, userData, cancel);
   }
+  if (--eventDepth_ == 0) RefreshDocuments();
   return cancel;
+}
+
+DocumentContext KorApplication::DocumentContextFor() {
+  DocumentContext context;
+  context.converter = [this] { return Object("Converter"); };
+  context.raiseClick = [this](const std::string& key) {
+    RaiseClick(ketrova::host::kEventCodeToolbar, ketrova::host::kWindowTypeMain,
+               std::string(kDocumentsPlugIn) + "." + key, kDocumentsPlugIn);
+  };
+  context.variable = [this](const std::string& name) { return variables_.GetVariable(name); };
+  return context;
+}
+
+void KorApplication::RefreshDocuments() {
+  for (int i = 0; i < window_->Documents().count(); ++i)
+    if (auto* document = qobject_cast<Document*>(window_->Documents().widget(i)))
+      document->Refresh();
 }
 
 bool KorApplication::RaiseWindow(std::int32_t eventCode, std::int32_t windowType,
                                  DocumentRecord* document, const std::string& snapInName) {
   bool cancel = false;
+  ++eventDepth_;
   for (EventSink* sink : std::vector<EventSink*>(sinks_)) {
     std::string snapIn = snapInName;
     ketrova::Variant extend;
     std::int32_t returnMessage = 0;
     sink->WindowEvent(eventCode, windowType, document, extend, returnMessage, snapIn, cancel);
   }
+  if (--eventDepth_ == 0) RefreshDocuments();
   return cancel;
 }
 
@@ -343,7 +375,7 @@ void KorApplication::OpenDocument(const std::string& documentName) {
   for (const auto& r : records_)
     if (ketrova::IsEqual(r.DocumentName, documentName)) record = &r;
   std::string snapIn = record ? record->ModuleName : documentName.substr(0, documentName.find('.'));
-  Document document(documentName);
+  OpenedDocument document(documentName);
   if (RaiseWindow(ketrova::host::kEventCodeWindow, ketrova::host::kWindowTypeDocument, &document,
                   snapIn))
     return;
@@ -351,9 +383,15 @@ void KorApplication::OpenDocument(const std::string& documentName) {
   QString title = QString::fromStdString(record ? record->Label : documentName);
   if (NavigatorEntry* entry = window_->Navigator().FindEntry(documentName))
     title = entry->Item()->text();
-  QWidget* page = record && !record->PageAddress.empty()
-                      ? WebPage(QString::fromStdString(record->PageAddress))
-                      : EmptyPage(title);
+  if (window_->Document(documentName)) {
+    window_->ShowDocument(documentName, title, nullptr);
+    return;
+  }
+  QWidget* page = MakeDocument(documentName, DocumentContextFor());
+  if (page == nullptr)
+    page = record && !record->PageAddress.empty()
+               ? WebPage(QString::fromStdString(record->PageAddress))
+               : EmptyPage(title);
   window_->ShowDocument(documentName, title, page);
 }
 

@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "document.h"
 #include "host/host_application.h"
 #include "host/plugin.h"
 #include "host_variables.h"
@@ -118,6 +119,9 @@ class KorApplication : public ketrova::host::HostApplication,
 
  private:
   struct LoadedPlugin;
+  DocumentContext DocumentContextFor();
+  // Shows the project afresh in every open document.
+  void RefreshDocuments();
   void LoadPlugins();
   void StartPlugin(LoadedPlugin& plugin);
   void ReportFailure(const QString& text);
@@ -135,6 +139,7 @@ class KorApplication : public ketrova::host::HostApplication,
   std::string applicationPath_;
   // The answer of the next file chooser, when the command line named a file.
   std::string pendingFileOpen_;
+  int eventDepth_ = 0;
 };
 
 }  // namespace kor

@@ -5,6 +5,8 @@
 //   kor --grab BILD.png [...]    renders the main window into a PNG file once
 //                                the start (and the project's opening) is
 //                                done, prints the information line, and ends
+//   kor --grab-documents ORDNER  the same for each document of the navigator,
+//                                into ORDNER/<document>.png
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
@@ -25,6 +27,10 @@ int main(int argc, char** argv) {
   parser.addHelpOption();
   QCommandLineOption grab("grab", "Hauptfenster als PNG-Bild speichern und beenden.", "bild");
   parser.addOption(grab);
+  QCommandLineOption grabDocuments(
+      "grab-documents", "Jedes Dokument als PNG-Bild in den Ordner speichern und beenden.",
+      "ordner");
+  parser.addOption(grabDocuments);
   parser.addPositionalArgument("projekt", "Projektdatei (.CPF), die geöffnet wird.");
   parser.process(app);
 
@@ -34,7 +40,7 @@ int main(int argc, char** argv) {
   options.pluginFolder = kor::PluginFolder();
   if (!parser.positionalArguments().isEmpty())
     options.projectFile = parser.positionalArguments().first();
-  options.splash = !parser.isSet(grab);
+  options.splash = !parser.isSet(grab) && !parser.isSet(grabDocuments);
 
   kor::KorApplication host(options);
   QTimer::singleShot(0, [&] {
@@ -43,6 +49,19 @@ int main(int argc, char** argv) {
       QApplication::processEvents();
       host.Window().grab().save(parser.value(grab), "PNG");
       std::cout << host.Window().ExtendedInfo().toStdString() << std::endl;
+      QApplication::quit();
+    }
+    if (parser.isSet(grabDocuments)) {
+      QDir folder(parser.value(grabDocuments));
+      for (const char* name :
+           {"KetrovatorCTL.frmFirstSteps", "KetrovatorCTL.frmJobs", "KetrovatorCTL.frmLogs",
+            "KetrovatorCTL.frmModules", "KetrovatorCTL.frmOnStartProjekt",
+            "KetrovatorCTL.frmOnEndProjekt"}) {
+        host.OpenDocument(name);
+        QApplication::processEvents();
+        QString file = QString::fromUtf8(name).section('.', 1) + ".png";
+        host.Window().grab().save(folder.filePath(file), "PNG");
+      }
       QApplication::quit();
     }
   });

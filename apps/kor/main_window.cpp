@@ -78,6 +78,7 @@ void MainWindow::ShowDocument(const std::string& name, const QString& title, QWi
     delete page;
     return;
   }
+  if (page == nullptr) return;
   page->setObjectName(QString::fromStdString(name));
   documents_->setCurrentIndex(documents_->addTab(page, title));
 }

@@ -31,7 +31,8 @@ class MainWindow : public QMainWindow, public ketrova::host::MainForm {
   void SetExtendedInfo(const std::string& text) override;
 
   // Shows the document `name` (a tab titled `title`), or brings it to the
-  // front when it is open already.
+  // front when it is open already (`page`, which may be null then, is not
+  // used).
   void ShowDocument(const std::string& name, const QString& title, QWidget* page);
   // The open document named `name`, or null.
   QWidget* Document(const std::string& name) const;
