@@ -3,7 +3,8 @@
 # README: kor on the demo project, started as a user would start it in a copy
 # of examples/demo, with a fresh home folder so that the first start's seeding
 # shows. Writes docs/images/kor.png (or into the folder given as $1), and
-# each document of the navigator into its documents/ subfolder.
+# each document of the navigator into its documents/ subfolder, and each
+# dialog (every page of the data-store dialog) into dialogs/.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/build.sh >/dev/null
@@ -22,4 +23,6 @@ run_kor() {
 run_kor --grab "$out/kor.png" demo.cpf
 mkdir -p "$out/documents"
 run_kor --grab-documents "$out/documents" demo.cpf >/dev/null
-echo "screenshots: $out/kor.png, $out/documents/"
+mkdir -p "$out/dialogs"
+run_kor --grab-dialogs "$out/dialogs" demo.cpf >/dev/null
+echo "screenshots: $out/kor.png, $out/documents/, $out/dialogs/"

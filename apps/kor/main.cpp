@@ -7,6 +7,9 @@
 //                                done, prints the information line, and ends
 //   kor --grab-documents ORDNER  the same for each document of the navigator,
 //                                into ORDNER/<document>.png
+//   kor --grab-dialogs ORDNER    the run dialog, the project options and each
+//                                page of the data-store dialog on the opened
+//                                project, into ORDNER/<dialog>.png
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
@@ -14,6 +17,7 @@
 #include <iostream>
 
 #include "application_folder.h"
+#include "dialog_pictures.h"
 #include "kor_application.h"
 #include "main_window.h"
 
@@ -31,6 +35,9 @@ int main(int argc, char** argv) {
       "grab-documents", "Jedes Dokument als PNG-Bild in den Ordner speichern und beenden.",
       "ordner");
   parser.addOption(grabDocuments);
+  QCommandLineOption grabDialogs(
+      "grab-dialogs", "Jeden Dialog als PNG-Bild in den Ordner speichern und beenden.", "ordner");
+  parser.addOption(grabDialogs);
   parser.addPositionalArgument("projekt", "Projektdatei (.CPF), die geöffnet wird.");
   parser.process(app);
 
@@ -40,7 +47,8 @@ int main(int argc, char** argv) {
   options.pluginFolder = kor::PluginFolder();
   if (!parser.positionalArguments().isEmpty())
     options.projectFile = parser.positionalArguments().first();
-  options.splash = !parser.isSet(grab) && !parser.isSet(grabDocuments);
+  options.splash =
+      !parser.isSet(grab) && !parser.isSet(grabDocuments) && !parser.isSet(grabDialogs);
 
   kor::KorApplication host(options);
   QTimer::singleShot(0, [&] {
@@ -62,6 +70,11 @@ int main(int argc, char** argv) {
         QString file = QString::fromUtf8(name).section('.', 1) + ".png";
         host.Window().grab().save(folder.filePath(file), "PNG");
       }
+      QApplication::quit();
+    }
+    if (parser.isSet(grabDialogs)) {
+      if (auto project = host.Object("Converter"))
+        kor::GrabDialogs(*project, QDir(parser.value(grabDialogs)));
       QApplication::quit();
     }
   });
