@@ -15,13 +15,9 @@ QString Q(const std::string& text) {
 
 }  // namespace
 
-JobListModel::JobListModel(std::function<std::shared_ptr<ketrova::CConverter>()> project,
-                           QObject* parent)
-    : QAbstractTableModel(parent), project_(std::move(project)) {}
-
 int JobListModel::rowCount(const QModelIndex& parent) const {
   if (parent.isValid()) return 0;
-  auto project = project_();
+  auto project = Project();
   return project ? project->Jobs().Count() : 0;
 }
 
@@ -30,7 +26,7 @@ int JobListModel::columnCount(const QModelIndex& parent) const {
 }
 
 QVariant JobListModel::data(const QModelIndex& index, int role) const {
-  auto project = project_();
+  auto project = Project();
   if (!project || !index.isValid() || index.row() >= project->Jobs().Count()) return {};
   const ketrova::CJob& job = project->Jobs().Item(index.row() + 1);
   if (index.column() == kEnabled && role == Qt::CheckStateRole)
@@ -77,18 +73,13 @@ Qt::ItemFlags JobListModel::flags(const QModelIndex& index) const {
 }
 
 bool JobListModel::setData(const QModelIndex& index, const QVariant& value, int role) {
-  auto project = project_();
+  auto project = Project();
   if (!project || role != Qt::CheckStateRole || index.column() != kEnabled ||
       index.row() >= project->Jobs().Count())
     return false;
   project->Jobs().Item(index.row() + 1).Enabled = value.toInt() == Qt::Checked;
   emit dataChanged(index, index, {Qt::CheckStateRole});
   return true;
-}
-
-void JobListModel::Reset() {
-  beginResetModel();
-  endResetModel();
 }
 
 }  // namespace kor

@@ -1,24 +1,18 @@
 // The project's job list as a table: one row per place. Jobs are addressed by
-// place, never by key (keys collide after deletions). The model reads the
-// list on each call; Reset() tells the views that the list may have changed.
+// place, never by key (keys collide after deletions).
 #pragma once
 
 #include <QAbstractTableModel>
-#include <functional>
-#include <memory>
 
-namespace ketrova {
-class CConverter;
-}
+#include "project_model.h"
 
 namespace kor {
 
-class JobListModel : public QAbstractTableModel {
-  Q_OBJECT
+class JobListModel : public ProjectModel<QAbstractTableModel> {
  public:
   enum Column { kEnabled, kIndex, kCaption, kSource, kTarget, kWrite, kValid, kColumnCount };
-  explicit JobListModel(std::function<std::shared_ptr<ketrova::CConverter>()> project,
-                        QObject* parent = nullptr);
+  explicit JobListModel(ProjectSource project, QObject* parent = nullptr)
+      : ProjectModel(std::move(project), parent) {}
 
   int rowCount(const QModelIndex& parent = {}) const override;
   int columnCount(const QModelIndex& parent = {}) const override;
@@ -28,11 +22,6 @@ class JobListModel : public QAbstractTableModel {
   // A tick writes the job's Enabled; the counts follow at the list's next
   // renumbering.
   bool setData(const QModelIndex& index, const QVariant& value, int role) override;
-
-  void Reset();
-
- private:
-  std::function<std::shared_ptr<ketrova::CConverter>()> project_;
 };
 
 }  // namespace kor

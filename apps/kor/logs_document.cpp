@@ -23,12 +23,8 @@ QString Shown(const std::string& text) {
 
 }  // namespace
 
-LogListModel::LogListModel(std::function<std::shared_ptr<ketrova::CConverter>()> project,
-                           QObject* parent)
-    : QAbstractTableModel(parent), project_(std::move(project)) {}
-
 int LogListModel::rowCount(const QModelIndex& parent) const {
-  auto project = project_();
+  auto project = Project();
   return parent.isValid() || !project ? 0 : project->Logs().Count();
 }
 
@@ -37,7 +33,7 @@ int LogListModel::columnCount(const QModelIndex& parent) const {
 }
 
 QVariant LogListModel::data(const QModelIndex& index, int role) const {
-  auto project = project_();
+  auto project = Project();
   if (!project || !index.isValid() || index.row() >= project->Logs().Count()) return {};
   const ketrova::CLog& log = project->Logs().Item(index.row() + 1);
   if (role == Qt::DisplayRole) {
@@ -53,11 +49,6 @@ QVariant LogListModel::headerData(int section, Qt::Orientation orientation, int 
   if (orientation != Qt::Horizontal || role != Qt::DisplayRole) return {};
   static const char* const kHeaders[] = {"Nr.", "Meldung", "Schlüssel"};
   return QString::fromUtf8(kHeaders[section]);
-}
-
-void LogListModel::Reset() {
-  beginResetModel();
-  endResetModel();
 }
 
 LogsDocument::LogsDocument(DocumentContext context, QWidget* parent)

@@ -6,24 +6,20 @@
 #include <QAbstractTableModel>
 
 #include "document.h"
+#include "project_model.h"
 
 class QTableView;
 
 namespace kor {
 
-class LogListModel : public QAbstractTableModel {
-  Q_OBJECT
+class LogListModel : public ProjectModel<QAbstractTableModel> {
  public:
-  explicit LogListModel(std::function<std::shared_ptr<ketrova::CConverter>()> project,
-                        QObject* parent = nullptr);
+  explicit LogListModel(ProjectSource project, QObject* parent = nullptr)
+      : ProjectModel(std::move(project), parent) {}
   int rowCount(const QModelIndex& parent = {}) const override;
   int columnCount(const QModelIndex& parent = {}) const override;
   QVariant data(const QModelIndex& index, int role) const override;
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
-  void Reset();
-
- private:
-  std::function<std::shared_ptr<ketrova::CConverter>()> project_;
 };
 
 class LogsDocument : public Document {

@@ -18,26 +18,17 @@ namespace kor {
 
 using ketrova::ui::Current;
 
-ModuleListModel::ModuleListModel(std::function<std::shared_ptr<ketrova::CConverter>()> project,
-                                 QObject* parent)
-    : QAbstractListModel(parent), project_(std::move(project)) {}
-
 int ModuleListModel::rowCount(const QModelIndex& parent) const {
-  auto project = project_();
+  auto project = Project();
   return parent.isValid() || !project ? 0 : project->ScriptModules().Count();
 }
 
 QVariant ModuleListModel::data(const QModelIndex& index, int role) const {
-  auto project = project_();
+  auto project = Project();
   if (!project || !index.isValid() || index.row() >= project->ScriptModules().Count()) return {};
   if (role == Qt::DisplayRole)
     return QString::fromStdString(project->ScriptModules().Item(index.row() + 1).Name);
   return {};
-}
-
-void ModuleListModel::Reset() {
-  beginResetModel();
-  endResetModel();
 }
 
 ModulesDocument::ModulesDocument(DocumentContext context, QWidget* parent)

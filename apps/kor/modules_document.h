@@ -6,6 +6,7 @@
 #include <QAbstractListModel>
 
 #include "document.h"
+#include "project_model.h"
 
 class QListView;
 
@@ -15,17 +16,12 @@ class ScriptEditor;
 
 namespace kor {
 
-class ModuleListModel : public QAbstractListModel {
-  Q_OBJECT
+class ModuleListModel : public ProjectModel<QAbstractListModel> {
  public:
-  explicit ModuleListModel(std::function<std::shared_ptr<ketrova::CConverter>()> project,
-                           QObject* parent = nullptr);
+  explicit ModuleListModel(ProjectSource project, QObject* parent = nullptr)
+      : ProjectModel(std::move(project), parent) {}
   int rowCount(const QModelIndex& parent = {}) const override;
   QVariant data(const QModelIndex& index, int role) const override;
-  void Reset();
-
- private:
-  std::function<std::shared_ptr<ketrova::CConverter>()> project_;
 };
 
 class ModulesDocument : public Document {
