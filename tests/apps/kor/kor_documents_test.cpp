@@ -5,6 +5,7 @@
 #include <QAbstractItemModel>
 #include <QApplication>
 #include <QClipboard>
+#include <QLabel>
 #include <QDir>
 #include <QListView>
 #include <QPushButton>
@@ -175,6 +176,26 @@ TEST_F(KorTest, ModulesAndStartScriptAreSavedAndComeBack) {
   answerer_.PressButton("vbYes");
   Click(modules, "cmdDeleteModule");
   EXPECT_EQ(project->ScriptModules().Count(), before);
+
+  // Two more, the first of them deleted: the next number is a key the list
+  // holds already, and the list refuses it with its own error.
+  answerer_.EnterText("Eins");
+  Click(modules, "cmdAddModule");
+  answerer_.EnterText("Zwei");
+  Click(modules, "cmdAddModule");
+  modules.List().setCurrentIndex(modules.List().model()->index(before, 0));
+  answerer_.PressButton("vbYes");
+  Click(modules, "cmdDeleteModule");
+  const std::size_t seen = answerer_.Seen().size();
+  answerer_.EnterText("Drei");
+  answerer_.PressButton("vbOK");
+  Click(modules, "cmdAddModule");
+  ASSERT_EQ(answerer_.Seen().size(), seen + 2);
+  const std::string refused = answerer_.Seen().back().text;
+  EXPECT_NE(refused.find("Fehler Nr.: 457"), std::string::npos) << refused;
+  EXPECT_NE(refused.find("Ausgeführte Aktion: Modul hinzufügen"), std::string::npos) << refused;
+  ASSERT_EQ(project->ScriptModules().Count(), before + 1);
+  EXPECT_EQ(project->ScriptModules().Item(before + 1).Name, "Zwei");
 }
 
 TEST_F(KorTest, CheckMarksTheFirstErrorOfAStartScript) {
@@ -185,7 +206,11 @@ TEST_F(KorTest, CheckMarksTheFirstErrorOfAStartScript) {
   const auto& check = start.Editor().LastCheck();
   EXPECT_FALSE(check.ok);
   EXPECT_EQ(check.line, 3);
-  EXPECT_FALSE(check.description.empty());
+  EXPECT_EQ(check.column, 11);
+  EXPECT_EQ(check.description, "Ausdruck erwartet");
+  auto* status = start.Editor().findChild<QLabel*>("lblScriptStatus");
+  ASSERT_NE(status, nullptr);
+  EXPECT_EQ(status->text().toStdString(), "Zeile 3, Spalte 11: Ausdruck erwartet");
   start.Editor().SetText("Function txOnStart()\r\n\ttxOnStart = True\r\nEnd Function\r\n");
   EXPECT_TRUE(start.Editor().Check());
 }
