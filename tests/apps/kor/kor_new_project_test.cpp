@@ -11,6 +11,7 @@
 
 #include "core/converter.h"
 #include "core/enums.h"
+#include "engine/script_modules.h"
 #include "jobs/jobs.h"
 #include "kor_fixture.h"
 #include "main_window.h"
@@ -78,6 +79,30 @@ TEST_F(KorTest, NewProjectThroughTheDialogs) {
   ASSERT_EQ(project->Jobs().Count(), 2);
   EXPECT_TRUE(Enabled("ProjectRun"));
   EXPECT_EQ(Info(), "Projekt : Neues Projekt (2 / 2 Aufgaben )");
+  EXPECT_EQ(host.Window().DocumentNames(), (std::vector<std::string>{"KetrovatorCTL.frmJobs"}));
+}
+
+TEST_F(KorTest, SourceOfAnUnknownKindRemakesTheJobsAndDropsTheModules) {
+  KorApplication& host = StartHost(Demo() + "/demo.cpf");
+  auto project = host.Object("Converter");
+  ASSERT_EQ(project->Jobs().Count(), 2);
+  // A store of a kind the dialog has no page for (an XML store of an old
+  // project): the dialog says so and counts as confirmed, so the source is
+  // read again (through the connection still open) and the jobs are made
+  // anew from its tables, while the modules go.
+  project->SourceDataBase().DatabaseType = ketrova::dbtXML;
+  answerer_.PressButton("vbOK");  // "... konnte nicht ermittelt werden."
+  answerer_.PressButton("vbOK");  // the store's error
+  host.OpenDocument("Ketrovator.frmProjectSource");
+  ASSERT_GE(answerer_.Seen().size(), 1u);
+  EXPECT_EQ(answerer_.Seen()[0].text, "Der gewählte Datenspeicher konnte nicht ermittelt werden.");
+  ASSERT_EQ(project->Jobs().Count(), 2);
+  for (const ketrova::CJob& job : project->Jobs()) {
+    EXPECT_NE(job.Caption, "Aufträge in Euro");  // the hand-made job is gone
+    EXPECT_FALSE(job.ScriptUserDefined);
+  }
+  EXPECT_EQ(project->ScriptModules().Count(), 0);
+  // The jobs document shows the emptied list.
   EXPECT_EQ(host.Window().DocumentNames(), (std::vector<std::string>{"KetrovatorCTL.frmJobs"}));
 }
 
