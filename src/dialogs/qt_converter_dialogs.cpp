@@ -4,6 +4,7 @@
 
 #include "dialogs/frm_data_source.h"
 #include "dialogs/frm_engine.h"
+#include "dialogs/frm_job.h"
 #include "dialogs/frm_projekt.h"
 #include "platform/ui/user_interface.h"
 
@@ -21,8 +22,10 @@ void QtConverterDialogs::Run(CConverter& project, const std::string& fileName) {
   form.Execute(fileName);
 }
 
-bool QtConverterDialogs::EditJob(CConverter&, CJob&) {
-  return false;
+bool QtConverterDialogs::EditJob(CConverter& project, CJob& job) {
+  frmJob form(QApplication::activeWindow());
+  form.SetConverter(&project);
+  return form.Execute(job);
 }
 
 bool QtConverterDialogs::SelectDatabase(CConverter& project, int direction, CDatabase& database) {

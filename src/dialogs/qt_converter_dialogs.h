@@ -1,7 +1,7 @@
 // QtConverterDialogs: the core's ConverterDialogs on this folder's Qt dialogs,
 // set once by the plug-in at start. EditProject opens frmProjekt, Run opens
-// frmEngine, SelectDatabase opens the data-store dialog. The job editor is not
-// here yet: EditJob answers as a cancelled editor does.
+// frmEngine, EditJob opens the job editor frmJob, SelectDatabase opens the
+// data-store dialog.
 //
 // Each dialog is modal over the active window and is gone when the call
 // returns. A QApplication must exist; GUI thread only.
