@@ -221,6 +221,9 @@ void FrmEngine::Start() {
     editInfo_->repaint();
   } else {
     QString log = Q(ReadTextFile(logfileName_));
+    // A log that could not be written leaves nothing to read: the run's own
+    // text says why, so that the window never ends a failed run empty.
+    if (log.isEmpty()) log = Q(szResult);
     log.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
     editInfo_->setPlainText(log);
   }

@@ -206,6 +206,19 @@ TEST_F(FrmEngineTest, SuccessfulRunSaysSoAndLeavesOnlyClose) {
   EXPECT_EQ(answerer_.Pending(), 0);
 }
 
+TEST_F(FrmEngineTest, RunWhoseLogCannotBeWrittenShowsWhatTheRunAnswered) {
+  Tables(1);
+  AddJob("Ziel", kCopyScript);
+  // The project's folder is gone: the log beside it cannot be opened.
+  project_.FileName = Path("weg/projekt.cpf");
+  answerer_.PressButton("vbOK");
+  Start();
+  EXPECT_FALSE(Info().empty());
+  EXPECT_NE(Info(), "Konvertierung beendet !");
+  ExpectFinished();
+  EXPECT_EQ(TargetRows(), 0);
+}
+
 TEST_F(FrmEngineTest, JobFailingOnItsOwnTextShowsTheLogWithoutTheLink) {
   // SQLite keeps names beginning with sqlite_ for itself: the target table
   // cannot be made, the job fails, and no record does.
