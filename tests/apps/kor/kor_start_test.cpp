@@ -165,6 +165,24 @@ TEST_F(KorTest, ItemPictureMissingGivesItemsWithoutPicture) {
   EXPECT_FALSE(host.Window().MainToolbar().Button(4)->icon().isNull());
 }
 
+TEST_F(KorTest, AHomeWithADotInItsPathIsReportedAndTheHostStaysUp) {
+  KorOptions options;
+  options.home = temp_.path() + "/max.muster";
+  options.dataFolder = QStringLiteral(KETROVA_SOURCE_DIR "/data");
+  options.pluginFolder = QStringLiteral(KOR_PLUGIN_FOLDER);
+  host_ = std::make_unique<KorApplication>(options);
+  answerer_.PressButton("vbOK");
+  host_->Start();
+  ASSERT_EQ(answerer_.Seen().size(), 1u);
+  EXPECT_NE(answerer_.Seen()[0].text.find("enthält einen Punkt"), std::string::npos)
+      << answerer_.Seen()[0].text;
+  EXPECT_EQ(answerer_.Seen()[0].icon, 16);
+  EXPECT_EQ(host_->Variables().GetVariable("gszDIR_ApplicationPath"),
+            (temp_.path() + "/max.muster/Ketrova/").toStdString());
+  EXPECT_EQ(host_->Window().Navigator().BarCount(), 2);
+  EXPECT_TRUE(host_->Window().isVisible());
+}
+
 TEST(Pictures, KeyIsCutAtTheFirstDotOfThePath) {
   using ketrova::host::PictureKey;
   EXPECT_EQ(PictureKey("/home/u/Ketrova/Images/btn_Item.gif", "Ketrovator"), "KETROVATOR_BTN_ITEM");
