@@ -14,7 +14,10 @@ endfunction()
 # A GoogleTest executable whose cases are registered with CTest under one label:
 # unit (no server), server (PostgreSQL, MariaDB) or gui (Qt offscreen). With QT,
 # the test's main makes a QApplication and the test links the Qt test support
-# (tests/qt_support: ModalAnswerer); its cases run with QT_QPA_PLATFORM=offscreen.
+# (tests/qt_support: ModalAnswerer); its cases run with QT_QPA_PLATFORM=offscreen
+# and with a home and XDG folders of their own in the build tree, so that what
+# the desktop writes there (the application folder, the registry ini, the mail
+# outbox) never reaches the user's.
 function(ketrova_test name)
   cmake_parse_arguments(ARG "QT" "LABEL" "SOURCES;DEPS" ${ARGN})
   if(NOT ARG_LABEL)
@@ -23,7 +26,10 @@ function(ketrova_test name)
   add_executable(${name} ${ARG_SOURCES})
   if(ARG_QT)
     target_link_libraries(${name} PRIVATE ${ARG_DEPS} ketrova_qt_test_support GTest::gtest)
-    set(environment ENVIRONMENT QT_QPA_PLATFORM=offscreen)
+    set(home ${PROJECT_BINARY_DIR}/gui-home)
+    file(MAKE_DIRECTORY ${home})
+    set(environment ENVIRONMENT
+        "QT_QPA_PLATFORM=offscreen;HOME=${home};XDG_CONFIG_HOME=${home}/config;XDG_DATA_HOME=${home}/data")
   else()
     target_link_libraries(${name} PRIVATE ${ARG_DEPS} GTest::gtest GTest::gtest_main)
     set(environment)
