@@ -103,8 +103,9 @@ class JobMappingPage : public QWidget {
   // cmdCopyAllSourceColumn2AllTargetColumn: source row i into target row i,
   // by position, as far as both grids have rows.
   void CopyAllSourceColumn2AllTargetColumn();
-  // cmdClearTargetColumn (and a double click in GridFieldMergeTarget):
-  // empties "Zuweisungen" of the selected row, the first without a selection.
+  // cmdClearTargetColumn: empties "Zuweisungen" of the selected row, the
+  // first without a selection. A double click in GridFieldMergeTarget empties
+  // the row clicked; both emit mappingChanged.
   void ClearTargetColumn();
   // cmdClearAllTargetColumn: empties "Zuweisungen" of every row.
   void ClearAllTargetColumn();

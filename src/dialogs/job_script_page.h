@@ -10,6 +10,11 @@
 // with LabelUserdefinedScriptEditor, EditorBig (a ScriptEditor),
 // cmdCloseEditor and cmdCancelEditor.
 //
+// The user's click on CheckScriptUserDefined enables cmdCreateScript while it
+// is not ticked and cmdShowEditorUserScript while it is; unticked with an
+// empty EditScript, CJob::GenerateScript fills it. Neither the box nor the
+// editor's text reaches the job before Save.
+//
 // What the frame calls, and when:
 //   form start        SetJob(job); BindMapping(mappingPage);
 //                     SetEditorBigHost(dialog).
@@ -85,7 +90,9 @@ class JobScriptPage : public QWidget {
   // Script:" + CR LF + TAB + "Es wurden keine Zielfelder definiert !" + CR LF
   // + CR LF; else the grid is written into the job (WriteMapping; on its
   // failure nothing more), CJob::GenerateScript runs and EditScript takes the
-  // result. Answers szError; shows no box for it.
+  // result (the job's Script too). The job's own ScriptUserDefined, which only
+  // Save writes, does not stop the generation: the unticked box decides.
+  // Answers szError; shows no box for it.
   std::string GenerateScript();
   // The job's ScriptLanguage changed: the editors take it and GenerateScript
   // runs (a hand-written script stays as it is).
