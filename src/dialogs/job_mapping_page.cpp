@@ -41,6 +41,7 @@ QTableWidget* MakeGrid(QWidget* parent, const char* name, const QStringList& hea
   grid->setSelectionBehavior(QAbstractItemView::SelectRows);
   grid->setSelectionMode(QAbstractItemView::SingleSelection);
   grid->verticalHeader()->setVisible(false);
+  grid->verticalHeader()->setDefaultSectionSize(grid->fontMetrics().height() + 8);
   grid->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
   grid->setAlternatingRowColors(true);
   return grid;

@@ -301,6 +301,7 @@ TEST_F(JobPagesTest, AHandWrittenScriptStaysWhateverTheMappingDoes) {
   EXPECT_TRUE(Child<QWidget>(*script_, "cmdShowEditorUserScript")->isEnabled());
   const std::string script = job_->Script;
   EXPECT_EQ(EditScript()->Text(), script);
+  EXPECT_NE(EditScript()->findChild<QWidget*>(QStringLiteral("cmdCheck")), nullptr);  // "Prüfen"
 
   Click(*mapping_, "cmdClearAllTargetColumn");
   TargetGrid()->selectRow(0);
@@ -325,6 +326,14 @@ TEST_F(JobPagesTest, UntickingWithAnEmptyEditorGeneratesTheScript) {
   EXPECT_FALSE(Child<QWidget>(*script_, "cmdShowEditorUserScript")->isEnabled());
   EXPECT_TRUE(Contains(EditScript()->Text(), "Function txConvertMain()"));
   EXPECT_TRUE(Contains(EditScript()->Text(), Line("Artikel", "Artikel")));
+
+  // The job still says "hand-written" until saved; the box decides.
+  Click(*mapping_, "cmdClearAllTargetColumn");
+  EXPECT_EQ(EditScript()->Text(), kNoTargetFields);
+  TargetGrid()->selectRow(0);
+  DoubleClick(SourceGrid(), 0);
+  EXPECT_TRUE(Contains(EditScript()->Text(), Line("AuftragNr", "AuftragNr")));
+  EXPECT_TRUE(job_->ScriptUserDefined);
 
   // With a text in the editor unticking keeps it.
   check->click();
