@@ -160,7 +160,12 @@ std::string DateToText(double oleDate, const RegionalSettings& settings) {
   bool hasDate = !(p.year == 1899 && p.month == 12 && p.day == 30);
   if (!hasDate) return TimeText(oleDate, settings);
   std::string text = ShortDateText(oleDate, settings);
-  if (hasTime) text += " " + TimeText(oleDate, settings);
+  // Appended in two steps: GCC 12 warns falsely (-Wrestrict) on
+  // "literal" + std::string&& when optimising.
+  if (hasTime) {
+    text += ' ';
+    text += TimeText(oleDate, settings);
+  }
   return text;
 }
 
