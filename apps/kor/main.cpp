@@ -10,6 +10,9 @@
 //   kor --grab-dialogs ORDNER    the run dialog, the project options and each
 //                                page of the data-store dialog on the opened
 //                                project, into ORDNER/<dialog>.png
+//   kor --plugins                prints the names of the started plug-ins,
+//                                one a line, and ends
+//   kor --version                the version
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
@@ -17,6 +20,7 @@
 #include <iostream>
 
 #include "application_folder.h"
+#include "component_version.h"
 #include "dialog_pictures.h"
 #include "kor_application.h"
 #include "main_window.h"
@@ -25,10 +29,12 @@ int main(int argc, char** argv) {
   QApplication app(argc, argv);
   QApplication::setApplicationName("kor");
   QApplication::setApplicationDisplayName("Ketrova");
+  QApplication::setApplicationVersion(QString::fromStdString(ketrova::ComponentVersion()));
 
   QCommandLineParser parser;
   parser.setApplicationDescription("Ketrova: Datenkonvertierung");
   parser.addHelpOption();
+  parser.addVersionOption();
   QCommandLineOption grab("grab", "Hauptfenster als PNG-Bild speichern und beenden.", "bild");
   parser.addOption(grab);
   QCommandLineOption grabDocuments(
@@ -38,6 +44,8 @@ int main(int argc, char** argv) {
   QCommandLineOption grabDialogs(
       "grab-dialogs", "Jeden Dialog als PNG-Bild in den Ordner speichern und beenden.", "ordner");
   parser.addOption(grabDialogs);
+  QCommandLineOption listPlugins("plugins", "Die gestarteten Plug-ins auflisten und beenden.");
+  parser.addOption(listPlugins);
   parser.addPositionalArgument("projekt", "Projektdatei (.CPF), die geöffnet wird.");
   parser.process(app);
 
@@ -47,12 +55,16 @@ int main(int argc, char** argv) {
   options.pluginFolder = kor::PluginFolder();
   if (!parser.positionalArguments().isEmpty())
     options.projectFile = parser.positionalArguments().first();
-  options.splash =
-      !parser.isSet(grab) && !parser.isSet(grabDocuments) && !parser.isSet(grabDialogs);
+  options.splash = !parser.isSet(grab) && !parser.isSet(grabDocuments) &&
+                   !parser.isSet(grabDialogs) && !parser.isSet(listPlugins);
 
   kor::KorApplication host(options);
   QTimer::singleShot(0, [&] {
     host.Start();
+    if (parser.isSet(listPlugins)) {
+      for (const std::string& name : host.PlugInNames()) std::cout << name << "\n";
+      QApplication::quit();
+    }
     if (parser.isSet(grab)) {
       QApplication::processEvents();
       host.Window().grab().save(parser.value(grab), "PNG");

@@ -2,10 +2,12 @@
 
 #include <QLabel>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QTabWidget>
 
+#include "component_version.h"
 #include "message_pane.h"
 #include "navigator_widget.h"
 #include "tool_bar.h"
@@ -22,6 +24,14 @@ MainWindow::MainWindow(const ImageList& navigatorImages) {
   connect(quit, &QAction::triggered, this, &QMainWindow::close);
   helpMenu_ = menuBar()->addMenu("&Hilfe");
   helpMenu_->setObjectName("mnuHelp");
+  QAction* about = helpMenu_->addAction("Über Ketrova ...");
+  about->setObjectName("mnuAbout");
+  connect(about, &QAction::triggered, this, [this] {
+    QMessageBox::about(this, "Über Ketrova",
+                       QStringLiteral("<b>Ketrova %1</b><p>Datenkonvertierung zwischen "
+                                      "Datenbanken, Textdateien und Tabellen.</p>")
+                           .arg(QString::fromStdString(ketrova::ComponentVersion())));
+  });
 
   systemToolbar_ = new ToolBar("SystemToolbar", "System", this);
   addToolBar(Qt::TopToolBarArea, systemToolbar_);
