@@ -6,7 +6,9 @@
 #include "core/enums.h"
 #include "dialogs/frm_data_source.h"
 #include "dialogs/frm_engine.h"
+#include "dialogs/frm_job.h"
 #include "dialogs/frm_projekt.h"
+#include "jobs/jobs.h"
 #include "stores/database.h"
 
 namespace kor {
@@ -40,6 +42,16 @@ void GrabDialogs(ketrova::CConverter& project, const QDir& folder) {
     store.Prepare(project.DestDataBase());
     store.ShowPage(type);
     Save(store, folder, QStringLiteral("frmDataSource-%1").arg(type));
+  }
+
+  if (project.Jobs().Count() > 0) {
+    ketrova::dialogs::frmJob job;
+    job.SetConverter(&project);
+    job.Load(project.Jobs().Item(1));
+    for (int page = 0; page < 5; ++page) {
+      job.ShowPage(page);
+      Save(job, folder, QStringLiteral("frmJob-%1").arg(page + 1));
+    }
   }
 }
 

@@ -28,6 +28,7 @@
 #include "dialogs/job_script_page.h"
 #include "dialogs/job_source_page.h"
 #include "dialogs/job_target_page.h"
+#include "dialogs/store_pictures.h"
 #include "jobs/job.h"
 #include "platform/ui/user_interface.h"
 #include "stores/database.h"
@@ -109,8 +110,9 @@ void frmJob::BuildForm() {
   vbaExplorer_->setSpacing(line / 6);
   int widest = 0;
   for (int i = 0; i < 5; ++i) {
-    auto* item = new QListWidgetItem(style()->standardIcon(kPagePictures[i]),
-                                     QString::fromUtf8(kPages[i].entry));
+    // The style has no large picture of a store; the source page shows ours.
+    QIcon picture = i == 1 ? StoreTypeIcon(dbtODBC) : style()->standardIcon(kPagePictures[i]);
+    auto* item = new QListWidgetItem(picture, QString::fromUtf8(kPages[i].entry));
     item->setData(Qt::UserRole, i);
     vbaExplorer_->addItem(item);
     widest = std::max(widest, metrics.horizontalAdvance(item->text()));
