@@ -259,13 +259,18 @@ void JobSourcePage::Load() {
 
 void JobSourcePage::FillObjectList() {
   CJobItem& source = form_.Job()->JobSource();
-  if (!HasObjectList(source.JobType)) return;
   const QSignalBlocker blocker(cboImportDBObjects);
-  ComboListControl list(*cboImportDBObjects);
-  if (CDatabase* store = source.Database())
-    store->DatabaseObjectsToList(list, jitUndefined);
-  else
-    list.Clear();
+  if (HasObjectList(source.JobType)) {
+    ComboListControl list(*cboImportDBObjects);
+    if (CDatabase* store = source.Database())
+      store->DatabaseObjectsToList(list, jitUndefined);
+    else
+      list.Clear();
+  } else {
+    // A statement has no object: the single entry stands for it, and the
+    // rule below makes it the name the preview selects from.
+    FillSingleEntry(source.JobType);
+  }
   if (SelectText(*cboImportDBObjects, source.ItemObjectName) < 0 && cboImportDBObjects->count()) {
     cboImportDBObjects->setCurrentIndex(0);
     source.ItemObjectName = S(cboImportDBObjects->itemText(0));
@@ -299,16 +304,20 @@ void JobSourcePage::FillColumnGrid() {
 void JobSourcePage::SetControls() {
   const int kind = form_.Job() ? form_.Job()->JobSource().JobType : jitTableView;
   panelDBSource->setEnabled(true);
-  const QSignalBlocker blocker(cboImportDBObjects);
-  if (kind == jitUDFView || kind == jitSQLInsertUpdate) {
-    cboImportDBObjects->clear();
-    cboImportDBObjects->addItem(kind == jitUDFView ? QStringLiteral("Abfrage über mehrere Tabellen")
-                                                   : QStringLiteral("Änderungsabfrage"));
-    cboImportDBObjects->setCurrentIndex(0);
+  if (!HasObjectList(kind)) {
+    const QSignalBlocker blocker(cboImportDBObjects);
+    FillSingleEntry(kind);
   }
   zsTab->setTabVisible(kTabStatement, !HasObjectList(kind));
   zsTab->setTabVisible(kTabColumns, kind != jitSQLInsertUpdate);
   zsTab->setTabVisible(kTabFilter, kind != jitSQLInsertUpdate);
+}
+
+void JobSourcePage::FillSingleEntry(int kind) {
+  cboImportDBObjects->clear();
+  cboImportDBObjects->addItem(kind == jitUDFView ? QStringLiteral("Abfrage über mehrere Tabellen")
+                                                 : QStringLiteral("Änderungsabfrage"));
+  cboImportDBObjects->setCurrentIndex(0);
 }
 
 void JobSourcePage::InitFilter() {

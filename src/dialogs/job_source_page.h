@@ -59,9 +59,11 @@ class JobSourcePage : public QWidget {
   // The entries of cboJobItemTypeSource for the family of `jobType`, the
   // entry of `jobType` selected. Emits nothing.
   void FillSourceTypes(int jobType);
-  // For the kinds with an object list: the source store's objects into
-  // cboImportDBObjects, ItemObjectName selected; when nothing is selected the
-  // first entry becomes ItemObjectName. Other kinds leave the combo alone.
+  // The source store's objects into cboImportDBObjects, or for jitUDFView
+  // and jitSQLInsertUpdate their single entry; ItemObjectName selected. When
+  // nothing is selected the first entry becomes ItemObjectName, so that a
+  // statement's job names its entry ("Abfrage über mehrere Tabellen"), which
+  // the preview then selects from and fails on.
   void FillObjectList();
   // Empties GridSourceFields.
   void ClearColumnGrid();
@@ -118,6 +120,9 @@ class JobSourcePage : public QWidget {
   QTableWidget* GridDemoData;
 
  private:
+  // The single entry of cboImportDBObjects for jitUDFView or
+  // jitSQLInsertUpdate, selected. Emits what the caller does not block.
+  void FillSingleEntry(int kind);
   void FilterChoiceMade(int row, QComboBox* combo);
   void TabChanged(int index);
 
