@@ -9,11 +9,18 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
+#include <QMouseEvent>
 #include <QPlainTextEdit>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTabWidget>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <memory>
@@ -22,6 +29,7 @@
 
 #include "core/converter.h"
 #include "core/dialogs.h"
+#include "dialogs/frm_data_source.h"
 #include "dialogs/job_general_page.h"
 #include "dialogs/job_mapping_page.h"
 #include "dialogs/job_script_page.h"
@@ -46,6 +54,36 @@ namespace {
 using testing::ModalAnswerer;
 
 constexpr int kRows = 30;
+
+// A user's click on a grid cell: press and release at its centre.
+void ClickCell(QTableWidget* grid, int row, int column) {
+  ASSERT_NE(grid->item(row, column), nullptr);
+  const QPointF at = grid->visualItemRect(grid->item(row, column)).center();
+  const QPointF global = grid->viewport()->mapToGlobal(at);
+  for (QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+    QMouseEvent event(type, at, global, Qt::LeftButton,
+                      type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton,
+                      Qt::NoModifier);
+    QApplication::sendEvent(grid->viewport(), &event);
+  }
+}
+
+void PressReturn(QWidget* widget) {
+  QKeyEvent press(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QStringLiteral("\r"));
+  QApplication::sendEvent(widget, &press);
+}
+
+std::vector<std::string> Items(const QComboBox* combo) {
+  std::vector<std::string> items;
+  for (int i = 0; i < combo->count(); ++i) items.push_back(combo->itemText(i).toStdString());
+  return items;
+}
+
+std::vector<std::string> ColumnNames(const CJobItem& side) {
+  std::vector<std::string> names;
+  for (const CJobItemColumn& column : side.Columns()) names.push_back(column.Name);
+  return names;
+}
 
 class FrmJobTest : public ::testing::Test {
  protected:
@@ -452,6 +490,253 @@ TEST_F(FrmJobTest, EveryPageRendersWithoutRunningTheDialog) {
     EXPECT_FALSE(form_.grab().isNull());
   }
   EXPECT_EQ(answerer_.Seen().size(), 0u);
+}
+
+// Picks a store type in the store dialog's explorer bar, as a click does.
+void SelectStoreType(QWidget& window, int type) {
+  auto* explorer = window.findChild<QListWidget*>("vbaExplorer");
+  for (int row = 0; row < explorer->count(); ++row)
+    if (explorer->item(row)->data(Qt::UserRole).toInt() == type) explorer->setCurrentRow(row);
+}
+
+// cmdChangeSourceDB: the store dialog opens on a new source store the first
+// time and on the side's own store later; a confirmed store becomes the
+// side's own, the kind follows its type, the object list is the new store's
+// and the columns are read anew, though through the project's source, as
+// record access always opens a side: a Kunden of the other file shows the
+// project's columns, and a text file the project's store cannot read leaves
+// the columns empty with the store's message. The project's source stays.
+TEST_F(FrmJobTest, AnotherSourceStoreBecomesTheSidesOwnAndItsColumnsAreReadAnew) {
+  const std::string other = Path("andere.db");
+  Execute(other, {"CREATE TABLE Kunden (Nr INTEGER, Name TEXT, Ort TEXT, Land TEXT)"});
+  const QString demo = QStringLiteral(KETROVA_TEST_DATA "/../../examples/demo/daten");
+  const std::string folder = Path("texte");
+  ASSERT_TRUE(QDir().mkpath(QString::fromStdString(folder)));
+  for (const QString& name : QDir(demo).entryList(QDir::Files))
+    ASSERT_TRUE(QFile::copy(demo + "/" + name, QString::fromStdString(folder) + "/" + name));
+  CJobItem& side = Job().JobSource();
+  side.ColumnByName("Name")->Visible = false;
+  side.ColumnByName("Ort")->DisplayName = "Wohnort";
+  side.Filtered = true;
+  CJobItemFilter& filter = side.Filters().Add();
+  filter.AndOr = "AND";
+  filter.Column = "Ort";
+  filter.FilterType = jftEqual;
+  filter.Value = "Bern";
+  form_.Load(Job());
+  form_.ShowPage(frmJob::kSource);
+  JobSourcePage& source = form_.SourcePage();
+  form_.SetLastError("alt");
+
+  answerer_.Act([&](QWidget& window) {
+    auto& dialog = dynamic_cast<frmDataSource&>(window);
+    EXPECT_EQ(window.findChild<QLabel*>("lblContext")->text(), "Quelldatenspeicher wählen");
+    EXPECT_EQ(dialog.PageType(), dbtODBC);
+    EXPECT_EQ(window.findChild<QLineEdit*>("txtDatabase")->text(), "")
+        << "a new store, not the project's";
+    window.findChild<QComboBox*>("cboDrivers")->setEditText("SQLite3");
+    window.findChild<QLineEdit*>("txtDatabase")->setText(QString::fromStdString(other));
+    window.findChild<QPushButton*>("ButtonOK")->click();
+  });
+  source.cmdChangeSourceDB->click();
+  ASSERT_EQ(answerer_.Seen().size(), 1u);
+  EXPECT_EQ(answerer_.Seen()[0].problem, "");
+
+  ASSERT_TRUE(side.DifferentDataBase());
+  CDatabase* own = side.Database();
+  ASSERT_NE(own, &project_.SourceDataBase());
+  EXPECT_EQ(own->DatabaseType, dbtODBC);
+  EXPECT_EQ(own->DatabaseName, other);
+  EXPECT_EQ(own->DatabaseDirection, dbdSource);
+  EXPECT_EQ(project_.SourceDataBase().DatabaseName, Path("quelle.db"));
+  EXPECT_EQ(side.JobType, jitTableView);
+  EXPECT_EQ(source.cboJobItemTypeSource->count(), 3);
+  EXPECT_EQ(source.cboJobItemTypeSource->currentText(), "Datenbanktabelle");
+  EXPECT_EQ(side.ItemObjectName, "Kunden");
+  EXPECT_EQ(ColumnNames(side), (std::vector<std::string>{"Nr", "Name", "Ort"}));
+  EXPECT_TRUE(side.ColumnByName("Name")->Visible);
+  EXPECT_EQ(side.ColumnByName("Ort")->DisplayName, "Ort");
+  EXPECT_EQ(side.Filters().Count(), 0);
+  EXPECT_EQ(source.GridSourceFields->rowCount(), 3);
+  EXPECT_EQ(source.GridSourceFields->item(1, 2)->data(JobSourcePage::kPictureRole), "OKChecked");
+  EXPECT_EQ(source.cboFilterOperator[0]->currentIndex(), -1);
+  EXPECT_EQ(form_.LastError(), "");
+  EXPECT_EQ(form_.findChild<QLabel*>("LabelInfo")->text(), "");
+  EXPECT_FALSE(form_.ProgressBar().isVisibleTo(&form_));
+
+  // The second time the dialog shows the side's own store; Cancel keeps it.
+  answerer_.Act([&](QWidget& window) {
+    EXPECT_EQ(window.findChild<QLineEdit*>("txtDatabase")->text().toStdString(), other);
+    window.findChild<QPushButton*>("ButtonCancel")->click();
+  });
+  source.cmdChangeSourceDB->click();
+  ASSERT_EQ(answerer_.Seen().size(), 2u);
+  EXPECT_EQ(side.Database(), own);
+  EXPECT_EQ(side.ItemObjectName, "Kunden");
+
+  answerer_.Act([&](QWidget& window) {
+    SelectStoreType(window, dbtText);
+    window.findChild<QLineEdit*>("EditTextFileFileName")->setText(QString::fromStdString(folder));
+    window.findChild<QPushButton*>("ButtonOK")->click();
+  });
+  source.cmdChangeSourceDB->click();
+  ASSERT_EQ(answerer_.Seen().size(), 3u);
+  EXPECT_EQ(answerer_.Seen()[2].problem, "");
+  own = side.Database();
+  EXPECT_EQ(own->DatabaseType, dbtText);
+  EXPECT_EQ(own->DatabaseFileName, folder);
+  EXPECT_EQ(side.JobType, jitText);
+  EXPECT_EQ(Items(source.cboJobItemTypeSource), std::vector<std::string>{"Textdatei"});
+  EXPECT_EQ(Items(source.cboImportDBObjects),
+            (std::vector<std::string>{"auftraege.csv", "kunden.csv"}));
+  EXPECT_EQ(side.ItemObjectName, "auftraege.csv");
+  EXPECT_EQ(side.Columns().Count(), 0);
+  EXPECT_EQ(source.GridSourceFields->rowCount(), 0);
+  EXPECT_NE(form_.LastError().find("auftraege.csv"), std::string::npos) << form_.LastError();
+  EXPECT_TRUE(form_.findChild<QWidget*>("ImageError")->isVisibleTo(&form_));
+  EXPECT_EQ(form_.findChild<QLabel*>("lblContextDetail")->text().toStdString(),
+            own->DatabaseTypeString() + " [auftraege.csv]");
+
+  // The own store is the project file's too.
+  const CJobItem& saved = Saved().JobSource();
+  EXPECT_TRUE(saved.DifferentDataBase());
+  ASSERT_NE(saved.Database(), nullptr);
+  EXPECT_EQ(saved.Database()->DatabaseType, dbtText);
+  EXPECT_EQ(saved.Database()->DatabaseFileName, folder);
+  EXPECT_EQ(saved.ItemObjectName, "auftraege.csv");
+}
+
+// A view with a statement of the user: leaving the statement tab reads the
+// statement's columns; the preview selects from the object name, which is
+// the entry standing for the statement, and fails with the store's message.
+TEST_F(FrmJobTest, AStatementsColumnsAppearWhenItsTabIsLeftAndItsPreviewFails) {
+  form_.Load(Job());
+  form_.ShowPage(frmJob::kSource);
+  JobSourcePage& source = form_.SourcePage();
+  QTabWidget* tabs = source.zsTab;
+  EXPECT_FALSE(tabs->isTabVisible(JobSourcePage::kTabStatement));
+  source.cboJobItemTypeSource->setCurrentIndex(
+      source.cboJobItemTypeSource->findData(static_cast<int>(jitUDFView)));
+  CJobItem& side = Job().JobSource();
+  ASSERT_EQ(side.JobType, jitUDFView);
+  EXPECT_TRUE(tabs->isTabVisible(JobSourcePage::kTabStatement));
+  EXPECT_EQ(Items(source.cboImportDBObjects),
+            std::vector<std::string>{"Abfrage über mehrere Tabellen"});
+  EXPECT_EQ(side.ItemObjectName, "Abfrage über mehrere Tabellen");
+
+  const std::string sql = "SELECT Nr, Name AS Titel FROM Kunden WHERE Ort = 'Bern'";
+  tabs->setCurrentIndex(JobSourcePage::kTabStatement);
+  source.EditSQL->setPlainText(QString::fromStdString(sql));
+  EXPECT_EQ(ColumnNames(side), (std::vector<std::string>{"Nr", "Name", "Ort"}));
+  tabs->setCurrentIndex(JobSourcePage::kTabFilter);
+  EXPECT_EQ(side.SQL, sql);
+  EXPECT_EQ(ColumnNames(side), (std::vector<std::string>{"Nr", "Titel"}));
+  EXPECT_EQ(source.GridSourceFields->rowCount(), 2);
+  EXPECT_EQ(source.GridSourceFields->item(1, 1)->text(), "Titel");
+  EXPECT_EQ(Items(source.cboFilterColumns[0]), (std::vector<std::string>{"Nr", "Titel"}));
+  EXPECT_EQ(form_.MappingPage().SourceRowCount(), 2);
+  EXPECT_EQ(form_.LastError(), "");
+
+  // Between the other tabs the statement is not read.
+  source.EditSQL->setPlainText("SELECT Nr FROM Kunden");
+  tabs->setCurrentIndex(JobSourcePage::kTabColumns);
+  EXPECT_EQ(side.SQL, sql);
+  EXPECT_EQ(ColumnNames(side), (std::vector<std::string>{"Nr", "Titel"}));
+
+  form_.findChild<QCheckBox*>("CheckDemoData")->setChecked(true);
+  EXPECT_EQ(source.GridDemoData->rowCount(), 0);
+  EXPECT_NE(side.LastErrorMessage, "");
+  EXPECT_EQ(form_.LastError(), side.LastErrorMessage);
+  EXPECT_NE(form_.LastError().find("Abfrage über mehrere Tabellen"), std::string::npos)
+      << form_.LastError();
+}
+
+// "Bezeichnung": a click shows EditGridSourceColumns over the cell; Return
+// writes the title into the cell and the column's DisplayName at once. A
+// column the job no longer has gives the box and keeps the editor hidden.
+TEST_F(FrmJobTest, ATitleTypedOverItsCellReachesTheColumnOrTellsItIsMissing) {
+  form_.Load(Job());
+  form_.ShowPage(frmJob::kSource);
+  form_.show();
+  JobSourcePage& source = form_.SourcePage();
+  source.zsTab->setCurrentIndex(JobSourcePage::kTabColumns);
+  QTableWidget* grid = source.GridSourceFields;
+  QLineEdit* editor = source.EditGridSourceColumns;
+  ASSERT_EQ(grid->item(1, 1)->text(), "Name");
+
+  ClickCell(grid, 1, 3);
+  ASSERT_TRUE(editor->isVisible());
+  EXPECT_EQ(editor->geometry(), grid->visualItemRect(grid->item(1, 3)));
+  EXPECT_EQ(editor->text(), grid->item(1, 3)->text());
+  editor->setText("Kundenname");
+  PressReturn(editor);
+  EXPECT_FALSE(editor->isVisible());
+  EXPECT_EQ(grid->item(1, 3)->text(), "Kundenname");
+  EXPECT_EQ(Job().JobSource().ColumnByName("Name")->DisplayName, "Kundenname");
+  EXPECT_EQ(Job().JobSource().ColumnByName("Ort")->DisplayName, "Ort");
+
+  // A click on another column of the row opens no editor.
+  ClickCell(grid, 2, 1);
+  EXPECT_FALSE(editor->isVisible());
+
+  ClickCell(grid, 2, 3);
+  ASSERT_TRUE(editor->isVisible());
+  Job().JobSource().ColumnByName("Ort")->Name = "Stadt";  // the column is gone
+  editor->setText("Wohnort");
+  answerer_.PressButton("vbOK");
+  PressReturn(editor);
+  ASSERT_EQ(answerer_.Seen().size(), 1u);
+  EXPECT_EQ(answerer_.Seen()[0].text, "Die Quellspalte Ort konnte nicht ermittelt werden.");
+  EXPECT_EQ(answerer_.Seen()[0].title, "Ketrova");
+  EXPECT_EQ(answerer_.Seen()[0].icon, 48);
+  EXPECT_FALSE(editor->isVisible());
+  EXPECT_EQ(Job().JobSource().ColumnByName("Stadt")->DisplayName, "Ort");
+  form_.hide();
+
+  EXPECT_EQ(Saved().JobSource().ColumnByName("Name")->DisplayName, "Kundenname");
+}
+
+// The operators of the three filter rows: an Outlook source has no
+// "enthält" entries, other sources start with them; item data is the filter
+// type, and a stored filter finds its operator by it.
+TEST_F(FrmJobTest, AnOutlookSourceOffersNoContainsOperators) {
+  const std::vector<std::string> compare = {"ist gleich",      "ist nicht gleich",
+                                            "ist kleiner als", "ist kleiner oder gleich",
+                                            "ist größer",      "ist größer oder gleich"};
+  CJobItemFilter& filter = Job().JobSource().Filters().Add();
+  filter.AndOr = "AND";
+  filter.Column = "Ort";
+  filter.FilterType = jftNotEqual;
+  filter.Value = "Bern";
+  struct Case {
+    int storeType;
+    int kind;
+    const char* entry;
+    bool contains;
+  };
+  for (const Case& c : {Case{dbtOutlook, jitOutlook, "MS-Outlook", false},
+                        Case{dbtODBC, jitTableView, "Datenbanktabelle", true}}) {
+    SCOPED_TRACE(c.entry);
+    project_.SourceDataBase().DatabaseType = c.storeType;
+    Job().JobSource().JobType = c.kind;
+    frmJob form;
+    form.SetConverter(&project_);
+    form.Load(Job());
+    form.ShowPage(frmJob::kSource);
+    JobSourcePage& source = form.SourcePage();
+    EXPECT_EQ(source.cboJobItemTypeSource->currentText().toStdString(), c.entry);
+    std::vector<std::string> expected = compare;
+    if (c.contains) expected.insert(expected.begin(), {"enthält", "enthält nicht"});
+    for (int row = 0; row < 3; ++row) {
+      QComboBox* operators = source.cboFilterOperator[row];
+      EXPECT_EQ(Items(operators), expected) << row;
+      const int first = c.contains ? jftLike : jftEqual;
+      for (int i = 0; i < operators->count(); ++i)
+        EXPECT_EQ(operators->itemData(i).toInt(), first + i) << row;
+    }
+    EXPECT_EQ(source.cboFilterOperator[0]->currentText(), "ist nicht gleich");
+    EXPECT_EQ(source.cboFilterOperator[1]->currentIndex(), -1);
+  }
 }
 
 }  // namespace
