@@ -166,6 +166,10 @@ void ModalAnswerer::Turn() {
   if (answering_) return;
   QWidget* window = QApplication::activeModalWidget();
   if (!window || !window->isVisible()) return;
+  // A window whose answer is still at work (an Act that clicked a button whose
+  // box has just been answered) is not met anew until that answer returns.
+  for (const QPointer<QWidget>& busy : busy_)
+    if (busy == window) return;
   if (window != current_) {
     Record(*window);
     current_ = window;
@@ -188,7 +192,9 @@ void ModalAnswerer::Turn() {
     answering_ = false;
     current_ = nullptr;  // a window still open after its answer is met anew
     if (!target) return;
+    busy_.push_back(target);
     std::string problem = answer ? answer(*target) : "nothing queued";
+    busy_.pop_back();
     if (problem.empty()) return;
     seen_[index].problem = problem;
     if (StillOpen(target)) Reject(*target);

@@ -91,8 +91,9 @@ class ModalAnswerer {
   QTimer timer_;
   std::deque<Answer> answers_;
   std::vector<SeenModal> seen_;
-  QPointer<QWidget> current_;  // the window of the last record
-  bool answering_ = false;     // an answer is posted and not yet given
+  QPointer<QWidget> current_;            // the window of the last record
+  std::vector<QPointer<QWidget>> busy_;  // windows whose answer is running
+  bool answering_ = false;               // an answer is posted and not yet given
   int listingTurns_ = 0;
   int listedBefore_ = -1;
 };
