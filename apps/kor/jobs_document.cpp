@@ -97,11 +97,20 @@ void JobsDocument::Edit(int place, int indexAfter) {
   try {
     result = project->JobEdit(place, indexAfter);
   } catch (const ketrova::VbError& e) {
-    // The list refused the new job (a key taken after deletions): nothing of
-    // the list is lost.
+    // The list refused the new job: after a deletion the next number can be
+    // a key it still holds (CJobs renumbers its jobs, not its keys). JobEdit
+    // had the job alone, so the job and what was entered for it are gone;
+    // nothing of the list is lost. The user is told so, and how to go on:
+    // a project loaded anew holds fresh keys.
     ketrova::Err().Set(e);
     result = ketrova::BuildErrorText(1, "", "Aufgabe einfügen");
     ketrova::Err().Clear();
+    if (indexAfter > -1)
+      result =
+          "Die neue Aufgabe konnte nicht in die Liste aufgenommen werden und ist verworfen "
+          "worden. Speichern Sie das Projekt und öffnen Sie es erneut, bevor Sie eine neue "
+          "Aufgabe anlegen.\r\n" +
+          result;
   }
   if (result != "OK" && result != "CANCEL")
     ketrova::ui::Current().MsgBox(result, ketrova::ui::vbExclamation, project->ProductName());
