@@ -2,7 +2,9 @@
 // opens frmJob on the demo's first job, a mapping is changed and a filter
 // set, OK, the project saved and run from the toolbar; the SQLite file then
 // holds exactly the filtered records in the mapped columns.
+#include <QAbstractItemModel>
 #include <QAbstractItemView>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
@@ -128,6 +130,142 @@ TEST_F(KorTest, AJobEditedInTheEditorRunsWithItsMappingAndFilter) {
             (std::vector<std::string>{"K1001|Jürgen|München", "K1006|Sören|Hamburg"}));
   EXPECT_EQ(Rows(database, "SELECT COUNT(*) FROM Kunden WHERE Vorname IS NULL"),
             std::vector<std::string>{"2"});
+}
+
+// Picks an entry of a combo box as the user does.
+void Choose(QWidget& form, const char* combo, const QString& text) {
+  auto* box = form.findChild<QComboBox*>(QLatin1String(combo));
+  ASSERT_NE(box, nullptr) << combo;
+  const int index = box->findText(text);
+  ASSERT_GE(index, 0) << text.toStdString();
+  box->setCurrentIndex(index);
+  emit box->activated(index);
+}
+
+JobsDocument& OpenJobs(KorApplication& host) {
+  host.OpenDocument("KetrovatorCTL.frmJobs");
+  auto* jobs = qobject_cast<JobsDocument*>(host.Window().Document("KetrovatorCTL.frmJobs"));
+  EXPECT_NE(jobs, nullptr);
+  return *jobs;
+}
+
+void Click(QWidget& document, const char* button) {
+  auto* b = document.findChild<QPushButton*>(QLatin1String(button));
+  ASSERT_NE(b, nullptr) << button;
+  b->click();
+}
+
+std::vector<std::string> Captions(ketrova::CConverter& project) {
+  std::vector<std::string> captions;
+  for (int i = 1; i <= project.Jobs().Count(); ++i)
+    captions.push_back(project.Jobs().Item(i).Caption);
+  return captions;
+}
+
+TEST_F(KorTest, ANewJobFromTheEditorLandsAfterTheSelectedPlace) {
+  KorApplication& host = StartHost(Demo() + "/demo.cpf");
+  auto project = host.Object("Converter");
+  JobsDocument& jobs = OpenJobs(host);
+  QAbstractItemModel& model = *jobs.List().model();
+  jobs.List().selectRow(0);
+
+  // Cancelled, the new job never reaches the list.
+  answerer_.Cancel();
+  Click(jobs, "zsButtonNew");
+  ASSERT_EQ(answerer_.Seen().size(), 1u);
+  EXPECT_EQ(answerer_.Seen()[0].name, "frmJob");
+  EXPECT_EQ(Captions(*project),
+            (std::vector<std::string>{"Kunden übernehmen", "Aufträge in Euro"}));
+
+  std::string problem = "editor not reached";
+  answerer_.Act([&](QWidget& form) {
+    problem.clear();
+    form.findChild<QLineEdit*>("EditJobCaption")->setText("Kunden in neue Tabelle");
+    Choose(form, "cboImportDBObjects", "kunden.csv");
+    auto* target = form.findChild<QComboBox*>("cboExportDBTables");
+    target->setEditText("KundenNeu");
+    emit target->lineEdit()->editingFinished();
+    form.findChild<QPushButton*>("cmdCopyAllSourceColumn2AllTargetColumn")->click();
+    form.findChild<QPushButton*>("ButtonOK")->click();
+    if (form.isVisible()) problem = "OK did not close the editor";
+  });
+  Click(jobs, "zsButtonNew");
+  ASSERT_EQ(problem, "");
+  ASSERT_EQ(answerer_.Seen().size(), 2u);
+  EXPECT_EQ(Captions(*project),
+            (std::vector<std::string>{"Kunden übernehmen", "Kunden in neue Tabelle",
+                                      "Aufträge in Euro"}));
+  ketrova::CJob& added = project->Jobs().Item(2);
+  EXPECT_EQ(added.Index, 2);
+  EXPECT_EQ(added.JobSource().ItemObjectName, "kunden.csv");
+  EXPECT_EQ(added.JobDest().ItemObjectName, "KundenNeu");
+  EXPECT_TRUE(added.JobDest().CreateTable);
+  EXPECT_EQ(added.JobDest().ColumnByName("Ort")->SourceColumn, "Ort");
+  EXPECT_TRUE(added.Validate) << added.ValidateError;
+  ASSERT_EQ(model.rowCount(), 3);
+  EXPECT_EQ(model.index(1, 2).data().toString(), "Kunden in neue Tabelle");
+  EXPECT_EQ(Info(), "Projekt : Demo: Kunden und Aufträge (3 / 3 Aufgaben )");
+
+  // Nothing selected: the new job goes first.
+  jobs.List().clearSelection();
+  answerer_.Act([&](QWidget& form) {
+    form.findChild<QLineEdit*>("EditJobCaption")->setText("Ruht");
+    form.findChild<QCheckBox*>("CheckActive")->setChecked(false);
+    form.findChild<QPushButton*>("ButtonOK")->click();
+  });
+  Click(jobs, "zsButtonNew");
+  ASSERT_EQ(project->Jobs().Count(), 4);
+  EXPECT_EQ(project->Jobs().Item(1).Caption, "Ruht");
+  EXPECT_EQ(model.index(0, 2).data().toString(), "Ruht");
+  EXPECT_EQ(Info(), "Projekt : Demo: Kunden und Aufträge (3 / 4 Aufgaben )");
+}
+
+// After a deletion the next new job's number is a key the list still holds:
+// the list refuses it. The user is told, in German, that the new job was
+// dropped and how to go on; no job of the list is lost, and once the project
+// is saved and opened again a new job is taken.
+TEST_F(KorTest, ANewJobWhoseKeyTheListHoldsIsReportedAndLosesNoJob) {
+  KorApplication& host = StartHost(Demo() + "/demo.cpf");
+  auto project = host.Object("Converter");
+  JobsDocument& jobs = OpenJobs(host);
+  jobs.List().selectRow(0);
+  answerer_.PressButton("vbYes");
+  Click(jobs, "zsButtonDelete");
+  ASSERT_EQ(Captions(*project), std::vector<std::string>{"Aufträge in Euro"});
+
+  auto confirmInactive = [](QWidget& form) {
+    form.findChild<QLineEdit*>("EditJobCaption")->setText("Neu");
+    form.findChild<QCheckBox*>("CheckActive")->setChecked(false);
+    form.findChild<QPushButton*>("ButtonOK")->click();
+  };
+  jobs.List().selectRow(0);
+  answerer_.Act(confirmInactive);
+  answerer_.PressButton("vbOK");
+  Click(jobs, "zsButtonNew");
+  ASSERT_EQ(answerer_.Seen().size(), 3u);
+  EXPECT_EQ(answerer_.Seen()[1].name, "frmJob");
+  const std::string message = answerer_.Seen()[2].text;
+  EXPECT_EQ(message.rfind("Die neue Aufgabe konnte nicht in die Liste aufgenommen werden und ist "
+                          "verworfen worden.",
+                          0),
+            0u)
+      << message;
+  EXPECT_NE(message.find("Fehler Nr.: 457"), std::string::npos) << message;
+  EXPECT_NE(message.find("Ausgeführte Aktion: Aufgabe einfügen"), std::string::npos) << message;
+  EXPECT_EQ(answerer_.Seen()[2].title, "Ketrova");
+  EXPECT_EQ(Captions(*project), std::vector<std::string>{"Aufträge in Euro"});
+  EXPECT_EQ(jobs.List().model()->rowCount(), 1);
+  EXPECT_EQ(Info(), "Projekt : Demo: Kunden und Aufträge (1 / 1 Aufgaben )");
+
+  // Saved and opened again, the list numbers its keys afresh.
+  ASSERT_EQ(project->SaveProject(""), "");
+  ASSERT_EQ(project->LoadProject((Demo() + "/demo.cpf").toStdString()), "");
+  jobs.Refresh();
+  jobs.List().selectRow(0);
+  answerer_.Act(confirmInactive);
+  Click(jobs, "zsButtonNew");
+  EXPECT_EQ(Captions(*project), (std::vector<std::string>{"Aufträge in Euro", "Neu"}));
+  EXPECT_EQ(answerer_.Seen().size(), 4u);
 }
 
 }  // namespace
