@@ -1,7 +1,9 @@
 // The job editor end to end in the real host: the jobs document's edit button
 // opens frmJob on the demo's first job, a mapping is changed and a filter
 // set, OK, the project saved and run from the toolbar; the SQLite file then
-// holds exactly the filtered records in the mapped columns.
+// holds exactly the filtered records in the mapped columns. The new button
+// through the editor: where a confirmed new job lands, and a new job the list
+// refuses after a deletion.
 #include <QAbstractItemModel>
 #include <QAbstractItemView>
 #include <QCheckBox>
