@@ -20,6 +20,11 @@ packages=(
   # libqt6gui6), QScintilla for the script editors and a font for windows
   # rendered offscreen
   qt6-base-dev libqscintilla2-qt6-dev fonts-dejavu-core
+  # the Debian package (scripts/package.sh) and its test: shlibdeps, the icon's
+  # pictures, lintian, the checks of the desktop entry, the AppStream data and
+  # the MIME type (xdg-mime answers through File::MimeInfo's mimetype)
+  dpkg-dev librsvg2-bin lintian desktop-file-utils appstream shared-mime-info
+  xdg-utils libfile-mimeinfo-perl
 )
 
 missing=()

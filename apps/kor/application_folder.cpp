@@ -53,7 +53,7 @@ ApplicationFolder PrepareApplicationFolder(const QString& home, const QString& d
 }
 
 QString DataFolder() {
-  QString installed = QCoreApplication::applicationDirPath() + "/../share/ketrova";
+  QString installed = QCoreApplication::applicationDirPath() + "/" KOR_INSTALLED_DATA_DIR;
   if (QFileInfo(installed + "/Images").isDir()) return QDir::cleanPath(installed);
   return QStringLiteral(KOR_SOURCE_DATA_DIR);
 }
@@ -61,7 +61,7 @@ QString DataFolder() {
 QString PluginFolder() {
   QString beside = QCoreApplication::applicationDirPath() + "/plugins";
   if (QFileInfo(beside).isDir()) return beside;
-  return QDir::cleanPath(QCoreApplication::applicationDirPath() + "/../lib/ketrova/plugins");
+  return QDir::cleanPath(QCoreApplication::applicationDirPath() + "/" KOR_INSTALLED_PLUGIN_DIR);
 }
 
 }  // namespace kor

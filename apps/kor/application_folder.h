@@ -27,7 +27,7 @@ ApplicationFolder PrepareApplicationFolder(const QString& home, const QString& d
 QString DataFolder();
 
 // The plug-ins folder: "plugins" beside the binary (the build tree), else
-// <prefix>/lib/ketrova/plugins.
+// <prefix>/lib/<multiarch>/ketrova/plugins.
 QString PluginFolder();
 
 }  // namespace kor
