@@ -11,6 +11,7 @@
 
 #include "core/converter.h"
 #include "core/enums.h"
+#include "dialogs/combo_list_control.h"
 #include "stores/database.h"
 #include "support/system.h"
 #include "support/text.h"
@@ -203,31 +204,6 @@ QString Q(const std::string& text) {
 
 }  // namespace
 
-int ComboBoxList::ListCount() const {
-  return combo_.count();
-}
-std::string ComboBoxList::List(int index) const {
-  return combo_.itemText(index).toStdString();
-}
-std::int64_t ComboBoxList::ItemData(int index) const {
-  return combo_.itemData(index).toLongLong();
-}
-void ComboBoxList::Clear() {
-  combo_.clear();
-}
-void ComboBoxList::AddItem(const std::string& text) {
-  combo_.addItem(Q(text));
-}
-void ComboBoxList::RemoveItem(int index) {
-  combo_.removeItem(index);
-}
-void ComboBoxList::SetItemData(int index, std::int64_t value) {
-  combo_.setItemData(index, QVariant::fromValue<qlonglong>(value));
-}
-void ComboBoxList::SetListIndex(int index) {
-  combo_.setCurrentIndex(index);
-}
-
 const std::vector<StorePage>& StorePages() {
   return kPages;
 }
@@ -317,7 +293,7 @@ void LoadStorePage(const StorePage& page, QWidget& widget, const CDatabase& data
     if (field.kind == K::kCombo) {
       auto* combo = widget.findChild<QComboBox*>(QString::fromUtf8(field.name));
       if (!combo) continue;
-      ComboBoxList list(*combo);
+      ComboListControl list(*combo);
       int index = value.empty() && combo->count() > 0 && IsEqual(list.List(0), kNoDataSource)
                       ? 0
                       : ComboFindText(value, list);

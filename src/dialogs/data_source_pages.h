@@ -64,24 +64,6 @@ const StorePage* StorePageOf(int type);
 // source": it is shown for an empty DataSourceName and stored as "".
 inline constexpr const char* kNoDataSource = "(Keine)";
 
-// A QComboBox as the list control that the ODBC listing fills and the
-// look-ups search.
-class ComboBoxList : public ListControl {
- public:
-  explicit ComboBoxList(QComboBox& combo) : combo_(combo) {}
-  int ListCount() const override;
-  std::string List(int index) const override;
-  std::int64_t ItemData(int index) const override;
-  void Clear() override;
-  void AddItem(const std::string& text) override;
-  void RemoveItem(int index) override;
-  void SetItemData(int index, std::int64_t value) override;
-  void SetListIndex(int index) override;
-
- private:
-  QComboBox& combo_;
-};
-
 // Builds the page's widget (object name "picContent" + type): a title, the
 // help text, the fields with their captions and the chooser button, all
 // named as the table names them.

@@ -13,6 +13,7 @@
 #include <QVBoxLayout>
 
 #include "core/converter.h"
+#include "dialogs/combo_list_control.h"
 #include "dialogs/data_source_pages.h"
 #include "dialogs/file_name_dialog.h"
 #include "dialogs/store_pictures.h"
@@ -207,8 +208,8 @@ void frmDataSource::BuildForm() {
 
 bool frmDataSource::Prepare(CDatabase& database) {
   m_Database = &database;
-  ComboBoxList dsnList(*cboDSNList_);
-  ComboBoxList driverList(*cboDrivers_);
+  ComboListControl dsnList(*cboDSNList_);
+  ComboListControl driverList(*cboDrivers_);
   FillODBCDataSources(dsnList, &driverList);
 
   const bool source = DSType == 0 || DSType == dbdSource;

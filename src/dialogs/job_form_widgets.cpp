@@ -62,29 +62,4 @@ std::int64_t SelectedItemData(const QComboBox& combo, std::int64_t none) {
   return combo.currentData().toLongLong();
 }
 
-int ComboListControl::ListCount() const {
-  return combo_.count();
-}
-std::string ComboListControl::List(int index) const {
-  return S(combo_.itemText(index));
-}
-std::int64_t ComboListControl::ItemData(int index) const {
-  return combo_.itemData(index).toLongLong();
-}
-void ComboListControl::Clear() {
-  combo_.clear();
-}
-void ComboListControl::AddItem(const std::string& text) {
-  combo_.addItem(Q(text), QVariant::fromValue<qlonglong>(0));
-}
-void ComboListControl::RemoveItem(int index) {
-  combo_.removeItem(index);
-}
-void ComboListControl::SetItemData(int index, std::int64_t value) {
-  combo_.setItemData(index, QVariant::fromValue<qlonglong>(value));
-}
-void ComboListControl::SetListIndex(int index) {
-  combo_.setCurrentIndex(index);
-}
-
 }  // namespace ketrova::dialogs::jobform

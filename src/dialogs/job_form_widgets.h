@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 
+#include "dialogs/combo_list_control.h"
 #include "stores/list_controls.h"
 
 class QCheckBox;
@@ -41,21 +42,7 @@ int SelectText(QComboBox& combo, const std::string& text);
 // The item data of the selected entry, `none` without a selection.
 std::int64_t SelectedItemData(const QComboBox& combo, std::int64_t none = 0);
 
-// A QComboBox as a ListControl; the combo must outlive it.
-class ComboListControl : public ListControl {
- public:
-  explicit ComboListControl(QComboBox& combo) : combo_(combo) {}
-  int ListCount() const override;
-  std::string List(int index) const override;
-  std::int64_t ItemData(int index) const override;
-  void Clear() override;
-  void AddItem(const std::string& text) override;
-  void RemoveItem(int index) override;
-  void SetItemData(int index, std::int64_t value) override;
-  void SetListIndex(int index) override;
-
- private:
-  QComboBox& combo_;
-};
+// The shared adapter, under the name the pages use.
+using dialogs::ComboListControl;
 
 }  // namespace ketrova::dialogs::jobform

@@ -11,11 +11,15 @@
 #include <QTemporaryDir>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "kor_application.h"
 #include "modal_answerer.h"
 
 namespace kor::testing {
+
+// The rows of `sql` on the SQLite file, each as its values joined by "|".
+std::vector<std::string> SqliteRows(const QString& file, const std::string& sql);
 
 class KorTest : public ::testing::Test {
  protected:

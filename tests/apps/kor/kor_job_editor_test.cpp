@@ -29,22 +29,6 @@
 namespace kor::testing {
 namespace {
 
-std::vector<std::string> Rows(const QString& file, const std::string& sql) {
-  auto connection = std::make_shared<ketrova::ado::Connection>();
-  connection->Open("Driver={SQLite3};Database=" + file.toStdString());
-  std::vector<std::string> rows;
-  ketrova::ado::RecordsetPtr rs = connection->Execute(sql);
-  for (; !rs->Eof(); rs->MoveNext()) {
-    std::string row;
-    for (int i = 0; i < rs->GetFields().Count(); ++i)
-      row += (i ? "|" : "") + rs->GetFields().Item(i).Value().ToText();
-    rows.push_back(row);
-  }
-  rs->Close();
-  connection->Close();
-  return rows;
-}
-
 // The row of `grid` whose `column` reads `text`; -1 when none.
 int RowOf(QTableWidget& grid, int column, const QString& text) {
   for (int row = 0; row < grid.rowCount(); ++row)
@@ -128,9 +112,9 @@ TEST_F(KorTest, AJobEditedInTheEditorRunsWithItsMappingAndFilter) {
   EXPECT_EQ(answerer_.Seen()[1].name, "frmEngine");
 
   const QString database = Demo() + "/demo.sqlite";
-  EXPECT_EQ(Rows(database, "SELECT KundenNr, Name, Ort FROM Kunden ORDER BY KundenNr"),
+  EXPECT_EQ(SqliteRows(database, "SELECT KundenNr, Name, Ort FROM Kunden ORDER BY KundenNr"),
             (std::vector<std::string>{"K1001|Jürgen|München", "K1006|Sören|Hamburg"}));
-  EXPECT_EQ(Rows(database, "SELECT COUNT(*) FROM Kunden WHERE Vorname IS NULL"),
+  EXPECT_EQ(SqliteRows(database, "SELECT COUNT(*) FROM Kunden WHERE Vorname IS NULL"),
             std::vector<std::string>{"2"});
 }
 

@@ -16,22 +16,6 @@
 namespace kor::testing {
 namespace {
 
-std::vector<std::string> Rows(const QString& file, const std::string& sql) {
-  auto connection = std::make_shared<ketrova::ado::Connection>();
-  connection->Open("Driver={SQLite3};Database=" + file.toStdString());
-  std::vector<std::string> rows;
-  ketrova::ado::RecordsetPtr rs = connection->Execute(sql);
-  for (; !rs->Eof(); rs->MoveNext()) {
-    std::string row;
-    for (int i = 0; i < rs->GetFields().Count(); ++i)
-      row += (i ? "|" : "") + rs->GetFields().Item(i).Value().ToText();
-    rows.push_back(row);
-  }
-  rs->Close();
-  connection->Close();
-  return rows;
-}
-
 TEST_F(KorTest, DemoRunFromTheToolbarFillsTheSQLiteFile) {
   StartHost(Demo() + "/demo.cpf");
   ASSERT_TRUE(Enabled("ProjectRun"));
@@ -66,12 +50,12 @@ TEST_F(KorTest, DemoRunFromTheToolbarFillsTheSQLiteFile) {
 
   const QString database = Demo() + "/demo.sqlite";
   // K1003 comes twice and is updated by its key.
-  EXPECT_EQ(Rows(database, "SELECT COUNT(*) FROM Kunden"), std::vector<std::string>{"7"});
-  EXPECT_EQ(Rows(database, "SELECT Name, Ort FROM Kunden WHERE KundenNr = 'K1001'"),
+  EXPECT_EQ(SqliteRows(database, "SELECT COUNT(*) FROM Kunden"), std::vector<std::string>{"7"});
+  EXPECT_EQ(SqliteRows(database, "SELECT Name, Ort FROM Kunden WHERE KundenNr = 'K1001'"),
             std::vector<std::string>{"Müller|München"});
-  EXPECT_EQ(Rows(database, "SELECT COUNT(*) FROM Auftraege WHERE Waehrung = 'EUR'"),
+  EXPECT_EQ(SqliteRows(database, "SELECT COUNT(*) FROM Auftraege WHERE Waehrung = 'EUR'"),
             std::vector<std::string>{"7"});
-  EXPECT_EQ(Rows(database, "SELECT Artikel, Status FROM Auftraege WHERE AuftragNr = 1"),
+  EXPECT_EQ(SqliteRows(database, "SELECT Artikel, Status FROM Auftraege WHERE AuftragNr = 1"),
             std::vector<std::string>{"Schraubenschlüssel|bezahlt"});
   EXPECT_TRUE(QFile::exists(Demo() + "/demo.LOG"));
 }
