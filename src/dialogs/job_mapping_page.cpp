@@ -175,7 +175,7 @@ void JobMappingPage::InitTargetColumns() {
       SetCell(gridTarget_, row, kTarget, column.TargetColumn);
     }
   } catch (...) {
-    // A failure leaves the rows filled so far.
+    // Filling the grid ends silently on any failure, with the rows filled so far.
   }
 }
 
