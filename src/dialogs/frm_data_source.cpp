@@ -15,6 +15,7 @@
 #include "core/converter.h"
 #include "dialogs/combo_list_control.h"
 #include "dialogs/data_source_pages.h"
+#include "dialogs/explorer_bar.h"
 #include "dialogs/file_name_dialog.h"
 #include "dialogs/store_pictures.h"
 #include "platform/ui/ui_helpers.h"
@@ -86,32 +87,14 @@ void frmDataSource::BuildForm() {
   const int line = metrics.height();
 
   // The explorer bar.
-  auto* barTitle = new QLabel(QStringLiteral("Datenbanken"));
-  barTitle->setObjectName(QStringLiteral("barDatenbanken"));
-  QFont bold = barTitle->font();
-  bold.setBold(true);
-  barTitle->setFont(bold);
-  vbaExplorer_ = new QListWidget;
-  vbaExplorer_->setObjectName(QStringLiteral("vbaExplorer"));
-  vbaExplorer_->setIconSize(QSize(2 * line, 2 * line));
-  vbaExplorer_->setSpacing(line / 6);
-  vbaExplorer_->setSelectionMode(QAbstractItemView::SingleSelection);
-  int widest = 0;
-  for (const StorePage& page : StorePages()) {
-    auto* item = new QListWidgetItem(StoreTypeIcon(page.type), QString::fromUtf8(page.caption));
-    item->setData(Qt::UserRole, page.type);
-    vbaExplorer_->addItem(item);
-    widest = std::max(widest, metrics.horizontalAdvance(item->text()));
-  }
-  // Wide and high enough to show every item without scrolling.
-  vbaExplorer_->setFixedWidth(widest + vbaExplorer_->iconSize().width() + 3 * line);
-  vbaExplorer_->setMinimumHeight(
-      vbaExplorer_->count() * (vbaExplorer_->sizeHintForRow(0) + 2 * vbaExplorer_->spacing()) +
-      2 * vbaExplorer_->frameWidth() + vbaExplorer_->spacing());
-  vbaExplorer_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-  auto* left = new QVBoxLayout;
-  left->addWidget(barTitle);
-  left->addWidget(vbaExplorer_, 1);
+  std::vector<ExplorerEntry> entries;
+  for (const StorePage& page : StorePages())
+    entries.push_back({StoreTypeIcon(page.type), QString::fromUtf8(page.caption), page.type});
+  ExplorerBar bar = MakeExplorerBar(*this, QStringLiteral("Datenbanken"),
+                                    QStringLiteral("barDatenbanken"), entries);
+  vbaExplorer_ = bar.list;
+  QVBoxLayout* left = bar.layout;
+  const QFont bold = bar.title->font();
 
   // The header and the pages.
   lblContext_ = new QLabel;

@@ -22,6 +22,7 @@
 
 #include "core/converter.h"
 #include "core/enums.h"
+#include "dialogs/explorer_bar.h"
 #include "dialogs/job_form_widgets.h"
 #include "dialogs/job_general_page.h"
 #include "dialogs/job_mapping_page.h"
@@ -99,29 +100,17 @@ void frmJob::BuildForm() {
   const int line = metrics.height();
 
   // The explorer bar.
-  auto* barTitle = new QLabel(QStringLiteral("Einstellungen"));
-  barTitle->setObjectName(QStringLiteral("barEinstellungen"));
-  QFont bold = barTitle->font();
-  bold.setBold(true);
-  barTitle->setFont(bold);
-  vbaExplorer_ = new QListWidget;
-  vbaExplorer_->setObjectName(QStringLiteral("vbaExplorer"));
-  vbaExplorer_->setIconSize(QSize(2 * line, 2 * line));
-  vbaExplorer_->setSpacing(line / 6);
-  int widest = 0;
+  std::vector<ExplorerEntry> entries;
   for (int i = 0; i < 5; ++i) {
     // The style has no large picture of a store; the source page shows ours.
     QIcon picture = i == 1 ? StoreTypeIcon(dbtODBC) : style()->standardIcon(kPagePictures[i]);
-    auto* item = new QListWidgetItem(picture, QString::fromUtf8(kPages[i].entry));
-    item->setData(Qt::UserRole, i);
-    vbaExplorer_->addItem(item);
-    widest = std::max(widest, metrics.horizontalAdvance(item->text()));
+    entries.push_back({picture, QString::fromUtf8(kPages[i].entry), i});
   }
-  vbaExplorer_->setFixedWidth(widest + vbaExplorer_->iconSize().width() + 3 * line);
-  vbaExplorer_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-  auto* left = new QVBoxLayout;
-  left->addWidget(barTitle);
-  left->addWidget(vbaExplorer_, 1);
+  ExplorerBar bar = MakeExplorerBar(*this, QStringLiteral("Einstellungen"),
+                                    QStringLiteral("barEinstellungen"), entries);
+  vbaExplorer_ = bar.list;
+  QVBoxLayout* left = bar.layout;
+  const QFont bold = bar.title->font();
 
   // The header picHeader.
   auto* picHeader = new QWidget;
