@@ -19,7 +19,7 @@ packages=(
   # the desktop: Qt 6 Widgets (its GIF, JPEG and offscreen plug-ins come with
   # libqt6gui6), QScintilla for the script editors and a font for windows
   # rendered offscreen
-  qt6-base-dev libqscintilla2-qt6-dev fonts-dejavu-core
+  qt6-base-dev qt6-translations-l10n libqscintilla2-qt6-dev fonts-dejavu-core
   # the Debian package (scripts/package.sh) and its test: shlibdeps, the icon's
   # pictures, lintian, the checks of the desktop entry, the AppStream data and
   # the MIME type (xdg-mime answers through File::MimeInfo's mimetype)

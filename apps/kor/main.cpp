@@ -24,11 +24,13 @@
 #include "dialog_pictures.h"
 #include "kor_application.h"
 #include "main_window.h"
+#include "qt_texts.h"
 
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
   QApplication::setApplicationName("kor");
   QApplication::setApplicationDisplayName("Ketrova");
+  kor::InstallGermanQtTexts();
   QApplication::setApplicationVersion(QString::fromStdString(ketrova::ComponentVersion()));
 
   QCommandLineParser parser;

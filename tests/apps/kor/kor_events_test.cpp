@@ -2,9 +2,12 @@
 // toolbar, failures, the version box, events of other plug-ins, and the two
 // pseudo documents without a project.
 #include <QApplication>
+#include <QDialog>
+#include <QDialogButtonBox>
 #include <QFile>
 #include <QListWidget>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QTimer>
 
 #include "core/converter.h"
@@ -13,6 +16,7 @@
 #include "main_window.h"
 #include "message_pane.h"
 #include "navigator_widget.h"
+#include "qt_texts.h"
 #include "tool_bar.h"
 
 namespace kor::testing {
@@ -64,6 +68,19 @@ TEST_F(KorTest, ProjectOnTheCommandLineOpensAsThroughTheToolbar) {
   EXPECT_TRUE(Enabled("ProjectRun"));
   EXPECT_EQ(host.Window().DocumentNames(), (std::vector<std::string>{"KetrovatorCTL.frmJobs"}));
   EXPECT_TRUE(answerer_.Seen().empty());
+}
+
+TEST_F(KorTest, QtsOwnTextsAreGerman) {
+  if (!InstallGermanQtTexts()) GTEST_SKIP() << "no German translation of Qt installed";
+  StartHost();
+  QString cancel;
+  answerer_.Act([&](QWidget& window) {
+    if (auto* buttons = window.findChild<QDialogButtonBox*>())
+      cancel = buttons->button(QDialogButtonBox::Cancel)->text();
+    qobject_cast<QDialog*>(&window)->reject();
+  });
+  Press("ProjectOpen");
+  EXPECT_EQ(cancel, "Abbrechen");
 }
 
 TEST_F(KorTest, CancelledOpenLeavesEverythingAsItWas) {
