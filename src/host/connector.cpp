@@ -131,7 +131,8 @@ void Connector::Step(F&& statement) {
   try {
     statement();
   } catch (...) {
-    // The event's one handler: report and resume with the next step.
+    // The one error handler of the click and window events: it sends the
+    // failure to the host's error messages and resumes with the next step.
     SetPendingError(std::current_exception());
     ResumeNext([] { ui::ShowHourglass(false); });
     std::string text = BuildErrorText(1, Err().Description, szStep);

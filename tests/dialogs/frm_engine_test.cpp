@@ -32,6 +32,7 @@
 #include "modal_answerer.h"
 #include "platform/ado/connection.h"
 #include "platform/ado/recordset.h"
+#include "sqlite_files.h"
 #include "stores/database.h"
 #include "stores/field_types.h"
 #include "support/files.h"
@@ -39,6 +40,7 @@
 namespace ketrova::dialogs {
 namespace {
 
+using testing::ExecuteSqlite;
 using testing::ModalAnswerer;
 
 const char* kCopyScript =
@@ -76,21 +78,14 @@ class FrmEngineTest : public ::testing::Test {
     return (temp_.path() + "/" + QString::fromStdString(name)).toStdString();
   }
 
-  static void Execute(const std::string& file, const std::vector<std::string>& statements) {
-    auto connection = std::make_shared<ado::Connection>();
-    connection->Open("Driver={SQLite3};Database=" + file);
-    for (const std::string& sql : statements) connection->Execute(sql);
-    connection->Close();
-  }
-
   // Source table Kunden (Nr, Name) with rows 1..count and an empty target Ziel.
   void Tables(int count) {
     std::vector<std::string> sql = {"CREATE TABLE Kunden (Nr INTEGER PRIMARY KEY, Name TEXT)"};
     for (int i = 1; i <= count; ++i)
       sql.push_back("INSERT INTO Kunden VALUES (" + std::to_string(i) + ", 'Name " +
                     std::to_string(i) + "')");
-    Execute(Path("quelle.db"), sql);
-    Execute(Path("ziel.db"), {"CREATE TABLE Ziel (Nr INTEGER PRIMARY KEY, Name TEXT)"});
+    ExecuteSqlite(Path("quelle.db"), sql);
+    ExecuteSqlite(Path("ziel.db"), {"CREATE TABLE Ziel (Nr INTEGER PRIMARY KEY, Name TEXT)"});
   }
 
   CJob& AddJob(const std::string& target, const std::string& script) {

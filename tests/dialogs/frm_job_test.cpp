@@ -45,12 +45,14 @@
 #include "platform/ado/fields.h"
 #include "platform/ado/recordset.h"
 #include "platform/ui/user_interface.h"
+#include "sqlite_files.h"
 #include "stores/database.h"
 #include "support/files.h"
 
 namespace ketrova::dialogs {
 namespace {
 
+using testing::ExecuteSqlite;
 using testing::ModalAnswerer;
 
 constexpr int kRows = 30;
@@ -96,9 +98,10 @@ class FrmJobTest : public ::testing::Test {
     for (int i = 1; i <= kRows; ++i)
       sql.push_back("INSERT INTO Kunden VALUES (" + std::to_string(i) + ", 'Name " +
                     std::to_string(i) + "', '" + (i % 3 == 0 ? "Bern" : "Basel") + "')");
-    Execute(Path("quelle.db"), sql);
-    Execute(Path("ziel.db"), {"CREATE TABLE Kunden (Nr INTEGER PRIMARY KEY, Name TEXT, Ort TEXT)",
-                              "CREATE TABLE Ziel (Nr INTEGER, Titel TEXT)"});
+    ExecuteSqlite(Path("quelle.db"), sql);
+    ExecuteSqlite(Path("ziel.db"),
+                  {"CREATE TABLE Kunden (Nr INTEGER PRIMARY KEY, Name TEXT, Ort TEXT)",
+                   "CREATE TABLE Ziel (Nr INTEGER, Titel TEXT)"});
     project_.FileName = Path("projekt.cpf");
     project_.WorkingDirectory = temp_.path().toStdString();
     for (auto [store, file] : {std::pair(&project_.SourceDataBase(), "quelle.db"),
@@ -121,13 +124,6 @@ class FrmJobTest : public ::testing::Test {
 
   std::string Path(const std::string& name) const {
     return (temp_.path() + "/" + QString::fromStdString(name)).toStdString();
-  }
-
-  static void Execute(const std::string& file, const std::vector<std::string>& statements) {
-    auto connection = std::make_shared<ado::Connection>();
-    connection->Open("Driver={SQLite3};Database=" + file);
-    for (const std::string& sql : statements) connection->Execute(sql);
-    connection->Close();
   }
 
   CJob& Job() { return project_.Jobs().Item(1); }
@@ -508,7 +504,7 @@ void SelectStoreType(QWidget& window, int type) {
 // the columns empty with the store's message. The project's source stays.
 TEST_F(FrmJobTest, AnotherSourceStoreBecomesTheSidesOwnAndItsColumnsAreReadAnew) {
   const std::string other = Path("andere.db");
-  Execute(other, {"CREATE TABLE Kunden (Nr INTEGER, Name TEXT, Ort TEXT, Land TEXT)"});
+  ExecuteSqlite(other, {"CREATE TABLE Kunden (Nr INTEGER, Name TEXT, Ort TEXT, Land TEXT)"});
   const QString demo = QStringLiteral(KETROVA_TEST_DATA "/../../examples/demo/daten");
   const std::string folder = Path("texte");
   ASSERT_TRUE(QDir().mkpath(QString::fromStdString(folder)));

@@ -5,8 +5,6 @@
 
 #include "main_window.h"
 #include "message_pane.h"
-#include "platform/ado/connection.h"
-#include "platform/ado/recordset.h"
 #include "tool_bar.h"
 
 namespace kor::testing {
@@ -24,22 +22,6 @@ void CopyFolder(const QString& from, const QString& to) {
 }
 
 }  // namespace
-
-std::vector<std::string> SqliteRows(const QString& file, const std::string& sql) {
-  auto connection = std::make_shared<ketrova::ado::Connection>();
-  connection->Open("Driver={SQLite3};Database=" + file.toStdString());
-  std::vector<std::string> rows;
-  ketrova::ado::RecordsetPtr rs = connection->Execute(sql);
-  for (; !rs->Eof(); rs->MoveNext()) {
-    std::string row;
-    for (int i = 0; i < rs->GetFields().Count(); ++i)
-      row += (i ? "|" : "") + rs->GetFields().Item(i).Value().ToText();
-    rows.push_back(row);
-  }
-  rs->Close();
-  connection->Close();
-  return rows;
-}
 
 void KorTest::SetUp() {
   ASSERT_TRUE(temp_.isValid());

@@ -15,11 +15,11 @@
 
 #include "kor_application.h"
 #include "modal_answerer.h"
+#include "sqlite_files.h"
 
 namespace kor::testing {
 
-// The rows of `sql` on the SQLite file, each as its values joined by "|".
-std::vector<std::string> SqliteRows(const QString& file, const std::string& sql);
+using ketrova::testing::SqliteRows;
 
 class KorTest : public ::testing::Test {
  protected:
