@@ -1,8 +1,8 @@
 // The built-in functions of VBScript, as a table the compiler binds calls to
 // once. Each takes its arguments by value in source order; an argument left
 // out between commas (MsgBox "x", , "title") arrives as Variant::Missing().
-// The arity is checked by the compiler against MinArgs/MaxArgs (450 at run
-// time for a call through Eval or Execute). Failures raise VbError with
+// The arity is checked when the call runs against MinArgs/MaxArgs (450, as
+// VBScript raises it: trappable). Failures raise VbError with
 // VBScript's number; the runtime adds line and column.
 //
 // Functions that need the interpreter itself (Eval, Execute, ExecuteGlobal,

@@ -75,6 +75,7 @@ Variant BiSplit(Args args) {
 
 // Join(list[, delimiter]): Null and Empty elements join as "".
 Variant BiJoin(Args args) {
+  if (args[0].IsNull()) throw VbError(94);
   const SafeArray& array = ArrayArg(args[0]);
   if (array.bounds.size() != 1) RaiseInvalidArgument();
   std::string delimiter = Missing(args, 1) ? std::string(" ") : args[1].ToString();

@@ -3,14 +3,24 @@
 #include <string>
 
 #include "platform/script/vbscript/builtins_common.h"
+#include "platform/script/vbscript/program.h"
 #include "support/object.h"
 
 namespace ketrova::script::vbscript {
 
+// CBool also reads the text forms "#TRUE#" and "#FALSE#" (how Write #
+// stores booleans).
 Variant BiCBool(Args args) {
+  if (args[0].Type() == vbString) {
+    std::string text = ToLower(args[0].AsString());
+    if (text == "#true#") return Variant(true);
+    if (text == "#false#") return Variant(false);
+  }
   return Variant(args[0].ToBool());
 }
+// CByte(True) is 255: the Boolean's 16 bits, not the number -1.
 Variant BiCByte(Args args) {
+  if (args[0].Type() == vbBoolean) return Variant::Byte(args[0].AsBool() ? 255 : 0);
   return Variant::Byte(args[0].ToByte());
 }
 Variant BiCCur(Args args) {

@@ -60,7 +60,6 @@ Variant RealFunction(Args args, Op op) {
 // VB's random number generator: a 24-bit linear congruence, per thread.
 struct RandomState {
   std::uint32_t seed = 0x50000;
-  float last = 0.0f;
 };
 thread_local RandomState randomState;
 
@@ -143,15 +142,16 @@ Variant BiRnd(Args args) {
   RandomState& state = randomState;
   if (!Missing(args, 0)) {
     float n = args[0].ToSingle();
-    if (n == 0.0f) return Variant::Single(state.last);
+    // The seed is the last draw: before any draw that is the start value
+    // (Rnd(0) = 0.01953125), after Randomize the mixed seed.
+    if (n == 0.0f) return Variant::Single(static_cast<float>(state.seed) / 16777216.0f);
     if (n < 0.0f) {
       auto bits = std::bit_cast<std::uint32_t>(n);
       state.seed = (bits + (bits >> 24)) & 0xFFFFFF;
     }
   }
   state.seed = (state.seed * 1140671485u + 12820163u) & 0xFFFFFF;
-  state.last = static_cast<float>(state.seed) / 16777216.0f;
-  return Variant::Single(state.last);
+  return Variant::Single(static_cast<float>(state.seed) / 16777216.0f);
 }
 
 // Randomize [number]: mixes the number (the Timer when none is given) into the

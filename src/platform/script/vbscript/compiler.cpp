@@ -51,7 +51,7 @@ class Compiler {
     for (auto& cls : unit_.text.classes) DeclareClass(*cls);
     for (auto& decl : unit_.text.procs) {
       std::string lower = ToLower(decl->name);
-      if (newProcs_.count(lower)) RaiseCompileError(kErrNameRedefined, decl->line, decl->column);
+      // A procedure defined twice in one text: the later definition wins.
       auto proc = NewProcedure(*decl, nullptr);
       newProcs_[lower] = proc;
     }
@@ -538,7 +538,8 @@ class Compiler {
     }
     if (scope_.hosts && BindHostName(*scope_.hosts, e.name, lower, b)) return;
     if (const Builtin* builtin = FindBuiltin(e.name)) {
-      CheckArity(e, builtin->MinArgs, builtin->MaxArgs);
+      // A built-in's argument count is checked when it is called (450, which
+      // On Error Resume Next traps).
       b.kind = BindKind::kBuiltin;
       b.builtin = builtin;
       return;

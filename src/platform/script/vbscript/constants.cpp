@@ -1,5 +1,6 @@
 #include "platform/script/vbscript/constants.h"
 
+#include <cstdint>
 #include <string>
 #include <unordered_map>
 
@@ -10,7 +11,12 @@ namespace ketrova::script::vbscript {
 bool FindConstant(std::string_view name, Variant& value) {
   static const std::unordered_map<std::string, Variant> constants = [] {
     std::unordered_map<std::string, Variant> c;
-    auto lng = [&](const char* n, std::int32_t v) { c[n] = Variant::Long(v); };
+    // VBScript's numeric constants are typed like literals: Integer when the
+    // value fits in 16 bits (VarType(vbOKOnly) = 2), else Long.
+    auto lng = [&](const char* n, std::int32_t v) {
+      c[n] = v >= INT16_MIN && v <= INT16_MAX ? Variant::Integer(static_cast<std::int16_t>(v))
+                                              : Variant::Long(v);
+    };
     c["vbcrlf"] = "\r\n";
     c["vbnewline"] = "\r\n";
     c["vbcr"] = "\r";

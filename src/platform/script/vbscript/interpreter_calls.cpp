@@ -36,6 +36,9 @@ Variant Interpreter::Impl::CallBuiltin(Expr& e, Frame& f) {
     else
       b.index = 3;
   }
+  int count = static_cast<int>(e.args.size());
+  if (count < b.builtin->MinArgs || (b.builtin->MaxArgs >= 0 && count > b.builtin->MaxArgs))
+    throw VbError(450);
   Args args(e.args.size());
   for (size_t i = 0; i < e.args.size(); ++i) {
     Variant& a = args.data[i];

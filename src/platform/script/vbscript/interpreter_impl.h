@@ -154,9 +154,10 @@ inline bool IsVariableBinding(BindKind k) {
          k == BindKind::kField;
 }
 
+// The object whose member a script reaches. Nothing is no object here:
+// VBScript answers o.Name on Nothing with 424, not 91.
 inline ObjectPtr RequireObject(const Variant& v) {
-  if (!v.IsObject()) throw VbError(424);
-  if (v.IsNothing()) throw VbError(91);
+  if (!v.IsObject() || v.IsNothing()) throw VbError(424);
   return v.AsObject();
 }
 
@@ -247,6 +248,12 @@ struct Interpreter::Impl {
   void RunTop(Unit& unit, Module& module, Frame* outer, ClassInstance* me);
   Flow ExecBlock(Block& block, Frame& f);
   Flow Exec(Stmt& s, Frame& f);
+  // An error in a block's header under On Error Resume Next: recorded, and
+  // true, so that the statement goes on as VBScript's resume does. False
+  // where trapping is off: the caller raises it.
+  bool ResumesHeader(const VbError& e, Frame& f);
+  // A loop's body run once, its Exit For / Exit Do ending only the body.
+  Flow RunBodyOnce(Stmt& s, Frame& f);
   Flow ExecFor(Stmt& s, Frame& f);
   Flow ExecForEach(Stmt& s, Frame& f);
   Flow ExecDo(Stmt& s, Frame& f);

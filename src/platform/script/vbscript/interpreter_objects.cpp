@@ -1,5 +1,8 @@
 // The objects scripts make: instances of script classes (New) with their
 // members, the Err object, and the procedure references of GetRef.
+#include <cstdint>
+#include <utility>
+
 #include "platform/script/vbscript/interpreter_impl.h"
 #include "platform/script/vbscript/regexp.h"
 
@@ -25,6 +28,35 @@ class ProcedureRef : public Object {
   Interpreter* interp_;
   std::shared_ptr<bool> alive_;
 };
+
+// Err.Raise of a COM error code raises the VB error it stands for, as
+// VBScript maps them: a code of VB's own facility (&H800A0000 + n) is n, the
+// common system codes have their VB numbers, anything else stays as it is.
+std::int32_t VbNumberOfRaisedCode(std::int32_t code) {
+  auto hresult = static_cast<std::uint32_t>(code);
+  if ((hresult & 0xFFFF0000u) == 0x800A0000u) return static_cast<std::int32_t>(hresult & 0xFFFF);
+  static constexpr std::pair<std::uint32_t, std::int32_t> kMapped[] = {
+      {0x8007000E, 7},    // E_OUTOFMEMORY
+      {0x80070057, 5},    // E_INVALIDARG
+      {0x80070005, 70},   // E_ACCESSDENIED
+      {0x80004001, 445},  // E_NOTIMPL
+      {0x80004002, 430},  // E_NOINTERFACE
+      {0x80020003, 451},  // DISP_E_MEMBERNOTFOUND
+      {0x80020004, 448},  // DISP_E_PARAMNOTFOUND
+      {0x80020005, 13},   // DISP_E_TYPEMISMATCH
+      {0x80020006, 438},  // DISP_E_UNKNOWNNAME
+      {0x80020007, 446},  // DISP_E_NONAMEDARGS
+      {0x80020008, 458},  // DISP_E_BADVARTYPE
+      {0x8002000A, 6},    // DISP_E_OVERFLOW
+      {0x8002000B, 9},    // DISP_E_BADINDEX
+      {0x8002000E, 450},  // DISP_E_BADPARAMCOUNT
+      {0x8002000F, 449},  // DISP_E_PARAMNOTOPTIONAL
+      {0x80040154, 429},  // REGDB_E_CLASSNOTREG
+  };
+  for (const auto& [from, to] : kMapped)
+    if (from == hresult) return to;
+  return code;
+}
 
 // The script's Err object.
 class ErrObjectRef : public Object {
@@ -59,15 +91,16 @@ class ErrObjectRef : public Object {
         if (put) return err_.HelpContext = Last(args).ToLong(), Variant();
         return Variant::Long(err_.HelpContext);
       case 6: {
-        if (args.empty() || args[0].IsMissing()) throw VbError(449);
-        std::int32_t number = args[0].ToLong();
-        auto text = [&](size_t i) {
-          return i < args.size() && !args[i].IsMissing() ? args[i].ToString() : std::string();
-        };
+        if (args.empty() || args[0].IsMissing()) throw VbError(450);
+        std::int32_t number = VbNumberOfRaisedCode(args[0].ToLong());
+        auto given = [&](size_t i) { return i < args.size() && !args[i].IsMissing(); };
+        auto text = [&](size_t i) { return given(i) ? args[i].ToString() : std::string(); };
         std::string source = text(1);
         if (source.empty()) source = kRuntimeErrorSource;
         std::string description = text(2);
         if (description.empty()) description = RaisedErrorText(number);
+        err_.HelpFile = text(3);
+        err_.HelpContext = given(4) ? args[4].ToLong() : 0;
         throw VbError(number, description, source);
       }
       case 7:

@@ -1,5 +1,6 @@
 // Running statements: blocks with their error handling, assignment, the
 // loops (each turn ticks the run's clock) and Dim / ReDim.
+#include <cassert>
 #include <memory>
 
 #include "platform/script/vbscript/interpreter_impl.h"
@@ -121,7 +122,14 @@ Flow Interpreter::Impl::Exec(Stmt& s, Frame& f) {
       }
       return ExecBlock(s.elseBlock, f);
     case StmtKind::kSelect: {
-      Variant v = Value(*s.value, f);
+      Variant v;
+      try {
+        v = Value(*s.value, f);
+      } catch (const VbError& e) {
+        if (!ResumesHeader(e, f)) throw;
+        // Resumed, VBScript goes on with the first Case's statements.
+        return s.blocks.empty() ? Flow::kNormal : ExecBlock(s.blocks[0], f);
+      }
       for (size_t i = 0; i < s.cases.size(); ++i) {
         if (s.cases[i].empty()) return ExecBlock(s.blocks[i], f);
         for (auto& c : s.cases[i]) {
@@ -140,8 +148,8 @@ Flow Interpreter::Impl::Exec(Stmt& s, Frame& f) {
       return ExecDo(s, f);
     case StmtKind::kWith: {
       Variant v = Eval(*s.value, f);
+      // With Nothing is allowed; its members raise 424 when used.
       if (!v.IsObject()) throw VbError(424);
-      if (v.IsNothing()) throw VbError(91);
       *f.slots[s.slot] = std::move(v);
       Flow flow = ExecBlock(s.body, f);
       *f.slots[s.slot] = Variant();
@@ -171,10 +179,28 @@ Flow Interpreter::Impl::Exec(Stmt& s, Frame& f) {
   return Flow::kNormal;
 }
 
+bool Interpreter::Impl::ResumesHeader(const VbError& e, Frame& f) {
+  if (!f.resumeNext) return false;
+  Record(e);
+  return true;
+}
+
+Flow Interpreter::Impl::RunBodyOnce(Stmt& s, Frame& f) {
+  Flow flow = ExecBlock(s.body, f);
+  return flow == Flow::kExitFor || flow == Flow::kExitDo ? Flow::kNormal : flow;
+}
+
 Flow Interpreter::Impl::ExecFor(Stmt& s, Frame& f) {
-  Variant start = LoopNumber(Value(*s.value, f));
-  Variant limitValue = LoopNumber(Value(*s.limit, f));
-  Variant step = s.step ? LoopNumber(Value(*s.step, f)) : Variant::Integer(1);
+  Variant start, limitValue, step;
+  try {
+    start = LoopNumber(Value(*s.value, f));
+    limitValue = LoopNumber(Value(*s.limit, f));
+    step = s.step ? LoopNumber(Value(*s.step, f)) : Variant::Integer(1);
+  } catch (const VbError& e) {
+    // Resumed after a failed header, VBScript runs the body once.
+    if (!ResumesHeader(e, f)) throw;
+    return RunBodyOnce(s, f);
+  }
   double limit = limitValue.ToDouble();
   bool up = step.ToDouble() >= 0;
   Variant* var = VarRef(*s.target, f);
@@ -193,7 +219,17 @@ Flow Interpreter::Impl::ExecFor(Stmt& s, Frame& f) {
 }
 
 Flow Interpreter::Impl::ExecForEach(Stmt& s, Frame& f) {
-  Variant collection = Eval(*s.value, f);
+  Variant collection;
+  try {
+    collection = Eval(*s.value, f);
+    if (!collection.IsArray() && !collection.IsObject()) throw VbError(451);
+    if (collection.IsNothing()) throw VbError(91);
+  } catch (const VbError& e) {
+    // Resumed after a failed header (For Each x In Empty), VBScript runs the
+    // body once.
+    if (!ResumesHeader(e, f)) throw;
+    return RunBodyOnce(s, f);
+  }
   auto body = [&](Variant item) -> int {
     Tick();
     *VarRef(*s.target, f) = std::move(item);
@@ -222,8 +258,7 @@ Flow Interpreter::Impl::ExecForEach(Stmt& s, Frame& f) {
     }
     return Flow::kNormal;
   }
-  if (!collection.IsObject()) throw VbError(451);
-  if (collection.IsNothing()) throw VbError(91);
+  assert(collection.IsObject() && !collection.IsNothing());
   auto enumerator = collection.AsObject()->NewEnum();
   Variant item;
   while (enumerator->Next(item)) {
@@ -236,9 +271,17 @@ Flow Interpreter::Impl::ExecForEach(Stmt& s, Frame& f) {
 }
 
 Flow Interpreter::Impl::ExecDo(Stmt& s, Frame& f) {
+  // A condition that fails, resumed, counts as "go on" at the head of the
+  // loop (VBScript enters the body) and as "done" at its foot (it goes on
+  // after Loop).
   auto done = [&]() {
-    bool c = IsTrue(Value(*s.cond, f));
-    return s.until ? c : !c;
+    try {
+      bool c = IsTrue(Value(*s.cond, f));
+      return s.until ? c : !c;
+    } catch (const VbError& e) {
+      if (!ResumesHeader(e, f)) throw;
+      return s.condAtEnd;
+    }
   };
   while (true) {
     Tick();

@@ -55,6 +55,8 @@ ParsedText Parser::Text() {
     }
     EndOfStatement();
   }
+  for (auto& proc : hoistedProcs_) out.procs.push_back(std::move(proc));
+  hoistedProcs_.clear();
   return out;
 }
 

@@ -8,7 +8,12 @@ bool Parser::IsProcStart() const {
   size_t i = pos_;
   if (IsKw(tokens_[i], "public") || IsKw(tokens_[i], "private")) ++i;
   if (IsIdent(tokens_[i], "default")) ++i;
-  return IsKw(tokens_[i], "sub") || IsKw(tokens_[i], "function") || IsIdent(tokens_[i], "property");
+  if (IsKw(tokens_[i], "sub") || IsKw(tokens_[i], "function")) return true;
+  // "Property" starts a procedure only before Get, Let or Set; elsewhere it
+  // is an ordinary name (Property = 1).
+  if (!IsIdent(tokens_[i], "property") || i + 1 >= tokens_.size()) return false;
+  const Token& kind = tokens_[i + 1];
+  return IsIdent(kind, "get") || IsKw(kind, "let") || IsKw(kind, "set");
 }
 
 std::unique_ptr<ProcDecl> Parser::Procedure(bool inClass) {
@@ -56,7 +61,8 @@ std::unique_ptr<ProcDecl> Parser::Procedure(bool inClass) {
   if ((decl->kind == ProcKind::kPropertyLet || decl->kind == ProcKind::kPropertySet) &&
       decl->params.empty())
     Fail(kErrPropertyLetArgs);
-  EndOfLine();
+  // The body may begin on the header's line: Sub f() x = 1 End Sub.
+  if (At(TokenKind::kColon)) Next();
   ProcKind saved = procKind_;
   bool savedIn = inProc_;
   procKind_ = decl->kind;
@@ -123,7 +129,7 @@ std::unique_ptr<ClassDecl> Parser::Class() {
     } else {
       Fail(kErrStatementExpected);
     }
-    EndOfStatement();
+    if (!IsKw("end")) EndOfStatement();  // Dim x End Class
   }
   Next();
   ExpectKw("class", kErrClassExpected);

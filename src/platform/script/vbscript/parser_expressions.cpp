@@ -29,7 +29,7 @@ constexpr OperatorToken kIntDiv[] = {{false, "\\", Op::kIntDiv}};
 constexpr OperatorToken kMulDiv[] = {{false, "*", Op::kMul}, {false, "/", Op::kDiv}};
 
 // The binary operators, loosest first; all of them bind to the left. Not
-// stands between And and the comparisons, the signs and ^ below *.
+// stands between And and the comparisons, ^ below *, the signs below ^.
 constexpr std::array<std::span<const OperatorToken>, 11> kLevels = {
     kImp, kEqv, kXor, kOr, kAnd, kComparison, kConcat, kAddSub, kMod, kIntDiv, kMulDiv};
 constexpr size_t kComparisonLevel = 5;
@@ -42,7 +42,7 @@ ExprPtr Parser::Expression(ExprPtr* seed) {
 }
 
 ExprPtr Parser::BinaryLevel(size_t level, ExprPtr* seed) {
-  if (level == kLevels.size()) return Negation(seed);
+  if (level == kLevels.size()) return Power(seed);
   if (level == kComparisonLevel && !seed && IsKw("not")) {
     DepthGuard guard(*this);
     const Token& t = Cur();
@@ -63,6 +63,7 @@ ExprPtr Parser::BinaryLevel(size_t level, ExprPtr* seed) {
   return left;
 }
 
+// A sign binds tighter than ^: -3 ^ 2 is 9, as in VBScript.
 ExprPtr Parser::Negation(ExprPtr* seed) {
   if (!seed && (IsSym("-") || IsSym("+"))) {
     DepthGuard guard(*this);
@@ -72,25 +73,15 @@ ExprPtr Parser::Negation(ExprPtr* seed) {
     ExprPtr operand = Negation(nullptr);
     return negate ? Unary(Op::kNeg, std::move(operand), t) : std::move(operand);
   }
-  return Power(seed);
+  return Postfix(seed);
 }
 
 ExprPtr Parser::Power(ExprPtr* seed) {
-  ExprPtr left = Postfix(seed);
+  ExprPtr left = Negation(seed);
   while (IsSym("^")) {
     const Token& t = Cur();
     Next();
-    ExprPtr right;
-    if (IsSym("-") || IsSym("+")) {
-      const Token& sign = Cur();
-      bool negate = IsSym("-");
-      Next();
-      right = Postfix(nullptr);
-      if (negate) right = Unary(Op::kNeg, std::move(right), sign);
-    } else {
-      right = Postfix(nullptr);
-    }
-    left = Binary(std::move(left), Op::kPow, std::move(right), t);
+    left = Binary(std::move(left), Op::kPow, Negation(nullptr), t);
   }
   return left;
 }
@@ -132,6 +123,12 @@ ExprPtr Parser::Postfix(ExprPtr* seed) {
         ArgumentList(*e);
       } else if (e->kind == ExprKind::kName || e->kind == ExprKind::kMember ||
                  e->kind == ExprKind::kWithMember || e->kind == ExprKind::kIndex) {
+        ExprPtr index = MakeExpr(ExprKind::kIndex, e->line, e->column);
+        index->target = std::move(e);
+        ArgumentList(*index);
+        e = std::move(index);
+      } else if (e->kind == ExprKind::kParen) {
+        // (f)(x): the parenthesised value, indexed or called by default.
         ExprPtr index = MakeExpr(ExprKind::kIndex, e->line, e->column);
         index->target = std::move(e);
         ArgumentList(*index);

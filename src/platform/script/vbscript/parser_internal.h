@@ -145,6 +145,8 @@ class Parser {
   int whileDepth_ = 0;
   bool inProc_ = false;
   ProcKind procKind_ = ProcKind::kSub;
+  // Procedures found inside blocks of the outer level, added to the text's.
+  std::vector<std::unique_ptr<ProcDecl>> hoistedProcs_;
 };
 
 }  // namespace ketrova::script::vbscript

@@ -17,9 +17,18 @@ Block Parser::BlockUntilEnd() {
   while (true) {
     SkipSeparators();
     if (AtBlockEnd()) break;
+    if (!inProc_ && IsProcStart()) {
+      // A Sub or Function inside a block of the text's outer level (If False
+      // Then ... End If) is defined all the same.
+      hoistedProcs_.push_back(Procedure(false));
+      EndOfStatement();
+      continue;
+    }
     StmtPtr s = Statement();
     if (s) block.push_back(std::move(s));
-    EndOfStatement();
+    // "x = 1 End Sub": a block's End may follow its last statement on the
+    // same line.
+    if (!IsKw("end")) EndOfStatement();
   }
   return block;
 }

@@ -96,8 +96,7 @@ class Scanner {
         ScanDate(line, column);
         continue;
       }
-      if (c == '&' && (Peek(1) == 'h' || Peek(1) == 'H' || Peek(1) == 'o' || Peek(1) == 'O' ||
-                       std::isdigit(static_cast<unsigned char>(Peek(1))))) {
+      if (c == '&' && StartsRadixLiteral()) {
         ScanRadix(line, column);
         continue;
       }
@@ -218,9 +217,19 @@ class Scanner {
     tokens_.push_back(std::move(t));
   }
 
-  // &Hxxxx, &Oooo and &ooo. Values that fit in 16 bits are Integers (so
-  // &HFFFF is -1), in 32 bits Longs; a trailing "&" makes a Long (&HFFFF& is
-  // 65535).
+  // "&" starts a literal only when a digit of its radix follows: in
+  // "x" &hi the "&" concatenates the variable hi.
+  bool StartsRadixLiteral() const {
+    char p = Peek(1);
+    if (p == 'h' || p == 'H') return std::isxdigit(static_cast<unsigned char>(Peek(2))) != 0;
+    if (p == 'o' || p == 'O') return Peek(2) >= '0' && Peek(2) <= '7';
+    return std::isdigit(static_cast<unsigned char>(p)) != 0;
+  }
+
+  // &Hxxxx, &Oooo and &ooo. Without a trailing "&", values that fit in 16
+  // bits are Integers (so &HFFFF is -1), in 32 bits Longs. With it, the
+  // value is taken as it stands and gets the smallest type that holds it
+  // (&H10& is an Integer, &HFFFF& the Long 65535).
   void ScanRadix(int line, int column) {
     ++pos_;
     int radix = 8;
@@ -254,7 +263,7 @@ class Scanner {
     t.kind = TokenKind::kNumber;
     t.line = line;
     t.column = column;
-    if (value <= 0xFFFF && !asLong)
+    if ((value <= 0xFFFF && !asLong) || (asLong && value <= 0x7FFF))
       t.value = Variant::Integer(static_cast<std::int16_t>(static_cast<std::uint16_t>(value)));
     else
       t.value = Variant::Long(static_cast<std::int32_t>(static_cast<std::uint32_t>(value)));

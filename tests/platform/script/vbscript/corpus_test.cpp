@@ -5,6 +5,7 @@
 // own, so that the script's lines keep their numbers.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -49,10 +50,17 @@ std::string RunScript(const std::string& code) {
 
 class Corpus : public ::testing::TestWithParam<std::string> {};
 
+// With KETROVA_CORPUS_WRITE set, a script's output is written as its new
+// expected output (for a new case, to be read line by line before it is
+// committed).
 TEST_P(Corpus, PrintsWhatItMust) {
   fs::path base = fs::path(VBSCRIPT_CORPUS) / GetParam();
-  std::string expected = ReadFile(base.string() + ".out");
   std::string actual = RunScript(ReadFile(base.string() + ".vbs"));
+  if (std::getenv("KETROVA_CORPUS_WRITE")) {
+    std::ofstream(base.string() + ".out", std::ios::binary) << actual;
+    return;
+  }
+  std::string expected = ReadFile(base.string() + ".out");
   EXPECT_EQ(actual, expected);
 }
 

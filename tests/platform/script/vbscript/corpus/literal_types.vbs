@@ -1,0 +1,27 @@
+' Subtypes of constants and literals, and operator precedence, as Windows'
+' VBScript gives them
+T "VarType(vbOKOnly)"
+T "VarType(vbSunday)"
+T "VarType(vbMsgBoxHelpButton)"
+T "VarType(vbMsgBoxSetForeground)"
+T "VarType(vbObjectError)"
+T "VarType(&h10)"
+T "VarType(&h10&)"
+T "&hFFFF"
+T "&hFFFF&"
+T "VarType(&hFFFF&)"
+T "&h7FFF&"
+T "&hFFFFFFFF&"
+T "&o17"
+T "Round(True)"
+T "CByte(True)"
+T "CByte(False)"
+T "CBool(""#TRUE#"")"
+T "CBool(""#false#"")"
+T "-3 ^ 2"
+T "-2 ^ 3 ^ 2"
+T "2 ^ -1"
+T "- - 2 ^ 2"
+Dim hi
+hi = "!"
+Print "x" &hi
