@@ -1,5 +1,6 @@
 #include "platform/script/vbscript/compiler.h"
 
+#include <algorithm>
 #include <cctype>
 
 #include "platform/script/vbscript/constants.h"
@@ -151,6 +152,15 @@ class Compiler {
           if (it != proc.localIndex.end() && it->second != proc.returnSlot)
             RaiseCompileError(kErrNameRedefined, e->line, e->column);
           proc.localIndex[lower] = static_cast<int>(proc.localNames.size());
+          if (e->hasArgs && !e->args.empty()) proc.fixedLocals.push_back(proc.localIndex[lower]);
+          proc.localNames.push_back(lower);
+        }
+      } else if (stmt->kind == StmtKind::kReDim) {
+        // ReDim of a name not declared otherwise declares it.
+        for (const auto& e : stmt->exprs) {
+          std::string lower = ToLower(e->name);
+          if (proc.localIndex.count(lower) || proc.constants.count(lower)) continue;
+          proc.localIndex[lower] = static_cast<int>(proc.localNames.size());
           proc.localNames.push_back(lower);
         }
       } else if (stmt->kind == StmtKind::kConst) {
@@ -191,8 +201,21 @@ class Compiler {
     }
   }
 
+  // Declarations anywhere in the outer level's blocks belong to the whole
+  // text (a Const in an If that never runs is defined all the same).
   void DeclareGlobals(const Stmt& stmt) {
-    if (stmt.kind == StmtKind::kDim) {
+    for (const Block& b : stmt.blocks)
+      for (const auto& inner : b) DeclareGlobals(*inner);
+    for (const auto& inner : stmt.body) DeclareGlobals(*inner);
+    for (const auto& inner : stmt.elseBlock) DeclareGlobals(*inner);
+    if (stmt.kind == StmtKind::kReDim) {
+      for (const auto& e : stmt.exprs) {
+        std::string lower = ToLower(e->name);
+        if (newGlobals_.count(lower) || newProcs_.count(lower) || module_.globals.count(lower))
+          continue;
+        newGlobals_[lower] = NewGlobal{};
+      }
+    } else if (stmt.kind == StmtKind::kDim) {
       for (const auto& e : stmt.exprs) {
         std::string lower = ToLower(e->name);
         if (newGlobals_.count(lower) || newProcs_.count(lower))
@@ -444,6 +467,8 @@ class Compiler {
       if (it != current_->localIndex.end()) {
         b.kind = BindKind::kLocal;
         b.index = it->second;
+        const auto& fixed = current_->fixedLocals;
+        b.fixedArray = std::find(fixed.begin(), fixed.end(), b.index) != fixed.end();
         return;
       }
       auto c = current_->constants.find(lower);

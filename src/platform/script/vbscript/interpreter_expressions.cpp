@@ -1,5 +1,7 @@
 // Evaluating expressions: values, names and their late binding, array
 // elements and object members.
+#include <cassert>
+
 #include "platform/script/vbscript/interpreter_impl.h"
 #include "platform/script/vbscript/operators.h"
 
@@ -195,6 +197,12 @@ int Interpreter::Impl::DispId(Expr& e, Object& object) {
   const std::type_info* type = &typeid(object);
   if (e.cache.object == key && e.cache.type == type) return e.cache.dispId;
   int id = object.GetIDOfName(e.name);
+  // A class's Private members are reached only from inside it (Me.x).
+  if (auto* instance = AsClassInstance(&object);
+      instance && id != kDispIdUnknown && !(e.target && e.target->kind == ExprKind::kMe)) {
+    assert(id >= 1 && id <= static_cast<int>(instance->cls->members.size()));
+    if (!instance->cls->members[id - 1].isPublic) id = kDispIdUnknown;
+  }
   if (id == kDispIdUnknown) {
     std::string name = e.name;
     if (e.target && e.target->kind == ExprKind::kName) name = e.target->name + "." + name;

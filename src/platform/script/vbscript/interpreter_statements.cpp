@@ -91,6 +91,7 @@ Flow Interpreter::Impl::Exec(Stmt& s, Frame& f) {
       return Flow::kNormal;
     case StmtKind::kReDim:
       for (auto& e : s.exprs) {
+        if (e->bind.fixedArray) throw VbError(10);  // Dim a(n) keeps its size
         Variant* var = VarRef(*e, f);
         if (!var) throw VbError(13);
         *var = NewArray(*e, f, s.preserve ? var : nullptr);
@@ -299,7 +300,8 @@ Flow Interpreter::Impl::ExecDo(Stmt& s, Frame& f) {
 
 Variant Interpreter::Impl::NewArray(Expr& e, Frame& f, Variant* preserve) {
   auto array = std::make_shared<SafeArray>();
-  size_t total = 1;
+  // Dim a() is an array without elements.
+  size_t total = e.args.empty() ? 0 : 1;
   for (auto& a : e.args) {
     if (!a) throw VbError(9);
     std::int32_t upper = Value(*a, f).ToLong();

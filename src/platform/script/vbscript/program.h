@@ -30,7 +30,7 @@ struct Procedure {
   std::vector<std::string> localNames;  // lower case, per slot ("" for hidden)
   std::unordered_map<std::string, int> localIndex;
   std::unordered_map<std::string, Variant> constants;  // local Const
-  std::vector<std::pair<int, bool>> fixedArrays;       // not used at run time
+  std::vector<int> fixedLocals;                        // slots declared Dim a(n)
   bool compiled = false;
 };
 

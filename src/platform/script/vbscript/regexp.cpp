@@ -175,7 +175,11 @@ const MemberTable<RegExp>& RegExp::Members() {
     t.Method("Execute", 1, 1,
              [](RegExp& r, BoundArgs a) { return Variant(r.Execute(a[0].ToString())); });
     t.Method("Replace", 2, 2, [](RegExp& r, BoundArgs a) {
-      return Variant(r.Replace(a[0].ToString(), a[1].ToString()));
+      // The replacement is taken as a number's text: True is "-1".
+      const Variant& with = a[1];
+      std::string replacement =
+          with.Type() == vbBoolean ? (with.AsBool() ? "-1" : "0") : with.ToString();
+      return Variant(r.Replace(a[0].ToString(), replacement));
     });
     return t;
   }();
@@ -226,14 +230,72 @@ ObjectPtr RegExp::Execute(const std::string& text) {
   return std::make_shared<Matches>(std::move(matches));
 }
 
+namespace {
+
+// Appends the replacement for one match: $$, $& (the match), $` and $' (the
+// text before and after it), $n and $nn (a group, two digits where that
+// group exists); a $ followed by anything else, a group that does not exist
+// included, stays as it is written.
+void AppendReplacement(std::wstring& out, const std::wstring& replacement, const std::wsmatch& m,
+                       size_t groups) {
+  for (size_t i = 0; i < replacement.size(); ++i) {
+    wchar_t c = replacement[i];
+    wchar_t next = i + 1 < replacement.size() ? replacement[i + 1] : L'\0';
+    if (c != L'$') {
+      out += c;
+      continue;
+    }
+    if (next == L'$') {
+      out += L'$';
+      ++i;
+    } else if (next == L'&') {
+      out += m.str(0);
+      ++i;
+    } else if (next == L'`') {
+      out += m.prefix().str();
+      ++i;
+    } else if (next == L'\'') {
+      out += m.suffix().str();
+      ++i;
+    } else if (next >= L'0' && next <= L'9') {
+      size_t one = next - L'0';
+      wchar_t after = i + 2 < replacement.size() ? replacement[i + 2] : L'\0';
+      size_t two = after >= L'0' && after <= L'9' ? one * 10 + (after - L'0') : 0;
+      if (two >= 1 && two <= groups) {
+        out += m.str(two);
+        i += 2;
+      } else if (one >= 1 && one <= groups) {
+        out += m.str(one);
+        ++i;
+      } else {
+        out += c;
+      }
+    } else {
+      out += c;
+    }
+  }
+}
+
+}  // namespace
+
 std::string RegExp::Replace(const std::string& text, const std::string& replacement) {
   const std::wregex& re = Compiled();
-  auto flags = std::regex_constants::format_default;
-  if (!Global) flags |= std::regex_constants::format_first_only;
   std::wstring wide = Wide(text);
+  std::wstring wideReplacement = Wide(replacement);
   std::wstring result;
-  MatchWithStack(wide.size(),
-                 [&] { result = std::regex_replace(wide, re, Wide(replacement), flags); });
+  MatchWithStack(wide.size(), [&] {
+    result.clear();
+    size_t last = 0;
+    for (std::wsregex_iterator it(wide.begin(), wide.end(), re), end; it != end; ++it) {
+      const std::wsmatch& m = *it;
+      auto at = static_cast<size_t>(m.position(0));
+      result.append(wide, last, at - last);
+      AppendReplacement(result, wideReplacement, m, re.mark_count());
+      last = at + static_cast<size_t>(m.length(0));
+      if (!Global) break;
+    }
+    result.append(wide, last, std::wstring::npos);
+  });
   return Narrow(result);
 }
 
