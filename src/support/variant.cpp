@@ -619,6 +619,13 @@ CompareResult CompareNumbers(const Variant& a, const Variant& b) {
     return FromInt(a.AsCurrency().scaled < b.AsCurrency().scaled   ? -1
                    : a.AsCurrency().scaled > b.AsCurrency().scaled ? 1
                                                                    : 0);
+  // A Single against a Double compares in single precision, as VB does:
+  // CSng(0.001 * 0.001) = 0.000001 holds.
+  if ((a.Type() == vbSingle && b.Type() == vbDouble) ||
+      (a.Type() == vbDouble && b.Type() == vbSingle)) {
+    float x = a.ToSingle(), y = b.ToSingle();
+    return FromInt(x < y ? -1 : x > y ? 1 : 0);
+  }
   double x = a.ToDouble(), y = b.ToDouble();
   return FromInt(x < y ? -1 : x > y ? 1 : 0);
 }

@@ -4,6 +4,7 @@
 
 #include "platform/script/vbscript/builtins_common.h"
 #include "platform/script/vbscript/program.h"
+#include "support/number_text.h"
 #include "support/object.h"
 
 namespace ketrova::script::vbscript {
@@ -26,7 +27,18 @@ Variant BiCByte(Args args) {
 Variant BiCCur(Args args) {
   return Variant(args[0].ToCurrency());
 }
+// CDate reads a text that is no date but a number as that number of days
+// (CDate("1") is 31.12.1899).
 Variant BiCDate(Args args) {
+  if (args[0].Type() == vbString) {
+    try {
+      return Variant(args[0].ToDate());
+    } catch (const VbError& e) {
+      auto days = ParseNumber(args[0].AsString());
+      if (e.Number != 13 || !days) throw;
+      return Variant(Variant(*days).ToDate());
+    }
+  }
   return Variant(args[0].ToDate());
 }
 Variant BiCDbl(Args args) {

@@ -25,3 +25,6 @@ T "- - 2 ^ 2"
 Dim hi
 hi = "!"
 Print "x" &hi
+T "CDate(""1"")"
+T "CSng(0.001 * 0.001) = 0.000001"
+T "CSng(1) / 3"
