@@ -248,6 +248,25 @@ TEST_P(JobRunTest, EachRecordSeesItsNumberAndAFreshKey) {
   EXPECT_EQ(keys.size(), 3u);
 }
 
+// Script globals come before the members of the added objects, and of two
+// added objects with the same member the one added last answers: a bare
+// RecordCount is the record number, a bare Fields the destination's.
+TEST_P(JobRunTest, BareNamesResolveToGlobalsThenToTheDestination) {
+  if (DirectSql()) GTEST_SKIP() << "the generated statements write the mapping, not the script";
+  SourceNumbers("Kunden", 2);
+  CreateTarget();
+  AddJob("Kunden", "Kunden", "Ziel",
+         "Function txConvertMain()\r\n"
+         "\tFields(\"Nr\") = RecordCount\r\n"
+         "\tFields(\"Name\") = Source.Fields(\"Name\") & \"/\" & Fields(\"Nr\")\r\n"
+         "End Function\r\n");
+  EXPECT_EQ(Run(), "");
+  RowList rows = Target();
+  ASSERT_EQ(rows.size(), 2u);
+  EXPECT_EQ(rows[0].substr(0, 11), "1|Name 1/1|");
+  EXPECT_EQ(rows[1].substr(0, 11), "2|Name 2/2|");
+}
+
 TEST_P(JobRunTest, DisplayControlsFollowTheJobsAndRecords) {
   SourceNumbers("Kunden", 3);
   CreateTarget();

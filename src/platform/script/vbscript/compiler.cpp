@@ -650,6 +650,11 @@ void CompileExpression(Expr& expr, Procedure& top, const CompileScope& scope) {
   top.numLocals = unit.top.numLocals;
 }
 
+// Names of the host come after the script's own (a script's RecordCount
+// global hides a record set's member of that name). An object's own name
+// wins over every member; among the members of objects added with their
+// members visible, the object added last answers (in a job script a bare
+// Fields or EOF is the Destination's, added after Source).
 bool BindHostName(const std::vector<HostObject>& hosts, const std::string& name,
                   const std::string& lower, Binding& b) {
   for (size_t i = hosts.size(); i-- > 0;) {
