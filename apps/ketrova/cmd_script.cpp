@@ -1,11 +1,12 @@
-// ketrova script FILE [--language VBScript|JScript] [--timeout MS]
+// ketrova script FILE [--language VBScript|JScript] [--timeout MS] [--dump]
 //                     [--run NAME [ARG...]]:
 // adds a script file to a script control, as a conversion adds a user module,
 // optionally runs one of its procedures with the given arguments and prints
 // the result. --timeout stops a run that takes longer, so that a module with
 // an endless loop can be found without killing the process. Users test their modules with it.
 // Message boxes go to the terminal; a script error is printed with its number, description, source,
-// line and column.
+// line and column. --dump prints the compiled VBScript code with the binding
+// of every name, for diagnosing the interpreter.
 #include <unistd.h>
 
 #include <cstdlib>
@@ -25,7 +26,7 @@ namespace ketrova::cli {
 namespace {
 
 constexpr const char* kUsage =
-    "Aufruf: ketrova script DATEI [--language VBScript|JScript] [--timeout MS] "
+    "Aufruf: ketrova script DATEI [--language VBScript|JScript] [--timeout MS] [--dump] "
     "[--run NAME [ARGUMENT...]]\n";
 
 // MsgBox for JScript, which has none of its own; VBScript brings its own.
@@ -84,6 +85,7 @@ int RunScript(const Args& args) {
   std::string language;
   std::string procedure;
   int timeout = -1;
+  bool dump = false;
   std::vector<Variant> arguments;
   for (std::size_t i = 0; i < args.size(); ++i) {
     if (args[i] == "--language" && i + 1 < args.size()) {
@@ -96,6 +98,8 @@ int RunScript(const Args& args) {
         return 2;
       }
       timeout = static_cast<int>(value);
+    } else if (args[i] == "--dump") {
+      dump = true;
     } else if (args[i] == "--run" && i + 1 < args.size()) {
       procedure = args[++i];
       for (++i; i < args.size(); ++i) arguments.push_back(ArgumentValue(args[i]));
@@ -133,11 +137,16 @@ int RunScript(const Args& args) {
     if (control.Language() == "JScript")
       control.AddObject("ScriptHost", std::make_shared<ScriptHost>(), true);
     control.AddCode(code);
+    if (dump) {
+      std::cout << control.DumpCompiled();
+      dump = false;
+    }
     if (!procedure.empty()) {
       Variant result = control.Run(procedure, arguments);
       if (!result.IsEmpty()) std::cout << ResultText(result) << "\n";
     }
   } catch (const VbError& e) {
+    if (dump) std::cout << control.DumpCompiled();  // what compiled before the failure
     if (control.Error().Number == 0) {
       std::cerr << "Fehler Nr.: " << e.Number << "\nBeschreibung: " << e.Description << "\n";
     } else {

@@ -39,8 +39,8 @@ class ScriptError : public VbError {
         Line(line),
         Column(column),
         Text(std::move(text)) {}
-  int Line = 0;    // 1-based; 0 when not known
-  int Column = 0;  // 1-based; 0 when not known
+  int Line = 0;      // 1-based; 0 when not known
+  int Column = 0;    // 1-based; 0 when not known
   std::string Text;  // the source line, where known
 };
 
@@ -97,6 +97,10 @@ class Engine {
   // AddCode) may take before it is stopped with kTimeoutErrorNumber; -1 or 0
   // for no limit. The clock starts when the outermost call begins.
   virtual void SetTimeout(int milliseconds) = 0;
+
+  // A readable listing of the module's compiled code, for diagnosing the
+  // interpreter; empty where the engine keeps none it can show (JScript).
+  virtual std::string DumpCompiled(std::string_view /*module*/) const { return {}; }
 };
 
 std::unique_ptr<Engine> CreateVBScriptEngine();

@@ -137,6 +137,10 @@ void ScriptControl::ExecuteStatement(std::string_view statements) {
   modules_.Item(1).ExecuteStatement(statements);
 }
 
+std::string ScriptControl::DumpCompiled() const {
+  return engine().DumpCompiled(kGlobalModule);
+}
+
 ScriptProcedures ScriptControl::Procedures() const {
   return modules_.Item(1).Procedures();
 }

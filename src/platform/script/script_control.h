@@ -108,6 +108,10 @@ class ScriptControl {
   Variant Eval(std::string_view expression);
   void ExecuteStatement(std::string_view statements);
 
+  // The listing of the global module's compiled code (VBScript), for
+  // diagnosing the interpreter; empty for JScript.
+  std::string DumpCompiled() const;
+
   ScriptModules& Modules() { return modules_; }
   // The procedures of the global module.
   ScriptProcedures Procedures() const;

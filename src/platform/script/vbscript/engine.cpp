@@ -4,6 +4,7 @@
 #include "platform/script/ado_binding.h"
 #include "platform/script/vbscript/errors.h"
 #include "platform/script/vbscript/interpreter.h"
+#include "platform/script/vbscript/tree_dump.h"
 
 namespace ketrova::script {
 namespace {
@@ -41,6 +42,11 @@ class VBScriptEngine : public Engine {
 
   void AddObject(std::string_view name, ObjectPtr object, bool addMembers) override {
     interp_.AddObject(name, BindForScript(std::move(object)), addMembers);
+  }
+
+  std::string DumpCompiled(std::string_view module) const override {
+    Module* m = interp_.FindModule(module);
+    return m ? DumpModule(*m) : std::string();
   }
 
   std::vector<ProcedureInfo> Procedures(std::string_view module) const override {

@@ -11,6 +11,8 @@
 // ScriptError at the statement that raised it.
 #pragma once
 
+#include <cassert>
+
 #include <chrono>
 #include <cstdint>
 #include <limits>
@@ -208,7 +210,10 @@ struct Interpreter::Impl {
   auto Entered(F&& run) -> decltype(run()) {
     struct Entry {
       explicit Entry(Impl& impl) : impl(impl) { ++impl.entries; }
-      ~Entry() { --impl.entries; }
+      ~Entry() {
+        assert(impl.entries > 0);
+        --impl.entries;
+      }
       Impl& impl;
     };
     if (entries > 0) {
@@ -236,7 +241,10 @@ struct Interpreter::Impl {
       impl.Tick();
       ++impl.depth;
     }
-    ~DepthGuard() { --impl.depth; }
+    ~DepthGuard() {
+      assert(impl.depth > 0);
+      --impl.depth;
+    }
     Impl& impl;
   };
 
@@ -277,12 +285,16 @@ struct Interpreter::Impl {
     Binding& b = e.bind;
     switch (b.kind) {
       case BindKind::kLocal:
+        assert(f.proc && b.index >= 0 && b.index < f.proc->numLocals);
         return f.slots[b.index];
       case BindKind::kOuterLocal:
+        assert(f.outer && b.index >= 0 && b.index < f.outer->proc->numLocals);
         return f.outer->slots[b.index];
       case BindKind::kGlobal:
+        assert(b.global);
         return b.global;
       case BindKind::kField:
+        assert(f.me && b.index >= 0 && static_cast<size_t>(b.index) < f.me->fields.size());
         return &f.me->fields[b.index];
       case BindKind::kDynamic:
         if (Resolve(e, f)) return VarRef(e, f);
