@@ -14,6 +14,8 @@ packages=(
   unixodbc unixodbc-dev libsqliteodbc odbc-postgresql odbc-mariadb tdsodbc
   # throwaway database servers for the server tests
   postgresql mariadb-server mariadb-client
+  # the peers of the conversion benchmark (scripts/bench.sh) and its clock
+  gdal-bin time
   # locales for the regional-settings tests
   locales
   # the desktop: Qt 6 Widgets (its GIF, JPEG and offscreen plug-ins come with

@@ -10,6 +10,9 @@
 // terminal; --yes answers them with yes, and without a terminal on stdin each
 // takes its default button. --quiet prints neither progress nor status texts;
 // the event log (the messages of CLogs) follows the run on stderr in any case.
+// --no-grouping has every write committed on its own instead of in groups of
+// at most 100 ms (see the README); the setting GroupedCommits=0 in the section
+// Ketrova of the registry ini does the same for every run.
 #include <unistd.h>
 
 #include <iostream>
@@ -17,6 +20,7 @@
 #include "commands.h"
 #include "core/converter.h"
 #include "engine/engine.h"
+#include "platform/ado/provider.h"
 #include "platform/ui/console_ui.h"
 #include "run_display.h"
 #include "support/files.h"
@@ -26,7 +30,8 @@ namespace ketrova::cli {
 
 namespace {
 
-constexpr const char* kUsage = "Aufruf: ketrova run PROJEKT.CPF [--yes] [--quiet]\n";
+constexpr const char* kUsage =
+    "Aufruf: ketrova run PROJEKT.CPF [--yes] [--quiet] [--no-grouping]\n";
 
 // The messages the closing box points to; the desktop shows them as its
 // event log.
@@ -48,6 +53,9 @@ int RunProject(const Args& args) {
       options.assumeYes = true;
     } else if (arg == "--quiet") {
       options.quiet = true;
+    } else if (arg == "--no-grouping") {
+      // Every write committed on its own (slower; nothing lost on a kill).
+      ado::SetGroupedCommits(false);
     } else if (file.empty() && !arg.starts_with("--")) {
       file = arg;
     } else {

@@ -4,11 +4,14 @@
 # plain insert), then BENCH_UPDATE_ROWS of them updated by key with
 # update.cpf. Each is timed beside sqlite3 and ogr2ogr on the same file, with
 # the peak memory of every process. Ketrova's insert also runs on a tenth of
-# the rows: its peak memory must not grow with the number of records.
+# the rows: its peak memory must not grow with the number of records. Then
+# BENCH_PG_ROWS of the people go into a throwaway PostgreSQL server
+# (scripts/test-servers.sh) beside ogr2ogr and psql's \copy; their CPU is the
+# client's and the server's together.
 #
 # Sizes: BENCH_ROWS (default 1000000), BENCH_UPDATE_ROWS (default 100000),
-# BENCH_SMALL_ROWS (default BENCH_ROWS / 10). Work folder:
-# $KETROVA_BUILD_DIR/bench-convert.
+# BENCH_SMALL_ROWS (default BENCH_ROWS / 10), BENCH_PG_ROWS (default 100000;
+# 0 leaves PostgreSQL out). Work folder: $KETROVA_BUILD_DIR/bench-convert.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 cd "$here/../.."
@@ -16,6 +19,7 @@ build=${KETROVA_BUILD_DIR:-build}
 ketrova=$(cd "$build" && pwd)/apps/ketrova/ketrova
 rows=${BENCH_ROWS:-1000000}
 update_rows=${BENCH_UPDATE_ROWS:-100000}
+pg_rows=${BENCH_PG_ROWS:-100000}
 small_rows=${BENCH_SMALL_ROWS:-$((rows / 10))}
 work=$(mkdir -p "$build/bench-convert" && cd "$build/bench-convert" && pwd)
 
@@ -24,6 +28,7 @@ need=()
 command -v ogr2ogr >/dev/null || need+=(gdal-bin)
 [ -x /usr/bin/time ] || need+=(time)
 command -v sqlite3 >/dev/null || need+=(sqlite3)
+command -v psql >/dev/null || need+=(postgresql-client)
 if [ ${#need[@]} -gt 0 ]; then
   sudo=""
   if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi
@@ -59,6 +64,10 @@ measure() {  # label folder command...
   local kb cpu
   kb=$(awk -F': ' '/Maximum resident set size/ {print $2}' "$work/time.txt")
   cpu=$(awk -F': ' '/User time|System time/ {s += $2} END {printf "%.2f", s}' "$work/time.txt")
+  # A server's part of the work, where one served the command.
+  if [ -n "${server_cpu_before:-}" ]; then
+    cpu=$(awk -v a="$cpu" -v b="$server_cpu_before" -v c="$(server_cpu)" 'BEGIN {printf "%.2f", a + c - b}')
+  fi
   results+=("$label|$(awk -v a="$start" -v b="$end" 'BEGIN {printf "%.2f", b - a}')|$((kb / 1024))|$cpu")
   echo "  $label: done"
 }
@@ -91,6 +100,47 @@ measure "sqlite3 update ($update_rows)" "$work/full" sqlite3 sqlite3.sqlite \
      Geburtstag = a.Geburtstag, Umsatz = a.Umsatz, Menge = a.Menge, Status = a.Status
    FROM Aenderungen a WHERE Personen.Nr = a.Nr"
 
+# PostgreSQL: the people into a server of their own, by ketrova (insert.cpf
+# with the data source ketrova_pg as target), ogr2ogr and psql's \copy.
+server_cpu() {  # seconds of CPU the PostgreSQL server and its ended backends used
+  local pid
+  pid=$(head -1 "$KETROVA_SERVERS_DIR/pg/data/postmaster.pid")
+  awk -v hz="$(getconf CLK_TCK)" '{printf "%.2f", ($14 + $15 + $16 + $17) / hz}' "/proc/$pid/stat"
+}
+if [ "$pg_rows" -gt 0 ]; then
+  # shellcheck source=../../scripts/test-servers.sh
+  source scripts/test-servers.sh
+  start_test_servers >/dev/null 2>&1 || true
+  trap stop_test_servers EXIT
+  if [ -n "${KETROVA_TEST_PG:-}" ]; then
+    pg="psql -h 127.0.0.1 -p $KETROVA_PG_PORT -U $KETROVA_TEST_USER -d $KETROVA_TEST_DB -q"
+    prepare "$work/pg" "$pg_rows"
+    sed -e 's/DATABASETYPE="9" DATABASEDIRECTION="2" CONNECTIONSTRING="[^"]*" DATASOURCENAME=""/DATABASETYPE="9" DATABASEDIRECTION="2" CONNECTIONSTRING="" DATASOURCENAME="ketrova_pg"/' \
+      -e 's/DATABASENAME="ketrova.sqlite" DRIVERNAME="SQLite3"/DATABASENAME="" DRIVERNAME=""/' \
+      "$here/insert.cpf" >"$work/pg/insert.cpf"
+    server_cpu_before=$(server_cpu)
+    measure "ketrova into PostgreSQL ($pg_rows)" "$work/pg" "$ketrova" run insert.cpf --quiet --yes
+    server_cpu_before=$(server_cpu)
+    measure "ogr2ogr into PostgreSQL ($pg_rows)" "$work/pg" ogr2ogr -f PostgreSQL \
+      "PG:host=127.0.0.1 port=$KETROVA_PG_PORT user=$KETROVA_TEST_USER dbname=$KETROVA_TEST_DB" \
+      daten/personen.csv -nln personen_ogr
+    $pg -c "CREATE TABLE personen_copy (Nr INTEGER, Name VARCHAR(40), Vorname VARCHAR(40),
+      Strasse VARCHAR(60), PLZ VARCHAR(5), Ort VARCHAR(40), Geburtstag VARCHAR(10),
+      Umsatz VARCHAR(20), Menge INTEGER, Status VARCHAR(10))"
+    server_cpu_before=$(server_cpu)
+    measure "psql copy into PostgreSQL ($pg_rows)" "$work/pg" $pg \
+      -c "\\copy personen_copy FROM 'daten/personen.csv' WITH (FORMAT csv, DELIMITER ';', HEADER)"
+    unset server_cpu_before
+    echo
+    printf '  PostgreSQL rows: ketrova %s, ogr2ogr %s, psql %s\n' \
+      "$($pg -At -c 'SELECT COUNT(*) FROM "Personen"' 2>/dev/null || echo '?')" \
+      "$($pg -At -c 'SELECT COUNT(*) FROM personen_ogr' 2>/dev/null || echo '?')" \
+      "$($pg -At -c 'SELECT COUNT(*) FROM personen_copy' 2>/dev/null || echo '?')"
+  else
+    echo "bench: no PostgreSQL server, its part is left out" >&2
+  fi
+fi
+
 # What each target holds afterwards: rows, and rows carrying the update.
 echo
 for db in ketrova sqlite3 ogr2ogr; do
@@ -105,7 +155,7 @@ echo
 # Wall seconds suffer from other work on a shared machine; CPU seconds (user
 # and system) do less.
 printf '%-32s %10s %10s %10s %12s\n' "run" "seconds" "CPU s" "peak MB" "rows/s"
-base_insert="" base_update="" cpu_insert="" cpu_update=""
+base_insert="" base_update="" cpu_insert="" cpu_update="" base_pg="" cpu_pg=""
 for r in "${results[@]}"; do
   IFS='|' read -r label secs mb cpu <<<"$r"
   n=$(sed -E 's/.*\(([0-9]+)\).*/\1/' <<<"$label")
@@ -115,6 +165,7 @@ for r in "${results[@]}"; do
   case "$label" in
     "ketrova insert ($rows)") base_insert=$secs cpu_insert=$cpu ;;
     "ketrova update"*) base_update=$secs cpu_update=$cpu ;;
+    "ketrova into PostgreSQL"*) base_pg=$secs cpu_pg=$cpu ;;
   esac
 done
 echo
@@ -135,6 +186,15 @@ for r in "${results[@]}"; do
       if [ -n "$base_update" ] && [ "$base_update" != failed ]; then
         ratio update "$base_update" "$cpu_update" "$label" "$secs" "$cpu"
       fi ;;
+    "ogr2ogr into PostgreSQL"* | "psql copy into PostgreSQL"*)
+      if [ -n "$base_pg" ] && [ "$base_pg" != failed ]; then
+        ratio postgres "$base_pg" "$cpu_pg" "$label" "$secs" "$cpu"
+      fi ;;
   esac
 done
+# The update against ketrova's own insert rate (the target: at least half).
+if [ -n "$base_update" ] && [ "$base_update" != failed ] && [ -n "$base_insert" ]; then
+  awk -v u="$update_rows" -v us="$base_update" -v i="$rows" -v is="$base_insert" \
+    'BEGIN {printf "  update rate / insert rate %22.2f\n", (us > 0 && is > 0 ? (u / us) / (i / is) : 0)}'
+fi
 exit 0

@@ -110,6 +110,8 @@ std::string CEngine::JobRun::Run() {
   try {
     flow = Prepare();
     if (flow == Flow::kGoOn && !bEmptySource_) flow = RecordLoop();
+    // What the job wrote is committed before anything counts or reads it.
+    dstDb_.FlushWrites();
     if (flow == Flow::kGoOn) {
       if (!bEmptySource_) --inRecord_;
       Log("Es wurden " + std::to_string(inRecord_) + " Datensätze konvertiert.");
@@ -322,6 +324,7 @@ CEngine::JobRun::Flow CEngine::JobRun::RecordLoop() {
     ui.DoEvents();
 
     if (e_.Cancel) {
+      dstDb_.FlushWrites();
       int answer = ui.MsgBox("Möchten Sie wirklich die Verarbeitung abbrechen ?",
                              ui::vbYesNo | ui::vbQuestion, e_.Converter->ProductName());
       // Yes ends this job and, with Cancel still set, the run.
@@ -360,8 +363,11 @@ CEngine::JobRun::Flow CEngine::JobRun::RecordLoop() {
     ado::Recordset& target = *e_.rsDestination_;
     ResumeNext([&] {
       if (!bDestOutlook) {
-        // A text file only appends, so its record always counts as new.
-        bEOF_ = dstDb_.DatabaseType == dbtText ? true : target.Eof();
+        // A text file only appends, so its record always counts as new. A
+        // job that only inserts adds whatever EOF says; only the MySQL path,
+        // which sends the answer along, asks.
+        const bool bAsk = dstDb_.DatabaseType != dbtText && (job_.DestinationUpdate || bDirectSQL_);
+        bEOF_ = bAsk ? target.Eof() : true;
         if (!job_.DestinationUpdate || bEOF_) target.AddNew();
       } else {
         bEOF_ = dstDb_.RecordsetEOF();

@@ -137,6 +137,10 @@ class CDatabase {
   // The engine's last step for a written record: Update, then UpdateBatch.
   void RecordSetWrite(std::shared_ptr<ado::Recordset>& objRS, std::string& szOutlookError,
                       std::string& szError);
+  // Commits the writes the store's provider has grouped (at a job's end and
+  // before the run waits on the user); a failure is told on stderr, since the
+  // spec's run knows no such step.
+  void FlushWrites();
   // Copies a table's definition from the source through the catalogue;
   // `szTableName` is the source name in, the destination's name out.
   std::string CreateTableFromSource(std::string& szTableName);

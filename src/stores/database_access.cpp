@@ -1,6 +1,7 @@
 // The run-time half of CDatabase: opening and closing the store, transactions
 // and the narrow record interface through which the engine and the catalogue
 // reach a store.
+#include <iostream>
 #include <mutex>
 
 #include "core/converter.h"
@@ -12,6 +13,7 @@
 #include "platform/ui/ui_helpers.h"
 #include "stores/database.h"
 #include "support/files.h"
+#include "support/registry.h"
 #include "support/text.h"
 #include "support/utf8.h"
 #include "support/vb_error.h"
@@ -25,6 +27,18 @@ namespace {
 void RegisterFileProviders() {
   static std::once_flag once;
   std::call_once(once, [] { text_provider::RegisterTextProvider(); });
+}
+
+// Ketrova's own setting "GroupedCommits" in the section "Ketrova" of the
+// registry ini: 0 (or "Nein", "Falsch", "off") has every write committed on
+// its own. Read at the first open of a store in a process; the command line
+// decides where it says something.
+void ApplyGroupingSetting() {
+  if (ado::GroupedCommitsSet()) return;
+  std::string value = AsciiUpper(
+      Trim(CRegistry().GetRegSetting("GroupedCommits", 0, HKEY_CURRENT_USER, "Ketrova", "1")));
+  ado::SetGroupedCommits(!(value == "0" || value == "NEIN" || value == "FALSCH" ||
+                           value == "FALSE" || value == "OFF" || value == "NO"));
 }
 
 // The text of the exception being handled, as the operations of this file
@@ -71,6 +85,7 @@ void CDatabase::Open() {
         adox::Catalog catalog;
         catalog.Create(connection);
       }
+      ApplyGroupingSetting();
       Connection->Open(connection, "", "", -1);
     }
     SetColBrackets();
@@ -260,6 +275,15 @@ void CDatabase::RecordSetWrite(std::shared_ptr<ado::Recordset>& objRS, std::stri
     szError = error.Description;
   } catch (const std::exception& error) {
     szError = error.what();
+  }
+}
+
+void CDatabase::FlushWrites() {
+  if (DatabaseType == dbtOutlook || DatabaseType == dbtXML || !Connection) return;
+  try {
+    Connection->Flush();
+  } catch (const VbError& error) {
+    std::cerr << error.Description << "\n";
   }
 }
 

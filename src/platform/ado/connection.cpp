@@ -66,6 +66,10 @@ Provider& Connection::GetProvider() const {
   return *provider_;
 }
 
+void Connection::Flush() {
+  if (provider_) provider_->Flush();
+}
+
 std::shared_ptr<Provider> Connection::SharedProvider() const {
   GetProvider();
   return provider_;

@@ -42,6 +42,10 @@ class Connection : public Object {
   RecordsetPtr Execute(const std::string& text, Variant* recordsAffected = nullptr,
                        int options = -1);
 
+  // Commits what the provider has grouped of this connection's writes (see
+  // provider.h); nothing to do when closed.
+  void Flush();
+
   // Returns the nesting level (1).
   std::int32_t BeginTrans();
   void CommitTrans();

@@ -149,6 +149,9 @@ Field& Fields::Item(std::int32_t index) const {
 }
 
 Field* Fields::Find(std::string_view name) const {
+  // Names are mostly given as the store spells them.
+  for (const auto& f : items_)
+    if (f->Name() == name) return f.get();
   for (const auto& f : items_)
     if (KeyEquals(f->Name(), name)) return f.get();
   return nullptr;
@@ -193,8 +196,41 @@ void Fields::Delete(const Variant& key) {
   for (std::size_t i = 0; i < items_.size(); ++i) items_[i]->index_ = i;
 }
 
+namespace {
+
+bool SameColumn(const ColumnInfo& a, const ColumnInfo& b) {
+  return a.name == b.name && a.type == b.type && a.sqlType == b.sqlType &&
+         a.typeName == b.typeName && a.definedSize == b.definedSize && a.precision == b.precision &&
+         a.numericScale == b.numericScale && a.nullable == b.nullable &&
+         a.autoIncrement == b.autoIncrement && a.keyColumn == b.keyColumn &&
+         a.baseTable == b.baseTable && a.baseColumn == b.baseColumn;
+}
+
+}  // namespace
+
 void Fields::Reset(const std::vector<ColumnInfo>& columns, const std::vector<int>& attributes) {
   Detach();
+  if (columns.empty()) {
+    // Kept aside: a record set opened again on the same shape (once per
+    // record) gets the same Field objects back, and what scripts resolved on
+    // them holds.
+    if (!items_.empty()) spare_ = std::move(items_);
+    items_.clear();
+    return;
+  }
+  bool same = spare_.size() == columns.size();
+  for (std::size_t i = 0; same && i < columns.size(); ++i)
+    same = spare_[i]->attributes_ == attributes[i] && SameColumn(spare_[i]->info_, columns[i]);
+  if (same) {
+    items_ = std::move(spare_);
+    spare_.clear();
+    for (auto& f : items_) {
+      f->owner_ = owner_;
+      f->properties_.reset();
+    }
+    return;
+  }
+  spare_.clear();
   items_.clear();
   for (std::size_t i = 0; i < columns.size(); ++i)
     items_.push_back(std::make_shared<Field>(owner_, i, columns[i], attributes[i]));

@@ -93,6 +93,7 @@ class Fields : public Object {
   void Detach();
   Recordset* owner_;
   std::vector<FieldPtr> items_;
+  std::vector<FieldPtr> spare_;  // the fields of the last open, detached
 };
 
 }  // namespace ketrova::ado

@@ -1,10 +1,12 @@
 #include "platform/ado/provider.h"
 
+#include <atomic>
 #include <cctype>
 #include <map>
 #include <mutex>
 
 #include "platform/ado/providers/odbc/odbc_provider.h"
+#include "platform/ado/providers/sqlite/sqlite_provider.h"
 #include "support/vb_error.h"
 
 namespace ketrova::ado {
@@ -36,7 +38,23 @@ const char* KindName(ProviderKind kind) {
   return "?";
 }
 
+std::atomic<bool> groupedCommits{true};
+std::atomic<bool> groupedCommitsSet{false};
+
 }  // namespace
+
+void SetGroupedCommits(bool on) {
+  groupedCommits = on;
+  groupedCommitsSet = true;
+}
+
+bool GroupedCommitsSet() {
+  return groupedCommitsSet;
+}
+
+bool GroupedCommits() {
+  return groupedCommits;
+}
 
 bool IsDdlStatement(std::string_view sql) {
   std::size_t i = sql.find_first_not_of(" \t\r\n");
@@ -99,7 +117,11 @@ std::unique_ptr<Provider> OpenProvider(std::string_view connectionString, std::s
     if (it != r.factories.end()) factory = it->second;
   }
   if (factory) return factory(spec);
-  if (spec.kind == ProviderKind::kOdbc) return std::make_unique<OdbcProvider>(spec);
+  if (spec.kind == ProviderKind::kOdbc) {
+    // A SQLite file named through the SQLite3 ODBC driver is opened natively.
+    if (auto file = SqliteFileOf(spec)) return std::make_unique<SqliteProvider>(*file, spec);
+    return std::make_unique<OdbcProvider>(spec);
+  }
   throw VbError(kErrGeneral,
                 std::string("Kein Provider für diese Verbindung verfügbar (") +
                     KindName(spec.kind) + "): " + spec.original,

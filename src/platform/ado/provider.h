@@ -28,7 +28,11 @@
 //   not fit in a Long), Single/Double for floats, Decimal for numeric/decimal,
 //   Boolean for bit, Date (OLE date) for date, time and timestamp, String
 //   (UTF-8) for text, a Byte array for binary.
-// - Every statement commits on its own unless BeginTrans was called.
+// - Every statement commits on its own unless BeginTrans was called, as far as
+//   anyone can tell: a provider may hold its writes in a transaction of its
+//   own (a group) while GroupedCommits() is on, committing it at least every
+//   100 ms or 10,000 writes, on Flush and when it closes. A statement the
+//   store refuses then rolls back alone; the rest of the group stays.
 // - Register a provider for its kind with RegisterProvider, from a function
 //   that the program calls at start-up (a static initialiser in a static library
 //   may be dropped by the linker). The ODBC provider is built in.
@@ -114,6 +118,29 @@ class Provider {
   virtual ExecuteResult Execute(const std::string& sql, std::span<const Variant> params = {},
                                 std::int64_t maxRows = 0) = 0;
 
+  // Prepares and checks a statement without running it: raises what Execute
+  // would raise for the text itself (syntax, unknown table or column) and
+  // answers the columns of its result, empty for a statement without one.
+  // std::nullopt when the provider cannot tell without running it; the
+  // caller then executes. A later Execute of the same text reuses the work.
+  virtual std::optional<std::vector<ColumnInfo>> Prepare(const std::string& sql) {
+    return std::nullopt;
+  }
+  // Commits the writes the provider has grouped: afterwards every other
+  // connection sees them. Raises when the commit fails.
+  virtual void Flush() {}
+  // What names a row of a table for an UPDATE of it: the expression a SELECT
+  // adds to read it (SQLite's rowid, PostgreSQL's ctid) and the condition that
+  // finds the row by it, with one "?"; empty where the store has none.
+  struct RowIdentity {
+    std::string column;
+    std::string condition;
+  };
+  virtual RowIdentity RowIdentityOf() const { return {}; }
+  // How many statements with a result the provider has run (for tests and
+  // benchmarks; 0 where it does not count).
+  virtual std::uint64_t QueriesRun() const { return 0; }
+
   virtual void BeginTrans() = 0;
   virtual void CommitTrans() = 0;
   virtual void RollbackTrans() = 0;
@@ -144,6 +171,14 @@ bool IsDdlStatement(std::string_view sql);
 // Rewrites [name] to quote+name+quote outside string literals ('...').
 std::string RewriteBrackets(std::string_view sql, std::string_view openQuote,
                             std::string_view closeQuote);
+
+// Whether providers group writes into transactions of their own (on unless
+// switched off). Read when a provider opens. The program sets it from its
+// command line; until it has, a store's open takes Ketrova's own setting.
+void SetGroupedCommits(bool on);
+bool GroupedCommits();
+// True once SetGroupedCommits was called.
+bool GroupedCommitsSet();
 
 using ProviderFactory = std::function<std::unique_ptr<Provider>(const ConnectionSpec&)>;
 

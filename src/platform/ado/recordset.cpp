@@ -1,6 +1,7 @@
 #include "platform/ado/recordset.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cctype>
 
 #include "support/collection.h"
@@ -232,16 +233,66 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
                   "ADODB.Recordset");
   provider_ = connection_->SharedProvider();
   if (IsDdlStatement(source_)) connection_->ForgetTableShapes();
-  ExecuteResult result = provider_->Execute(source_, {}, maxRecords_);
-  if (!result.cursor) {
-    // A statement without a result leaves the record set closed, as in ADO.
-    provider_.reset();
-    return;
+  bool updatable = lockType_ > adLockReadOnly;
+  // A record set to write through reads each row's own identity beside it,
+  // where the store has one, so that an UPDATE finds exactly that row.
+  sent_ = source_;
+  identity_ = {};
+  if (updatable) {
+    // Worked out once for a text opened again and again (once per record).
+    if (source_ != withIdentity_.source || provider_.get() != withIdentity_.provider) {
+      withIdentity_ = {source_, provider_.get(), {}, {}};
+      Provider::RowIdentity id = provider_->RowIdentityOf();
+      std::size_t from = FindKeyword(source_, "FROM");
+      if (!id.column.empty() && from != std::string::npos && !SingleTableOf(source_).empty()) {
+        withIdentity_.identity = id;
+        withIdentity_.sent =
+            source_.substr(0, from) + ", " + id.column + " " + source_.substr(from);
+      }
+    }
+    if (!withIdentity_.sent.empty()) {
+      identity_ = withIdentity_.identity;
+      sent_ = withIdentity_.sent;
+    }
+  }
+  // A record set to write through is opened per record: its statement is
+  // prepared and checked now, and runs only when something asks for rows.
+  std::optional<std::vector<ColumnInfo>> described;
+  std::unique_ptr<Cursor> cursor;
+  auto open = [&] {
+    if (updatable) described = provider_->Prepare(sent_);
+    if (!described || described->empty())
+      cursor = provider_->Execute(sent_, {}, maxRecords_).cursor;
+  };
+  try {
+    open();
+  } catch (const VbError&) {
+    // A table without the identity (a view, a table without rowid): the
+    // statement as written, whose error is the open's if it has one.
+    if (identity_.column.empty()) throw;
+    identity_ = {};
+    sent_ = source_;
+    described.reset();
+    open();
+  }
+  pendingRun_ = described && !described->empty();
+  if (pendingRun_) {
+    columns_ = std::move(*described);
+  } else {
+    if (!cursor) {
+      // A statement without a result leaves the record set closed, as in ADO.
+      provider_.reset();
+      return;
+    }
+    cursor_ = std::move(cursor);
+    columns_ = cursor_->Columns();
+  }
+  // The identity is read with each row, behind its fields.
+  if (!identity_.column.empty()) {
+    assert(!columns_.empty());
+    columns_.pop_back();
   }
   inMemory_ = false;
-  cursor_ = std::move(result.cursor);
-  columns_ = cursor_->Columns();
-  bool updatable = lockType_ > adLockReadOnly;
   if (updatable) {
     ResolveTarget();
     updatable = target_ != nullptr;
@@ -259,7 +310,7 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
   }
   fields_->Reset(columns_, attributes_);
   open_ = true;
-  FetchMore();
+  if (!pendingRun_) FetchMore();
 }
 
 void Recordset::OpenOnCursor(ConnectionPtr connection, std::string source,
@@ -267,6 +318,8 @@ void Recordset::OpenOnCursor(ConnectionPtr connection, std::string source,
   connection_ = std::move(connection);
   provider_ = connection_->SharedProvider();
   source_ = std::move(source);
+  sent_ = source_;
+  identity_ = {};
   cursorType_ = adOpenForwardOnly;
   lockType_ = adLockReadOnly;
   cursor_ = std::move(cursor);
@@ -310,6 +363,7 @@ void Recordset::Close() {
                   "ADODB.Recordset");
   // Pending changes of a batch are thrown away, as ADO does on Close.
   cursor_.reset();
+  pendingRun_ = false;
   provider_.reset();
   records_.clear();
   dropped_ = 0;
@@ -328,7 +382,14 @@ void Recordset::CheckOpen() const {
                   "ADODB.Recordset");
 }
 
+void Recordset::RunPending() {
+  pendingRun_ = false;
+  ExecuteResult result = provider_->Execute(sent_, {}, maxRecords_);
+  cursor_ = std::move(result.cursor);
+}
+
 bool Recordset::FetchMore() {
+  if (pendingRun_) RunPending();
   if (!cursor_) return false;
   DropPassedRows();
   // The first read takes one row, enough to answer EOF after an open; the
@@ -374,23 +435,24 @@ void Recordset::DropPassedRows() {
 
 void Recordset::Requery(std::int64_t row) {
   cursor_.reset();
+  pendingRun_ = false;
   records_.clear();
   position_ = 0;
   dropped_ = 0;
-  ExecuteResult result = provider_->Execute(source_, {}, maxRecords_);
+  ExecuteResult result = provider_->Execute(sent_, {}, maxRecords_);
   cursor_ = std::move(result.cursor);
   FetchMore();
   while (dropped_ + position_ < row && !Eof()) ++position_;
 }
 
 void Recordset::FetchAll() {
-  while (cursor_ && FetchMore()) {
+  while ((cursor_ || pendingRun_) && FetchMore()) {
   }
 }
 
 bool Recordset::Eof() {
   CheckOpen();
-  while (position_ >= static_cast<std::int64_t>(records_.size()) && cursor_)
+  while (position_ >= static_cast<std::int64_t>(records_.size()) && (cursor_ || pendingRun_))
     if (!FetchMore()) break;
   return position_ >= static_cast<std::int64_t>(records_.size());
 }
@@ -537,6 +599,7 @@ void Recordset::AddNew() {
   // The engine opens a whole table per record only to add one: rows not read
   // yet are not read at all. The new record goes behind those already read.
   cursor_.reset();
+  pendingRun_ = false;
   Record rec;
   rec.values.assign(columns_.size(), Variant::Null());
   rec.changed.assign(columns_.size(), false);
@@ -638,35 +701,41 @@ void Recordset::WriteRecord(Record& r) {
       sql += Quote(t.columns[static_cast<std::size_t>(t.tableColumn[set[n]])].name) + " = ?";
       params.push_back(r.values[set[n]]);
     }
-    // The row is found by its key when every key column is in the record set,
-    // otherwise by all original values that can be compared.
-    std::vector<std::size_t> where;
-    bool keyComplete = t.hasKey;
-    if (t.hasKey) {
-      for (std::size_t k = 0; k < t.columns.size(); ++k) {
-        if (!t.columns[k].keyColumn) continue;
-        auto it = std::find(t.tableColumn.begin(), t.tableColumn.end(), static_cast<int>(k));
-        if (it == t.tableColumn.end())
-          keyComplete = false;
-        else
-          where.push_back(static_cast<std::size_t>(it - t.tableColumn.begin()));
+    // The row is found by its own identity where it was read with the row,
+    // else by its key when every key column is in the record set, otherwise
+    // by all original values that can be compared.
+    if (!identity_.column.empty() && original.size() > columns_.size()) {
+      sql += " WHERE " + identity_.condition;
+      params.push_back(original.back());
+    } else {
+      std::vector<std::size_t> where;
+      bool keyComplete = t.hasKey;
+      if (t.hasKey) {
+        for (std::size_t k = 0; k < t.columns.size(); ++k) {
+          if (!t.columns[k].keyColumn) continue;
+          auto it = std::find(t.tableColumn.begin(), t.tableColumn.end(), static_cast<int>(k));
+          if (it == t.tableColumn.end())
+            keyComplete = false;
+          else
+            where.push_back(static_cast<std::size_t>(it - t.tableColumn.begin()));
+        }
       }
-    }
-    if (!keyComplete) {
-      where.clear();
-      for (std::size_t i = 0; i < columns_.size(); ++i)
-        if (t.tableColumn[i] >= 0 && !IsLongOrBinary(columns_[i].type)) where.push_back(i);
-    }
-    sql += " WHERE ";
-    for (std::size_t n = 0; n < where.size(); ++n) {
-      if (n) sql += " AND ";
-      std::size_t i = where[n];
-      std::string name = Quote(t.columns[static_cast<std::size_t>(t.tableColumn[i])].name);
-      if (original[i].IsNull() || original[i].IsEmpty()) {
-        sql += name + " IS NULL";
-      } else {
-        sql += name + " = ?";
-        params.push_back(original[i]);
+      if (!keyComplete) {
+        where.clear();
+        for (std::size_t i = 0; i < columns_.size(); ++i)
+          if (t.tableColumn[i] >= 0 && !IsLongOrBinary(columns_[i].type)) where.push_back(i);
+      }
+      sql += " WHERE ";
+      for (std::size_t n = 0; n < where.size(); ++n) {
+        if (n) sql += " AND ";
+        std::size_t i = where[n];
+        std::string name = Quote(t.columns[static_cast<std::size_t>(t.tableColumn[i])].name);
+        if (original[i].IsNull() || original[i].IsEmpty()) {
+          sql += name + " IS NULL";
+        } else {
+          sql += name + " = ?";
+          params.push_back(original[i]);
+        }
       }
     }
   }

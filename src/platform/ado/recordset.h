@@ -1,11 +1,16 @@
 // Recordset: ADO's Recordset. Create it with std::make_shared.
 //
 // Opened on a connection, it streams rows from a provider cursor in blocks as
-// the caller moves; it never reads the whole result at open. Opened with a lock
+// the caller moves; it never reads the whole result at open. Opened to write
+// through (a lock type above adLockReadOnly) on a provider that can prepare
+// without running, it only prepares and checks its statement; the statement
+// runs when something asks for rows (EOF, BOF, RecordCount, a value, a move),
+// and AddNew alone never runs it. Opened with a lock
 // type above adLockReadOnly on a single-table SELECT it is updatable: AddNew,
 // field assignment and Update/UpdateBatch become INSERT or UPDATE statements on
-// the base table with bound parameters; an UPDATE finds its row by the primary
-// key, or by all original values where the table has none. With
+// the base table with bound parameters; an UPDATE finds its row by the row's
+// own identity where the store has one (read with each row, not a field), else
+// by the primary key, else by all original values. With
 // adLockBatchOptimistic, Update only keeps the change and UpdateBatch sends it;
 // with the other lock types Update sends it at once.
 //
@@ -113,6 +118,8 @@ class Recordset : public Object {
   void CheckOpen() const;
   Record& Current();
   bool FetchMore();
+  // Runs the statement that an open only prepared.
+  void RunPending();
   // Forgets the rows well behind the current one while the result streams.
   void DropPassedRows();
   // Runs the statement again and moves to the row at `row` of the result, for
@@ -137,6 +144,17 @@ class Recordset : public Object {
   std::vector<int> attributes_;
   std::deque<Record> records_;
   std::unique_ptr<Cursor> cursor_;
+  bool pendingRun_ = false;  // prepared at open, not run yet
+  // The statement sent: Source, with the row identity added where it is read.
+  std::string sent_;
+  Provider::RowIdentity identity_;
+  // The statement with the identity for the last source and provider.
+  struct WithIdentity {
+    std::string source;
+    const Provider* provider = nullptr;
+    std::string sent;  // empty when the identity is not read
+    Provider::RowIdentity identity;
+  } withIdentity_;
   std::shared_ptr<Provider> provider_;  // keeps the cursor's provider alive
   std::int64_t position_ = 0;           // index into records_; -1 is BOF, size() is EOF
   // Rows of the result before records_[0]: a walk forward keeps only a window

@@ -184,14 +184,22 @@ ColumnInfo Describe(SQLHSTMT stmt, SQLUSMALLINT col, bool narrow) {
           SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement);
     c.name = FromW(name, static_cast<std::size_t>(std::min<SQLSMALLINT>(nameLen, 511)));
   }
-  c.sqlType = sqlType;
   SQLLEN isUnsigned = SQL_FALSE, autoUnique = SQL_FALSE;
   SQLColAttribute(stmt, col, SQL_DESC_UNSIGNED, nullptr, 0, nullptr, &isUnsigned);
   SQLColAttribute(stmt, col, SQL_DESC_AUTO_UNIQUE_VALUE, nullptr, 0, nullptr, &autoUnique);
   c.typeName = ColumnAttribute(stmt, col, SQL_DESC_TYPE_NAME, narrow);
   c.baseTable = ColumnAttribute(stmt, col, SQL_DESC_BASE_TABLE_NAME, narrow);
   c.baseColumn = ColumnAttribute(stmt, col, SQL_DESC_BASE_COLUMN_NAME, narrow);
-  c.type = AdoType(sqlType, isUnsigned == SQL_TRUE);
+  c.nullable = nullable != SQL_NO_NULLS;
+  c.autoIncrement = autoUnique == SQL_TRUE;
+  SetAdoType(c, sqlType, size, digits, isUnsigned == SQL_TRUE);
+  return c;
+}
+
+void SetAdoType(ColumnInfo& c, SQLSMALLINT sqlType, SQLULEN size, SQLSMALLINT digits,
+                bool isUnsigned) {
+  c.sqlType = sqlType;
+  c.type = AdoType(sqlType, isUnsigned);
   // The SQLite3 driver describes declared decimals as text.
   std::string upperName = AsciiUpper(c.typeName);
   if ((sqlType == SQL_VARCHAR || sqlType == SQL_CHAR || sqlType == SQL_DOUBLE ||
@@ -204,9 +212,6 @@ ColumnInfo Describe(SQLHSTMT stmt, SQLUSMALLINT col, bool narrow) {
     if (auto jet = JetTypeWord(upperName)) c.type = *jet;
   }
   SetSizes(c, size, digits);
-  c.nullable = nullable != SQL_NO_NULLS;
-  c.autoIncrement = autoUnique == SQL_TRUE;
-  return c;
 }
 
 }  // namespace ketrova::ado::odbc

@@ -13,4 +13,11 @@ namespace ketrova::ado::odbc {
 // Column `col` (1-based) of the statement's result.
 ColumnInfo Describe(SQLHSTMT stmt, SQLUSMALLINT col, bool narrow);
 
+// Sets sqlType, type, definedSize, precision and numericScale of `c` from
+// what a driver reports; c.typeName must already hold the store's type word.
+// The native SQLite provider describes its columns through this too, so that
+// both ways to a SQLite file give the same types.
+void SetAdoType(ColumnInfo& c, SQLSMALLINT sqlType, SQLULEN size, SQLSMALLINT digits,
+                bool isUnsigned);
+
 }  // namespace ketrova::ado::odbc

@@ -92,7 +92,10 @@ std::string OdbcProvider::Rewrite(const std::string& sql) const {
 }
 
 std::string OdbcProvider::ColumnTypeSql(const ColumnInfo& c) const {
-  const std::string& d = dialect_;
+  return odbc::ColumnTypeFor(dialect_, c);
+}
+
+std::string odbc::ColumnTypeFor(const std::string& d, const ColumnInfo& c) {
   auto size = [&](std::int64_t fallback) {
     std::int64_t s = c.definedSize > 0 ? c.definedSize : fallback;
     return std::to_string(s);

@@ -5,11 +5,16 @@
 
 #include <string>
 
+#include "platform/ado/provider.h"
+
 namespace ketrova::ado::odbc {
 
 bool IsCreateTable(const std::string& sql);
 // The Jet type words of a CREATE TABLE in PostgreSQL's words; quoted names and
 // literals stay.
 std::string PostgresTypeWords(const std::string& sql);
+// The declaration of a column in DDL for a dialect ("sqlite", "postgresql",
+// "mysql", "mssql", other): the provider's ColumnTypeSql.
+std::string ColumnTypeFor(const std::string& dialect, const ColumnInfo& column);
 
 }  // namespace ketrova::ado::odbc

@@ -243,6 +243,27 @@ void OdbcProvider::Release(std::unique_ptr<OdbcStatement> statement) {
   if (idle_.size() > kIdleStatements) idle_.pop_back();
 }
 
+std::optional<std::vector<ColumnInfo>> OdbcProvider::Prepare(const std::string& sql) {
+  if (dialect_ != "postgresql" || IsDdlStatement(sql)) return std::nullopt;
+  auto s = Acquire(sql);
+  if (!s->described) {
+    SQLSMALLINT columns = 0;
+    SQLRETURN rc = SQLNumResultCols(s->stmt, &columns);
+    if (!SQL_SUCCEEDED(rc)) {
+      auto records = ReadDiagnostics(SQL_HANDLE_STMT, s->stmt, narrow_);
+      throw VbError(OdbcErrorNumber(records, OdbcPhase::kStatement), OdbcErrorText(records),
+                    "Ketrova.ODBC");
+    }
+    s->columns.clear();
+    for (SQLSMALLINT c = 1; c <= columns; ++c)
+      s->columns.push_back(Describe(s->stmt, static_cast<SQLUSMALLINT>(c), narrow_));
+    s->described = true;
+  }
+  std::vector<ColumnInfo> columns = s->columns;
+  Release(std::move(s));
+  return columns;
+}
+
 ExecuteResult OdbcProvider::Execute(const std::string& sql, std::span<const Variant> params,
                                     std::int64_t maxRows) {
   if (IsDdlStatement(sql)) {
@@ -286,6 +307,7 @@ ExecuteResult OdbcProvider::Execute(const std::string& sql, std::span<const Vari
       if (dialect_ == "sqlite") DeclaredDecimals(s->columns);
       s->described = true;
     }
+    ++queriesRun_;
     result.cursor = std::make_unique<OdbcCursor>(*this, std::move(s));
   } else {
     SQLLEN count = -1;
@@ -295,6 +317,13 @@ ExecuteResult OdbcProvider::Execute(const std::string& sql, std::span<const Vari
     Release(std::move(s));
   }
   return result;
+}
+
+Provider::RowIdentity OdbcProvider::RowIdentityOf() const {
+  // The SQLite3 driver's rowid is not kept apart from a column of that name;
+  // PostgreSQL's ctid is the row's place, which the driver reads as text.
+  if (dialect_ == "postgresql") return {"ctid", "ctid = CAST(? AS tid)"};
+  return {};
 }
 
 void OdbcProvider::BeginTrans() {

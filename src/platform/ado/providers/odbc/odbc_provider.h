@@ -43,6 +43,11 @@ class OdbcProvider : public Provider {
   std::vector<IndexInfo> TableIndexes(const std::string& table) override;
   std::string ColumnTypeSql(const ColumnInfo& column) const override;
   void ForgetTableShapes() override;
+  RowIdentity RowIdentityOf() const override;
+  // On PostgreSQL the server describes the statement (which checks it); the
+  // other drivers are not asked before they run it.
+  std::optional<std::vector<ColumnInfo>> Prepare(const std::string& sql) override;
+  std::uint64_t QueriesRun() const override { return queriesRun_; }
 
   // The DBMS name the driver reports ("SQLite", "PostgreSQL", "MariaDB" ...).
   const std::string& DbmsName() const { return dbms_; }
@@ -79,6 +84,7 @@ class OdbcProvider : public Provider {
   std::string dbms_;
   std::string quote_ = "\"";
   int timeout_ = 30;
+  std::uint64_t queriesRun_ = 0;
   bool inTransaction_ = false;
   bool narrow_ = false;
   // Idle prepared statements by SQL text, most recently used first.

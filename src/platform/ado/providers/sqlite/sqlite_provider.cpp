@@ -1,0 +1,452 @@
+// The native SQLite provider's connection and statements: finding the file of
+// a SQLite3 ODBC connection, opening it, the pool of prepared statements,
+// executing with bound parameters, the cursor, transactions and the grouped
+// commits.
+#include "platform/ado/providers/sqlite/sqlite_provider.h"
+
+#include <odbcinst.h>
+
+#include <cassert>
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+
+#include "platform/ado/providers/odbc/odbc_columns.h"
+#include "platform/ado/providers/odbc/odbc_dialect.h"
+#include "platform/ado/providers/sqlite/sqlite_statement.h"
+#include "platform/ado/providers/sqlite/sqlite_values.h"
+#include "support/collection.h"
+#include "support/text.h"
+#include "support/utf8.h"
+#include "support/vb_error.h"
+
+namespace ketrova::ado {
+
+// A prepared statement and the description of its result.
+
+namespace {
+
+constexpr std::size_t kIdleStatements = 64;
+constexpr auto kGroupAge = std::chrono::milliseconds(100);
+constexpr std::uint64_t kGroupWrites = 10000;
+// What the provider raises its failures as: the spelling the ODBC path used,
+// which run logs show ("Quelle: Ketrova.ODBC").
+constexpr const char* kSource = "Ketrova.ODBC";
+
+std::string PrivateProfile(const std::string& section, const char* key, const char* file) {
+  char value[1024] = {};
+  int n = SQLGetPrivateProfileString(section.c_str(), key, "", value, sizeof value, file);
+  return n > 0 ? std::string(value) : std::string();
+}
+
+bool IsSqlite3Driver(const std::string& driver) {
+  if (driver.empty()) return false;
+  if (KeyEquals(driver, "SQLite3")) return true;
+  if (AsciiUpper(driver).find("SQLITE3ODBC") != std::string::npos) return true;
+  // An installed driver under another name whose library is the SQLite3 one.
+  return AsciiUpper(PrivateProfile(driver, "Driver", "odbcinst.ini")).find("SQLITE3ODBC") !=
+         std::string::npos;
+}
+
+std::string WithoutBraces(std::string s) {
+  s = Trim(s);
+  if (s.size() >= 2 && s.front() == '{' && s.back() == '}') s = s.substr(1, s.size() - 2);
+  return s;
+}
+
+// The open providers by file, so that a connection about to write can have
+// the groups of the others on the same file committed first.
+struct OpenFiles {
+  std::mutex mutex;
+  std::multimap<std::string, SqliteProvider*> providers;
+};
+
+OpenFiles& TheOpenFiles() {
+  static OpenFiles files;
+  return files;
+}
+
+class SqliteCursor : public Cursor {
+ public:
+  SqliteCursor(SqliteProvider& provider, std::unique_ptr<SqliteStatement> statement)
+      : provider_(provider), statement_(std::move(statement)) {}
+  ~SqliteCursor() override { provider_.Release(std::move(statement_)); }
+  const std::vector<ColumnInfo>& Columns() const override { return statement_->columns; }
+  std::size_t Fetch(std::vector<Row>& rows, std::size_t count) override {
+    return provider_.FetchRows(*statement_, rows, count);
+  }
+
+ private:
+  SqliteProvider& provider_;
+  std::unique_ptr<SqliteStatement> statement_;
+};
+
+// The first word of a statement, upper case.
+std::string FirstWord(std::string_view sql) {
+  std::size_t i = sql.find_first_not_of(" \t\r\n");
+  if (i == std::string_view::npos) return {};
+  std::size_t end = i;
+  while (end < sql.size() && std::isalpha(static_cast<unsigned char>(sql[end]))) ++end;
+  return AsciiUpper(std::string(sql.substr(i, end - i)));
+}
+
+bool IsTransactionStatement(std::string_view sql) {
+  std::string w = FirstWord(sql);
+  return w == "BEGIN" || w == "COMMIT" || w == "END" || w == "ROLLBACK" || w == "SAVEPOINT" ||
+         w == "RELEASE";
+}
+
+}  // namespace
+
+std::optional<std::string> SqliteFileOf(const ConnectionSpec& spec) {
+  std::string driver = WithoutBraces(spec.Get("Driver"));
+  std::string database = spec.database;
+  if (driver.empty()) {
+    std::string dsn = spec.Get("DSN");
+    if (dsn.empty()) dsn = spec.Get("Data Source");
+    if (dsn.empty()) return std::nullopt;
+    driver = PrivateProfile(dsn, "Driver", "odbc.ini");
+    if (database.empty()) database = PrivateProfile(dsn, "Database", "odbc.ini");
+  }
+  if (!IsSqlite3Driver(driver) || database.empty()) return std::nullopt;
+  return database;
+}
+
+SqliteProvider::SqliteProvider(const std::string& file, const ConnectionSpec& spec) {
+  std::error_code ec;
+  std::filesystem::path absolute = std::filesystem::absolute(file, ec);
+  file_ = ec ? file : absolute.lexically_normal().string();
+  int rc =
+      sqlite3_open_v2(file.c_str(), &db_,
+                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+  if (rc != SQLITE_OK) {
+    sqlite3_close_v2(db_);
+    db_ = nullptr;
+    // The driver's own words for a file it cannot open.
+    throw VbError(kErrGeneral, "[SQLite]connect failed", kSource);
+  }
+  int timeout = 100000;
+  if (std::string t = spec.Get("Timeout"); !t.empty()) timeout = std::atoi(t.c_str());
+  sqlite3_busy_timeout(db_, timeout);
+  // Each record commits on its own, as far as the spec's logic can tell; WAL
+  // with synchronous NORMAL makes a commit cheap and lets readers go on.
+  sqlite3_exec(db_, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
+  sqlite3_exec(db_, "PRAGMA synchronous=NORMAL", nullptr, nullptr, nullptr);
+  grouping_ = GroupedCommits();
+  {
+    auto& files = TheOpenFiles();
+    std::lock_guard lock(files.mutex);
+    files.providers.emplace(file_, this);
+  }
+  if (grouping_) timer_ = std::thread([this] { TimerLoop(); });
+}
+
+SqliteProvider::~SqliteProvider() {
+  {
+    std::lock_guard lock(mutex_);
+    stopping_ = true;
+  }
+  wake_.notify_all();
+  if (timer_.joinable()) timer_.join();
+  {
+    auto& files = TheOpenFiles();
+    std::lock_guard lock(files.mutex);
+    for (auto it = files.providers.begin(); it != files.providers.end(); ++it) {
+      if (it->second == this) {
+        files.providers.erase(it);
+        break;
+      }
+    }
+  }
+  std::lock_guard lock(mutex_);
+  try {
+    CommitGroupLocked();
+  } catch (const VbError& e) {
+    std::cerr << e.Description << "\n";
+  }
+  if (userTransaction_) sqlite3_exec(db_, "ROLLBACK", nullptr, nullptr, nullptr);
+  idle_.clear();
+  sqlite3_close_v2(db_);
+}
+
+void SqliteProvider::Fail(int rc, bool statement) {
+  std::string message = sqlite3_errmsg(db_);
+  int code = rc & 0xff;
+  std::string text = "[SQLite]" + message + " (" + std::to_string(code) + ")";
+  std::int32_t number = statement ? kErrStatementRefused : kErrGeneral;
+  if (message.find("no such table") != std::string::npos) number = kErrUnknownTable;
+  throw VbError(number, text, kSource);
+}
+
+void SqliteProvider::ExecPlain(const char* sql) {
+  int rc = sqlite3_exec(db_, sql, nullptr, nullptr, nullptr);
+  if (rc != SQLITE_OK) Fail(rc, false);
+}
+
+std::unique_ptr<SqliteStatement> SqliteProvider::Acquire(const std::string& sql) {
+  for (auto it = idle_.begin(); it != idle_.end(); ++it) {
+    if ((*it)->sql == sql) {
+      auto s = std::move(*it);
+      idle_.erase(it);
+      return s;
+    }
+  }
+  auto s = std::make_unique<SqliteStatement>();
+  s->sql = sql;
+  const char* tail = nullptr;
+  int rc = sqlite3_prepare_v3(db_, sql.c_str(), static_cast<int>(sql.size()),
+                              SQLITE_PREPARE_PERSISTENT, &s->stmt, &tail);
+  if (rc != SQLITE_OK) Fail(rc, true);
+  if (!s->stmt) {
+    // Only blanks or a comment: nothing to run, as an empty statement.
+    return s;
+  }
+  // One statement per text, as the driver allows.
+  if (tail && std::string_view(tail).find_first_not_of(" \t\r\n;") != std::string_view::npos)
+    throw VbError(kErrStatementRefused, "[SQLite]only one SQL statement allowed", kSource);
+  s->readOnly = sqlite3_stmt_readonly(s->stmt) != 0;
+  Describe(*s);
+  return s;
+}
+
+void SqliteProvider::Release(std::unique_ptr<SqliteStatement> statement) {
+  if (!statement) return;
+  std::lock_guard lock(mutex_);
+  if (statement->stmt) {
+    sqlite3_reset(statement->stmt);
+    sqlite3_clear_bindings(statement->stmt);
+  }
+  statement->produced = 0;
+  statement->done = false;
+  idle_.push_front(std::move(statement));
+  if (idle_.size() > kIdleStatements) idle_.pop_back();
+}
+
+void SqliteProvider::ForgetTableShapes() {
+  std::lock_guard lock(mutex_);
+  idle_.clear();
+  declared_.clear();
+}
+
+std::optional<std::vector<ColumnInfo>> SqliteProvider::Prepare(const std::string& sql) {
+  std::lock_guard lock(mutex_);
+  CommitOthers();
+  if (IsDdlStatement(sql) || IsTransactionStatement(sql)) return std::nullopt;
+  auto s = Acquire(sql);
+  if (!s->stmt || !s->readOnly) {
+    Release(std::move(s));
+    return std::nullopt;
+  }
+  std::vector<ColumnInfo> columns = s->columns;
+  Release(std::move(s));
+  return columns;
+}
+
+ExecuteResult SqliteProvider::Execute(const std::string& sql, std::span<const Variant> params,
+                                      std::int64_t maxRows) {
+  std::lock_guard lock(mutex_);
+  CommitOthers();
+  const bool ddl = IsDdlStatement(sql);
+  if (ddl) {
+    idle_.clear();
+    declared_.clear();
+  }
+  if (IsTransactionStatement(sql)) CommitGroupLocked();
+  auto s = Acquire(sql);
+  ExecuteResult result;
+  if (!s->stmt) return result;
+  sqlite3_stmt* stmt = s->stmt;
+  int count = sqlite3_bind_parameter_count(stmt);
+  for (int i = 0; i < count && static_cast<std::size_t>(i) < params.size(); ++i) {
+    // A statement without a result has run before `params` goes.
+    int rc =
+        sqlite::BindValue(stmt, i + 1, params[static_cast<std::size_t>(i)], s->columns.empty());
+    if (rc != SQLITE_OK) {
+      Release(std::move(s));
+      Fail(rc, true);
+    }
+  }
+  const bool writes = !s->readOnly;
+  if (!s->columns.empty()) {
+    // A statement with a result runs as its rows are read; one that also
+    // writes (a PRAGMA that sets) belongs to the group from its first row.
+    if (writes) BeforeWrite();
+    s->maxRows = maxRows;
+    ++queriesRun_;
+    result.cursor = std::make_unique<SqliteCursor>(*this, std::move(s));
+    return result;
+  }
+  if (writes) BeforeWrite();
+  int rc;
+  while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
+  }
+  if (rc != SQLITE_DONE) {
+    // The message before the reset, which would replace it.
+    std::string message = sqlite3_errmsg(db_);
+    sqlite3_reset(stmt);
+    Release(std::move(s));
+    if (writes) AfterWrite(false);
+    int code = rc & 0xff;
+    std::int32_t number = kErrStatementRefused;
+    if (message.find("no such table") != std::string::npos) number = kErrUnknownTable;
+    throw VbError(number, "[SQLite]" + message + " (" + std::to_string(code) + ")", kSource);
+  }
+  result.rowsAffected = ddl ? -1 : sqlite3_changes(db_);
+  Release(std::move(s));
+  if (writes) AfterWrite(true);
+  return result;
+}
+
+std::size_t SqliteProvider::FetchRows(SqliteStatement& s, std::vector<Row>& rows,
+                                      std::size_t count) {
+  std::lock_guard lock(mutex_);
+  std::size_t got = 0;
+  while (!s.done && got < count) {
+    if (s.maxRows > 0 && s.produced >= s.maxRows) {
+      s.done = true;
+      break;
+    }
+    int rc = sqlite3_step(s.stmt);
+    if (rc == SQLITE_DONE) {
+      s.done = true;
+      // A finished read gives its snapshot back at once.
+      sqlite3_reset(s.stmt);
+      break;
+    }
+    if (rc != SQLITE_ROW) {
+      std::string message = sqlite3_errmsg(db_);
+      sqlite3_reset(s.stmt);
+      s.done = true;
+      throw VbError(kErrStatementRefused,
+                    "[SQLite]" + message + " (" + std::to_string(rc & 0xff) + ")", kSource);
+    }
+    Row row;
+    row.reserve(s.columns.size());
+    for (std::size_t i = 0; i < s.columns.size(); ++i)
+      row.push_back(sqlite::ReadValue(s.stmt, static_cast<int>(i), s.columns[i]));
+    rows.push_back(std::move(row));
+    ++s.produced;
+    ++got;
+  }
+  return got;
+}
+
+void SqliteProvider::CommitOthers() {
+  // Another connection of this process holding a group on the same file
+  // would keep a write waiting, and a read would not see what that connection
+  // wrote: its group is committed first, as if each of its writes had been.
+  std::vector<SqliteProvider*> others;
+  {
+    auto& files = TheOpenFiles();
+    std::lock_guard lock(files.mutex);
+    auto [from, to] = files.providers.equal_range(file_);
+    for (auto it = from; it != to; ++it)
+      if (it->second != this) others.push_back(it->second);
+  }
+  for (SqliteProvider* other : others) other->CommitGroupFor(this);
+}
+
+void SqliteProvider::BeforeWrite() {
+  if (!grouping_ || userTransaction_ || inGroup_ || !sqlite3_get_autocommit(db_)) return;
+  ExecPlain("BEGIN");
+  inGroup_ = true;
+  groupStart_ = std::chrono::steady_clock::now();
+  groupWrites_ = 0;
+  wake_.notify_all();
+}
+
+void SqliteProvider::AfterWrite(bool succeeded) {
+  if (!inGroup_) {
+    if (succeeded && sqlite3_get_autocommit(db_)) ++committedWrites_;
+    return;
+  }
+  if (sqlite3_get_autocommit(db_)) {
+    // The failure took the whole group with it (a full disk, an I/O error).
+    std::cerr << "SQLite " << file_ << ": " << groupWrites_
+              << " geschriebene Datensätze sind verloren; übernommen wurden " << committedWrites_
+              << ".\n";
+    inGroup_ = false;
+    groupWrites_ = 0;
+    return;
+  }
+  if (succeeded) ++groupWrites_;
+  if (groupWrites_ >= kGroupWrites || std::chrono::steady_clock::now() - groupStart_ >= kGroupAge)
+    CommitGroupLocked();
+}
+
+void SqliteProvider::CommitGroupLocked() {
+  if (!inGroup_) return;
+  int rc = sqlite3_exec(db_, "COMMIT", nullptr, nullptr, nullptr);
+  if (rc != SQLITE_OK) {
+    if (sqlite3_get_autocommit(db_)) {
+      // Rolled back: nothing of the group is in the file.
+      std::cerr << "SQLite " << file_ << ": " << groupWrites_
+                << " geschriebene Datensätze sind verloren; übernommen wurden " << committedWrites_
+                << ".\n";
+      inGroup_ = false;
+      groupWrites_ = 0;
+    }
+    Fail(rc, false);
+  }
+  committedWrites_ += groupWrites_;
+  groupWrites_ = 0;
+  inGroup_ = false;
+}
+
+void SqliteProvider::CommitGroupFor(const SqliteProvider*) {
+  std::lock_guard lock(mutex_);
+  CommitGroupLocked();
+}
+
+void SqliteProvider::Flush() {
+  std::lock_guard lock(mutex_);
+  CommitGroupLocked();
+}
+
+void SqliteProvider::TimerLoop() {
+  std::unique_lock lock(mutex_);
+  while (!stopping_) {
+    if (!inGroup_) {
+      wake_.wait(lock);
+      continue;
+    }
+    auto due = groupStart_ + kGroupAge;
+    if (std::chrono::steady_clock::now() < due) {
+      wake_.wait_until(lock, due);
+      continue;
+    }
+    try {
+      CommitGroupLocked();
+    } catch (const VbError&) {
+      // Committed again at the next write or on close, which report it.
+      groupStart_ = std::chrono::steady_clock::now();
+    }
+  }
+}
+
+void SqliteProvider::BeginTrans() {
+  std::lock_guard lock(mutex_);
+  CommitGroupLocked();
+  ExecPlain("BEGIN");
+  userTransaction_ = true;
+}
+
+void SqliteProvider::CommitTrans() {
+  std::lock_guard lock(mutex_);
+  if (!userTransaction_) throw VbError(kErrGeneral, "Keine Transaktion aktiv.", kSource);
+  userTransaction_ = false;
+  ExecPlain("COMMIT");
+}
+
+void SqliteProvider::RollbackTrans() {
+  std::lock_guard lock(mutex_);
+  if (!userTransaction_) throw VbError(kErrGeneral, "Keine Transaktion aktiv.", kSource);
+  userTransaction_ = false;
+  ExecPlain("ROLLBACK");
+}
+
+std::string SqliteProvider::ColumnTypeSql(const ColumnInfo& column) const {
+  return odbc::ColumnTypeFor("sqlite", column);
+}
+
+}  // namespace ketrova::ado
