@@ -11,5 +11,8 @@ bool IsCreateTable(const std::string& sql);
 // The Jet type words of a CREATE TABLE in PostgreSQL's words; quoted names and
 // literals stay.
 std::string PostgresTypeWords(const std::string& sql);
+// The same for MariaDB and MySQL: LONG, CURRENCY, YESNO, VARCHAR2, NUMBER,
+// BINARY and MEMO; a sized TEXT becomes VARCHAR.
+std::string MysqlTypeWords(const std::string& sql);
 
 }  // namespace ketrova::ado::odbc
