@@ -1,5 +1,6 @@
 // ketrova dsn: lists the ODBC data sources and the drivers behind them, as the
-// data-store dialog offers them ("(Keine)" first).
+// data-store dialog offers them, without the dialog's "(Keine)" (no data
+// source), which is a choice there and no data source here.
 #include <iostream>
 
 #include "commands.h"
@@ -17,7 +18,8 @@ int RunDsn(const Args& args) {
   TextList drivers;
   FillODBCDataSources(sources, &drivers);
   std::cout << "Datenquellen:\n";
-  for (const TextList::Entry& entry : sources.entries) std::cout << "  " << entry.text << "\n";
+  for (const TextList::Entry& entry : sources.entries)
+    if (entry.text != "(Keine)") std::cout << "  " << entry.text << "\n";
   std::cout << "Treiber:\n";
   for (const TextList::Entry& entry : drivers.entries) std::cout << "  " << entry.text << "\n";
   return 0;

@@ -3,7 +3,13 @@
 // desktop's dialogs. The source is opened and read as after its store dialog
 // (one job per table or view, with its script), then the destination, and the
 // project is saved. A store that cannot be read prints its text and ends the
-// command with status 1.
+// command with status 1; so does a table of the source that could not be
+// analysed (it is named with its reason, the project is saved without it) and
+// a source without any table. An option that the store type does not use is
+// refused, so that it is never silently ignored. A folder of text files takes
+// --source-delimiter and --source-header yes|no, which are written into the
+// folder's schema.ini for each of its files; without them schema.ini is left
+// as it is.
 #include <unistd.h>
 
 #include <filesystem>
@@ -13,10 +19,14 @@
 
 #include "commands.h"
 #include "core/converter.h"
+#include "core/logs.h"
 #include "jobs/jobs.h"
+#include "platform/ado/file_engine/schema_ini.h"
+#include "platform/ado/providers/text/text_names.h"
 #include "platform/ui/console_ui.h"
 #include "stores/database.h"
 #include "support/utf8.h"
+#include "support/vb_error.h"
 
 namespace ketrova::cli {
 
@@ -27,7 +37,8 @@ constexpr const char* kUsage =
     "                    --dest TYP [--dest-OPTION WERT]...\n"
     "  TYP: 1 bis 13 oder access, sqlserver, interbase, oracle, paradox, mysql, excel,\n"
     "       odbc, outlook, text, xml, watcom\n"
-    "  OPTION: dsn, user, password, database, driver, server, port, file\n";
+    "  OPTION: dsn, user, password, database, driver, server, port, file;\n"
+    "          bei text auch delimiter ZEICHEN und header yes|no (schreibt schema.ini)\n";
 
 // A store type by its number or its name.
 std::optional<std::int32_t> StoreType(const std::string& text) {
@@ -66,6 +77,60 @@ std::string* StoreField(CDatabase& store, const std::string& option) {
   return nullptr;
 }
 
+// The options a store type's connection uses; user, password and database are
+// added to every connection string.
+bool UsesOption(std::int32_t type, const std::string& option) {
+  if (option == "user" || option == "password" || option == "database") return true;
+  switch (type) {
+    case dbtAccess:
+    case dbtParadox:
+    case dbtExcel:
+      return option == "file";
+    case dbtText:
+      return option == "file" || option == "delimiter" || option == "header";
+    case dbtSQLServer:
+      return option == "server";
+    case dbtMySQL:
+      return option == "server" || option == "port";
+    case dbtODBC:
+      return option == "dsn" || option == "driver" || option == "server";
+    default:
+      return false;
+  }
+}
+
+// The settings of a text folder that go into its schema.ini.
+struct TextSettings {
+  std::optional<char> delimiter;
+  std::optional<bool> header;
+};
+
+// Writes the delimiter and the header line into the schema.ini section of
+// every text file of the folder, keeping what else a section says. "" or the
+// error.
+std::string WriteTextSettings(const std::string& folder, const TextSettings& settings) {
+  namespace fs = std::filesystem;
+  std::error_code ec;
+  if (!fs::is_directory(folder, ec)) return "Der Ordner " + folder + " existiert nicht";
+  try {
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+      const std::string name = entry.path().filename().string();
+      if (!entry.is_regular_file() || !text_provider::IsTextTableFile(entry.path())) continue;
+      file_engine::SchemaEntry section;
+      if (auto existing = file_engine::ReadSchemaIni(folder, name)) section = *existing;
+      section.file = name;
+      if (settings.delimiter) section.delimiter = settings.delimiter;
+      if (settings.header) section.header = settings.header;
+      file_engine::WriteSchemaIni(folder, section);
+    }
+  } catch (const VbError& error) {
+    return error.Description;
+  } catch (const fs::filesystem_error& error) {
+    return error.what();
+  }
+  return {};
+}
+
 int Usage(const std::string& complaint) {
   std::cerr << "ketrova new: " << complaint << "\n" << kUsage;
   return 2;
@@ -80,6 +145,8 @@ int RunNew(const Args& args) {
   std::string name;
   bool haveSource = false;
   bool haveDest = false;
+  std::vector<std::pair<bool, std::string>> given;  // source?, option
+  TextSettings text;
   for (std::size_t i = 1; i < args.size(); i += 2) {
     const std::string& option = args[i];
     if (i + 1 >= args.size()) return Usage("Wert fehlt zu " + option);
@@ -100,6 +167,17 @@ int RunNew(const Args& args) {
     } else if (std::string* field =
                    rest.starts_with("-") ? StoreField(store, rest.substr(1)) : nullptr) {
       *field = value;
+      given.emplace_back(source, rest.substr(1));
+    } else if (source && rest == "-delimiter") {
+      const std::string d = value == "\\t" || LowerCase(value) == "tab" ? "\t" : value;
+      if (d.size() != 1 || d == "\"" || d == "\r" || d == "\n")
+        return Usage("--source-delimiter braucht genau ein Zeichen: " + value);
+      text.delimiter = d[0];
+      given.emplace_back(true, "delimiter");
+    } else if (source && rest == "-header") {
+      if (value != "yes" && value != "no") return Usage("--source-header braucht yes oder no");
+      text.header = value == "yes";
+      given.emplace_back(true, "header");
     } else {
       return Usage("unbekannte Option " + option);
     }
@@ -107,6 +185,20 @@ int RunNew(const Args& args) {
   if (name.empty()) return Usage("--name fehlt");
   if (!haveSource) return Usage("--source fehlt");
   if (!haveDest) return Usage("--dest fehlt");
+  for (const auto& [source, option] : given) {
+    CDatabase& store = source ? project.SourceDataBase() : project.DestDataBase();
+    if (!UsesOption(store.DatabaseType, option)) {
+      return Usage("Der Datenbanktyp " + store.DatabaseTypeString() + " verwendet --" +
+                   (source ? "source-" : "dest-") + option + " nicht");
+    }
+  }
+  if (text.delimiter || text.header) {
+    if (std::string error = WriteTextSettings(project.SourceDataBase().DatabaseFileName, text);
+        !error.empty()) {
+      std::cerr << "schema.ini: " << error << "\n";
+      return 1;
+    }
+  }
 
   ui::ConsoleUserInterface::Options options;
   options.interactive = isatty(STDIN_FILENO) != 0;
@@ -125,16 +217,30 @@ int RunNew(const Args& args) {
   };
   std::string error = opened(project.SourceDataBase());
   if (error.empty()) error = project.ApplyDatabaseSource(false);
+  // What the analysis could not read is in the event log, one entry per table.
+  std::int32_t notAnalysed = error.empty() ? project.Logs().Count() : 0;
   if (error.empty()) error = opened(project.DestDataBase());
   if (error.empty()) error = project.ApplyDatabaseDest(false);
   if (error.empty()) error = project.SaveProject(file);
   project.SourceDataBase().SetActive(false);
   project.DestDataBase().SetActive(false);
+  for (const CLog& log : project.Logs())
+    std::cerr << ReplaceAll(RTrim(log.Message), "\r\n", "\n") << "\n";
   if (!error.empty()) {
     std::cerr << error << "\n";
     return 1;
   }
   std::cout << file << ": " << project.Jobs().Count() << " Aufgabe(n)\n";
+  if (notAnalysed > 0) {
+    std::cerr << notAnalysed << " Tabelle(n) der Quelle konnten nicht analysiert werden und "
+              << "fehlen im Projekt.\n";
+    return 1;
+  }
+  if (project.Jobs().Count() == 0) {
+    std::cerr << "Das Projekt enthält keine Aufgabe: die Quelle hat keine Tabelle und keine "
+                 "Sicht.\n";
+    return 1;
+  }
   return 0;
 }
 

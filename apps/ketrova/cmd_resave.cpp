@@ -4,6 +4,7 @@
 
 #include "commands.h"
 #include "core/converter.h"
+#include "project_loading.h"
 
 namespace ketrova::cli {
 
@@ -13,8 +14,8 @@ int RunResave(const Args& args) {
     return 2;
   }
   CConverter project;
-  std::string error = project.LoadProject(args[0]);
-  if (error.empty()) error = project.SaveProject(args[1]);
+  if (!LoadProjectFile(project, args[0], std::cerr)) return 1;
+  std::string error = project.SaveProject(args[1]);
   if (!error.empty()) {
     std::cerr << error << "\n";
     return 1;

@@ -8,6 +8,7 @@
 #include "commands.h"
 #include "core/converter.h"
 #include "jobs/jobs.h"
+#include "project_loading.h"
 #include "stores/database.h"
 
 namespace ketrova::cli {
@@ -62,11 +63,7 @@ int RunShow(const Args& args) {
     }
   }
   CConverter project;
-  std::string error = project.LoadProject(args[0]);
-  if (!error.empty()) {
-    std::cerr << error << "\n";
-    return 1;
-  }
+  if (!LoadProjectFile(project, args[0], std::cerr)) return 1;
   project.SourceDataBase().SetColBrackets();
   project.DestDataBase().SetColBrackets();
   CJobs& jobs = project.Jobs();

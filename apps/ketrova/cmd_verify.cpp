@@ -6,6 +6,7 @@
 
 #include "commands.h"
 #include "core/converter.h"
+#include "project_loading.h"
 #include "stores/database.h"
 
 namespace ketrova::cli {
@@ -16,13 +17,11 @@ int RunVerify(const Args& args) {
     return 2;
   }
   CConverter project;
-  std::string error = project.LoadProject(args[0]);
+  if (!LoadProjectFile(project, args[0], std::cerr)) return 1;
   std::int32_t notesOfLoad = project.Logs().Count();
-  if (error.empty()) {
-    error = project.DestDataBase().VerifyTables(false, true);
-    std::string saveError = project.SaveProject(args[0]);
-    if (error.empty()) error = saveError;
-  }
+  std::string error = project.DestDataBase().VerifyTables(false, true);
+  std::string saveError = project.SaveProject(args[0]);
+  if (error.empty()) error = saveError;
   for (const CLog& log : project.Logs()) std::cerr << log.Message << "\n";
   if (!error.empty()) {
     std::cerr << error << "\n";

@@ -10,7 +10,8 @@ namespace ketrova::cli {
 
 const std::vector<Command>& Commands() {
   static const std::vector<Command> commands = {
-      {"run", "run PROJEKT.CPF [--yes] [--quiet]   Projekt ausführen", RunProject},
+      {"run", "run PROJEKT.CPF [--job N[,M...]] [--from N] [--yes] [--quiet]   Projekt ausführen",
+       RunProject},
       {"script",
        "script DATEI [--language VBScript|JScript] [--timeout MS] [--run NAME [ARG...]]   "
        "Script ausführen",

@@ -1,5 +1,7 @@
 #include "run_display.h"
 
+#include <chrono>
+#include <cmath>
 #include <ostream>
 
 #include "platform/script/binding.h"
@@ -123,8 +125,14 @@ void RunDisplay::Changed() {
   if (!records.visible && !jobs.visible) {
     Erase();
     progress_.clear();
+    recordJob_.reset();
     return;
   }
+  // The records bar moves at every record; the line follows it a few times a
+  // second, which is all a reader sees, and always shows the last record.
+  const bool last = records.value >= records.max - 1;
+  const auto now = std::chrono::steady_clock::now();
+  if (drawn_ && !last && now - lastDraw_ < std::chrono::milliseconds(100)) return;
   Draw();
 }
 
@@ -134,10 +142,14 @@ void RunDisplay::SetStatus(const std::string& text) {
   std::vector<std::string> lines = LinesOf(text);
   if (lines.empty()) return;
   if (IsRecordProgress(lines)) {
+    // The engine names a record only now and then; the line counts from the
+    // records bar, so that it shows the record at hand.
+    recordJob_ = Join(std::vector<std::string>(lines.begin(), lines.end() - 1));
     progress_ = Join(lines);
     Draw();
     return;
   }
+  recordJob_.reset();
   progress_ = lines.front();
   Erase();
   for (const auto& line : lines) err_ << line << "\n";
@@ -148,6 +160,15 @@ void RunDisplay::SetStatus(const std::string& text) {
 void RunDisplay::Finish() {
   Erase();
   progress_.clear();
+  recordJob_.reset();
+}
+
+std::string RunDisplay::RecordLine() const {
+  if (!recordJob_ || records.value < 1 || records.max <= records.min) return progress_;
+  auto whole = [](double v) { return std::to_string(std::lround(v)); };
+  std::string line =
+      "Datensatz " + whole(records.value) + " / " + whole(records.max - 1) + " wird bearbeitet ...";
+  return recordJob_->empty() ? line : *recordJob_ + " - " + line;
 }
 
 void RunDisplay::Draw() {
@@ -156,13 +177,15 @@ void RunDisplay::Draw() {
   if (jobs.max > 0 && jobs.value > 0)
     caption = "Aufgabe " + std::to_string(static_cast<long>(jobs.value)) + " / " +
               std::to_string(static_cast<long>(jobs.max));
+  const std::string line = RecordLine();
   if (!drawn_ || !ui_.WorkFormVisible()) {
-    ui_.WorkFormShow(caption, progress_, "");
+    ui_.WorkFormShow(caption, line, "");
   } else {
     ui_.WorkFormSetCaption(caption);
-    ui_.WorkFormSetTexts(progress_, "");
+    ui_.WorkFormSetTexts(line, "");
   }
   drawn_ = true;
+  lastDraw_ = std::chrono::steady_clock::now();
   ui_.WorkFormSetBar(records.visible && records.max > records.min, records.min, records.max,
                      records.value);
 }

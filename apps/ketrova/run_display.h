@@ -4,13 +4,17 @@
 // records of the current job, drawn through the console user interface's work
 // form so that a question during the run clears it first. The per-record
 // status ("Datensatz n / m wird bearbeitet ...") is progress, not news: it only
-// feeds the progress line and is dropped when stderr is no terminal.
+// feeds the progress line and is dropped when stderr is no terminal. The
+// engine names only every 20th record; the line takes the number from the
+// records bar instead, so that it shows the record at hand up to the last.
 //
 // The caller keeps the RunDisplay alive for as long as the engine holds the
 // controls.
 #pragma once
 
+#include <chrono>
 #include <iosfwd>
+#include <optional>
 #include <string>
 
 #include "platform/ui/user_interface.h"
@@ -49,6 +53,9 @@ class RunDisplay {
  private:
   void Draw();
   void Erase();
+  // The progress line's text: during the records of a job, the job and the
+  // records bar's value ("Datensatz 37 / 93 wird bearbeitet ...").
+  std::string RecordLine() const;
 
   ui::UserInterface& ui_;
   std::ostream& err_;
@@ -57,6 +64,8 @@ class RunDisplay {
   std::string status_;    // the text as the engine set it
   std::string progress_;  // the record status shown in the progress line
   bool drawn_ = false;
+  std::optional<std::string> recordJob_;  // the job's lines while its records run
+  std::chrono::steady_clock::time_point lastDraw_;
 };
 
 }  // namespace ketrova::cli

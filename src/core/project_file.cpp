@@ -117,7 +117,7 @@ std::string CConverter::LoadProject(const std::string& szFileName) {
     DocumentLoadResult loaded = LoadDocument(Document(), szFileName);
     if (!loaded.ok) {
       error = "Das Dokument konnte nicht gelesen werden. \r\nFehlertext : " + loaded.srcText +
-              "\r\nDateiname  : " + szFileName;
+              "\r\nDateiname  : " + ketrova::FileName(szFileName);
       WorkFormClose();
       ui::ShowHourglass(false);
       return error;

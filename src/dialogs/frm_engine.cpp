@@ -228,6 +228,9 @@ void FrmEngine::Start() {
     editInfo_->setPlainText(log);
   }
   labelSendLogFile_->setVisible(errorCount >= 1);
+  // Refused records are not in the log; the note on them follows its text.
+  if (const std::string note = engine->Rejects().Note(); !note.empty())
+    editInfo_->appendPlainText(QStringLiteral("\n") + Q(note));
 
   engine_ = nullptr;
   engine.reset();

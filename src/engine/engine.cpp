@@ -144,6 +144,8 @@ std::string CEngine::Execute(std::string& szFileName) {
     projectFileName_ = Converter->FileName;
     logfileName_ = ChangeFileExtension(projectFileName_, ".LOG");
     Converter->LogfileName = logfileName_;
+    rejects_.Reset(ChangeFileExtension(projectFileName_, "-abgelehnt.csv"));
+    stops_.clear();
     OpenLogFile();
 
     szStep = "Projekt-Datei wird eingelesen ...";

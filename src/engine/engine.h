@@ -18,9 +18,12 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "engine/reject_file.h"
 #include "engine/run_log.h"
 #include "engine/session.h"
+#include "platform/script/script_control.h"
 #include "support/object.h"
 
 namespace ketrova {
@@ -28,9 +31,6 @@ namespace ketrova {
 namespace ado {
 class Recordset;
 }  // namespace ado
-namespace script {
-class ScriptControl;
-}  // namespace script
 
 class CConverter;
 class CJob;
@@ -49,10 +49,35 @@ class CEngine {
   CConverter* Converter = nullptr;
   std::int32_t ErrorCount() const { return errorCount_; }
   const std::string& LogfileName() const { return logfileName_; }
+  // Why the log file could not be written ("" when it could); the run's text
+  // then says only that a file failed.
+  const std::string& LogfileError() const { return log_.OpenError(); }
   // -1 for true, as the program's truth values are.
   std::int32_t Cancel = 0;
   const std::shared_ptr<CRuntime>& Runtime() const { return runtime_; }
   script::ScriptControl& ScriptHost() { return *scriptHost_; }
+
+  // The records the destination refused in this run, kept in the reject file
+  // beside the log (reject_file.h). Its Note is shown beside the run's texts;
+  // the run's log and result do not change for it.
+  const RejectFile& Rejects() const { return rejects_; }
+  // The first source record of every job (1: all of them). The records before
+  // it are passed over without a script call or a write; the ones after keep
+  // their numbers, so the log's counts and the progress see the whole source.
+  std::int32_t FirstRecord = 1;
+  // A job that ended on a failure, with what it wrote before: the records
+  // written (committed, as no transaction spans the run) and the number of the
+  // last one, from which a later run may go on.
+  struct JobStop {
+    std::string caption;
+    std::int32_t written = 0;
+    std::int32_t lastWritten = 0;
+    std::int32_t record = 0;  // the record the job stopped at
+  };
+  const std::vector<JobStop>& Stops() const { return stops_; }
+  // The last script error the run reported, with its line and column, which
+  // the run's texts do not keep (Number 0 when there was none).
+  const script::ScriptControlError& LastScriptError() const { return lastScriptError_; }
 
   // Runs the project: the one in `szFileName`, or Converter as it stands when
   // the name is empty. Converter must be set either way (its event list is
@@ -92,6 +117,9 @@ class CEngine {
   std::string projectFileName_;
   std::string logfileName_;
   RunLog log_;
+  RejectFile rejects_;
+  std::vector<JobStop> stops_;
+  script::ScriptControlError lastScriptError_;
   std::int32_t maxRecords_ = 0;
   std::int32_t currentRecord_ = 0;
   std::int32_t errorCount_ = 0;

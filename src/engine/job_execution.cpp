@@ -68,6 +68,10 @@ class CEngine::JobRun {
                         std::string_view name, std::span<Variant> args);
 
   void Log(const std::string& text) { e_.WriteLogLine(text); }
+  // A write the target refused goes to the reject file with the source's values.
+  void KeepRefused(const std::string& text);
+  // Passes over the source records before the engine's FirstRecord.
+  void SkipToFirstRecord();
 
   CEngine& e_;
   CJob& job_;
@@ -90,6 +94,8 @@ class CEngine::JobRun {
   bool bEOF_ = false;
   bool bEmptySource_ = false;
   bool bScriptFailed_ = false;
+  std::int32_t written_ = 0;
+  std::int32_t lastWritten_ = 0;
   script::ScriptModule* module_ = nullptr;
   script::ProcedureHandle setIdentKey_ = nullptr;
   script::ProcedureHandle setRecordCount_ = nullptr;
@@ -126,7 +132,13 @@ std::string CEngine::JobRun::Run() {
 
   // The job's end, and its error end when there is a text to report.
   ui::ShowHourglass(false);
-  if (flow == Flow::kErrorEnd || !szError_.empty()) ErrorEnd();
+  if (flow == Flow::kErrorEnd || !szError_.empty()) {
+    ErrorEnd();
+    // A job that went through its records keeps the last refusal as its text
+    // and stopped nowhere.
+    if (flow != Flow::kGoOn && !e_.Cancel)
+      e_.stops_.push_back({job_.Caption, written_, lastWritten_, inRecord_});
+  }
   Err().Clear();
   return szError_;
 }
@@ -287,7 +299,33 @@ CEngine::JobRun::Flow CEngine::JobRun::Prepare() {
   ResolveProcedures();
   inRecord_ = 1;
   bEOF_ = bSourceOutlook_ ? srcDb_.RecordsetEOF() : src_.Recordset->Eof();
+  SkipToFirstRecord();
   return Flow::kGoOn;
+}
+
+void CEngine::JobRun::SkipToFirstRecord() {
+  while (inRecord_ < e_.FirstRecord && !bEOF_) {
+    if (bSourceOutlook_) {
+      srcDb_.RecordsetMoveNext();
+      bEOF_ = srcDb_.RecordsetEOF();
+    } else {
+      src_.Recordset->MoveNext();
+      bEOF_ = src_.Recordset->Eof();
+    }
+    ++inRecord_;
+  }
+}
+
+void CEngine::JobRun::KeepRefused(const std::string& text) {
+  RejectFile::Values values;
+  // A source whose values cannot be read still has its refusal kept.
+  try {
+    for (const ado::FieldPtr& field : src_.Recordset->GetFields())
+      values.emplace_back(field->Name(), field->Value().ToText());
+  } catch (const VbError&) {
+    Err().Clear();
+  }
+  e_.rejects_.Add(job_.Caption, inRecord_, text, values);
 }
 
 void CEngine::JobRun::ResolveProcedures() {
@@ -396,7 +434,16 @@ CEngine::JobRun::Flow CEngine::JobRun::RecordLoop() {
     if (bDirectSQL_ && ~Err().Number != 0) {
       ResumeNext(
           [&] { szSQL_ = job_.GenerateUpdateInsertSQLFieldValues(source, bEOF_, nDestNative_); });
+      // Only a record whose script and statement went through counts as sent:
+      // a failed script makes a failed record, not a refused one.
+      const bool bSending = Err().Number == 0;
       ResumeNext([&] { dstDb_.Connection->Execute(szSQL_, nullptr, -1); });
+      if (bSending && Err().Number != 0) {
+        KeepRefused(Err().Description);
+      } else if (bSending) {
+        ++written_;
+        lastWritten_ = inRecord_;
+      }
     }
 
     if (Err().Number != 0) {
@@ -421,6 +468,12 @@ CEngine::JobRun::Flow CEngine::JobRun::RecordLoop() {
       // A found row that the script left unchanged is not written.
       szStep_ = "Datensatz " + std::to_string(inRecord_) + " sichern ...";
       dstDb_.RecordSetWrite(e_.rsDestination_, szDestSQL_, szError_);
+      if (std::string refused = dstDb_.TakeRefusedWrite(); !refused.empty()) {
+        KeepRefused(refused);
+      } else {
+        ++written_;
+        lastWritten_ = inRecord_;
+      }
     }
 
     szStep_ = "Datensatzwechsel zu " + std::to_string(inRecord_ + 1) + " ...";

@@ -1,5 +1,9 @@
 #include "engine/run_log.h"
 
+#include <cerrno>
+#include <cstring>
+
+#include "support/system.h"
 #include "support/text.h"
 #include "support/vb_error.h"
 
@@ -8,7 +12,11 @@ namespace ketrova {
 void RunLog::Open(const std::string& path) {
   Close();
   file_ = path.empty() ? nullptr : std::fopen(path.c_str(), "wb");
-  if (!file_) throw VbError(75);
+  openError_.clear();
+  if (!file_) {
+    openError_ = path.empty() ? "kein Dateiname" : SystemErrorText(errno);
+    throw VbError(75);
+  }
 }
 
 void RunLog::WriteLine(std::string_view text) {

@@ -17,14 +17,17 @@ class RunLog {
   RunLog(const RunLog&) = delete;
   RunLog& operator=(const RunLog&) = delete;
 
-  // Opens `path` for output, truncating it; raises 75 when it cannot.
+  // Opens `path` for output, truncating it; raises 75 when it cannot, and
+  // OpenError then says why ("" after a successful open).
   void Open(const std::string& path);
   bool IsOpen() const { return file_ != nullptr; }
+  const std::string& OpenError() const { return openError_; }
   void WriteLine(std::string_view text);
   void Close();
 
  private:
   std::FILE* file_ = nullptr;
+  std::string openError_;
 };
 
 // The line frames of the log: `count` times the character.

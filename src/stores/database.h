@@ -12,6 +12,7 @@
 #include <memory>
 #include <pugixml.hpp>
 #include <string>
+#include <utility>
 
 #include "core/enums.h"
 #include "stores/database_objects.h"
@@ -141,6 +142,13 @@ class CDatabase {
   // before the run waits on the user); a failure is told on stderr, since the
   // spec's run knows no such step.
   void FlushWrites();
+  // A record the store refused to write, kept for the run's reject file: the
+  // store's text. RecordSetWrite notes its own failures; a store that reports
+  // a refusal elsewhere (the mail client's RecordSetUpdate) calls
+  // NoteRefusedWrite with its text. TakeRefusedWrite answers it once and
+  // forgets it ("" when the last write went through).
+  void NoteRefusedWrite(const std::string& szText) { refusedWrite_ = szText; }
+  std::string TakeRefusedWrite() { return std::exchange(refusedWrite_, std::string()); }
   // Copies a table's definition from the source through the catalogue;
   // `szTableName` is the source name in, the destination's name out.
   std::string CreateTableFromSource(std::string& szTableName);
@@ -158,6 +166,10 @@ class CDatabase {
  private:
   void Open();
   void Close();
+  // Why an SQLite file named by the SQLite3 driver cannot be opened or made
+  // (its folder is missing, it or its folder is read-only); "" when nothing
+  // of that is wrong or the store names no such file.
+  std::string SQLiteFileProblem() const;
   void OpenOutlook();
   std::string OpenOutlookRecordset(const std::string& szObjectName, std::int32_t inRecordCount,
                                    std::shared_ptr<ado::Recordset>& objRS,
@@ -170,6 +182,7 @@ class CDatabase {
   std::map<std::string, std::int32_t> nativeTypes_;  // connection text -> native type
   std::string connectionString_;
   std::string lastErrorMessage_;
+  std::string refusedWrite_;
   std::int32_t errorNumber_ = 0;
   bool active_ = false;
   bool outlookOpen_ = false;  // stands for the mail client's session

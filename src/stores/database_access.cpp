@@ -1,6 +1,10 @@
 // The run-time half of CDatabase: opening and closing the store, transactions
 // and the narrow record interface through which the engine and the catalogue
 // reach a store.
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
 #include <iostream>
 #include <mutex>
 
@@ -14,6 +18,7 @@
 #include "stores/database.h"
 #include "support/files.h"
 #include "support/registry.h"
+#include "support/system.h"
 #include "support/text.h"
 #include "support/utf8.h"
 #include "support/vb_error.h"
@@ -51,6 +56,26 @@ std::string CurrentFailureText(const std::string& szAction = {}) {
 }
 
 }  // namespace
+
+std::string CDatabase::SQLiteFileProblem() const {
+  // Only an SQLite file named by its driver is a file this store can look at.
+  if (DatabaseType != dbtODBC || !DataSourceName.empty() || DatabaseName.empty() ||
+      UpperCase(DriverName).find("SQLITE") == std::string::npos)
+    return {};
+  namespace fs = std::filesystem;
+  const fs::path file(DatabaseName);
+  const fs::path folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
+  std::error_code ec;
+  if (!fs::is_directory(folder, ec)) return "der Ordner " + folder.string() + " existiert nicht";
+  if (fs::exists(file, ec)) {
+    if (::access(file.c_str(), R_OK | W_OK) != 0)
+      return "die Datei " + file.string() + ": " + SystemErrorText(errno);
+  } else if (::access(folder.c_str(), W_OK) != 0) {
+    return "die Datei kann im Ordner " + folder.string() +
+           " nicht angelegt werden: " + SystemErrorText(errno);
+  }
+  return {};
+}
 
 bool CDatabase::Active() const {
   return DatabaseType == dbtOutlook ? outlookOpen_ : active_;
@@ -93,6 +118,7 @@ void CDatabase::Open() {
   } catch (...) {
     SetPendingError(std::current_exception());
     ui::ShowHourglass(false);
+    if (std::string why = SQLiteFileProblem(); !why.empty()) Err().Description += " (" + why + ")";
     errorNumber_ = Err().Number;
     lastErrorMessage_ = BuildErrorText(1, std::string(), szStep) + "\r\n" + connection;
     Err().Clear();
@@ -276,6 +302,7 @@ void CDatabase::RecordSetWrite(std::shared_ptr<ado::Recordset>& objRS, std::stri
   } catch (const std::exception& error) {
     szError = error.what();
   }
+  NoteRefusedWrite(szError);
 }
 
 void CDatabase::FlushWrites() {

@@ -7,6 +7,7 @@
 #include <uuid/uuid.h>
 
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -270,6 +271,28 @@ std::string SendMail(std::string_view to, std::string_view subject, std::string_
   }
   fs::rename(temp, box / "new" / unique, ec);
   return {};
+}
+
+std::string SystemErrorText(int error) {
+  switch (error) {
+    case EACCES:
+    case EPERM:
+      return "keine Berechtigung";
+    case ENOENT:
+      return "Datei oder Ordner nicht vorhanden";
+    case ENOTDIR:
+      return "ein Teil des Pfades ist kein Ordner";
+    case EISDIR:
+      return "ist ein Ordner";
+    case EROFS:
+      return "Dateisystem ist schreibgeschützt";
+    case ENOSPC:
+      return "kein Platz mehr auf dem Datenträger";
+    case EDQUOT:
+      return "Kontingent auf dem Datenträger erschöpft";
+    default:
+      return std::strerror(error);
+  }
 }
 
 }  // namespace ketrova

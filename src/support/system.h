@@ -56,4 +56,9 @@ void SetOutboxFolder(std::string folder);
 // it is there, "Kein Outlook installiert." when the outbox cannot be made.
 std::string SendMail(std::string_view to, std::string_view subject, std::string_view body);
 
+// What an errno value means, in German for the failures a user meets with
+// files (no permission, no such folder, read-only, disk full, a folder in the
+// way); the system's own text for the rest.
+std::string SystemErrorText(int error);
+
 }  // namespace ketrova

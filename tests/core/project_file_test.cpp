@@ -153,12 +153,10 @@ TEST_F(ProjectFileTest, AFileThatIsNotWellFormedIsNotRead) {
   std::string file = (dir_ / "bad.cpf").string();
   EXPECT_EQ(project.LoadProject(file),
             "Das Dokument konnte nicht gelesen werden. \r\nFehlertext : <JOB></JOBS>\r\n"
-            "Dateiname  : " +
-                file);
+            "Dateiname  : bad.cpf");
   EXPECT_EQ(project.EditMode, edNew);
   EXPECT_EQ(project.LoadProject((dir_ / "none.cpf").string()),
-            "Das Dokument konnte nicht gelesen werden. \r\nFehlertext : \r\nDateiname  : " +
-                (dir_ / "none.cpf").string());
+            "Das Dokument konnte nicht gelesen werden. \r\nFehlertext : \r\nDateiname  : none.cpf");
   EXPECT_FALSE(ui_->WorkFormVisible());
 }
 

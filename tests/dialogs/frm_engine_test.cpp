@@ -201,6 +201,20 @@ TEST_F(FrmEngineTest, SuccessfulRunSaysSoAndLeavesOnlyClose) {
   EXPECT_EQ(answerer_.Pending(), 0);
 }
 
+TEST_F(FrmEngineTest, RefusedRecordsAreNotedBelowTheClosingText) {
+  Tables(3);
+  ExecuteSqlite(Path("ziel.db"), {"DROP TABLE Ziel",
+                                  "CREATE TABLE Ziel (Nr INTEGER PRIMARY KEY, Name TEXT "
+                                  "CHECK (Name <> 'Name 2'))"});
+  AddJob("Ziel", kCopyScript);
+  answerer_.PressButton("vbOK");
+  Start();
+  EXPECT_EQ(Info(), "Konvertierung beendet !\n\n1 Datensatz wurde vom Ziel abgelehnt und in " +
+                        Path("projekt-abgelehnt.csv") + " gespeichert.");
+  ExpectFinished();
+  EXPECT_EQ(TargetRows(), 2);
+}
+
 TEST_F(FrmEngineTest, RunWhoseLogCannotBeWrittenShowsWhatTheRunAnswered) {
   Tables(1);
   AddJob("Ziel", kCopyScript);

@@ -159,9 +159,10 @@ CJob& EngineTest::AddJob(const std::string& caption, const std::string& sourceTa
   return job;
 }
 
-std::string EngineTest::Run() {
+std::string EngineTest::Run(std::int32_t firstRecord) {
   engine = std::make_unique<CEngine>();
   engine->Converter = project.get();
+  engine->FirstRecord = firstRecord;
   std::string none;
   result = engine->Execute(none);
   return result;

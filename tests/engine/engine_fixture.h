@@ -34,8 +34,9 @@ class EngineTest : public ado::testing::BackendTest {
   CJob& AddJob(const std::string& caption, const std::string& sourceTable,
                const std::string& destTable, const std::string& script);
 
-  // Runs the project as the run dialog does; the engine stays for asserts.
-  std::string Run();
+  // Runs the project as the run dialog does, each job from its source record
+  // `firstRecord`; the engine stays for asserts.
+  std::string Run(std::int32_t firstRecord = 1);
   // The log file, byte for byte, with the times of "Start ->" and "End ->"
   // and the test's folder masked.
   std::string Log() const;

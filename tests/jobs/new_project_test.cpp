@@ -112,6 +112,56 @@ TEST_F(NewProjectTest, AStoreThatDoesNotOpenEndsWithOne) {
   EXPECT_FALSE(std::filesystem::exists(Path("p.cpf")));
 }
 
+TEST_F(NewProjectTest, ATextFolderTakesItsDelimiterAndNamesWhatItCannotRead) {
+  std::filesystem::create_directory(Path("daten"));
+  Write("daten/gut.csv", "Nr,Name\r\n1,Müller\r\n");
+  Write("daten/leer.csv", "");
+  const std::string stores =
+      " --name Text --source text --source-file daten --dest 9 --dest-driver SQLite3 "
+      "--dest-database ziel.sqlite";
+  // Without the two options schema.ini stays untouched.
+  Outcome o = Ketrova("new p.cpf" + stores);
+  EXPECT_EQ(o.status, 1);
+  EXPECT_FALSE(std::filesystem::exists(Path("daten/schema.ini")));
+
+  o = Ketrova("new p.cpf" + stores + " --source-delimiter , --source-header yes");
+  EXPECT_EQ(o.status, 1);
+  EXPECT_NE(o.err.find("leer.csv"), std::string::npos) << o.err;
+  EXPECT_NE(o.err.find("die Datei ist leer"), std::string::npos) << o.err;
+  EXPECT_NE(o.err.find("1 Tabelle(n) der Quelle konnten nicht analysiert werden"),
+            std::string::npos)
+      << o.err;
+  const std::string schema = Read("daten/schema.ini");
+  EXPECT_NE(schema.find("[gut.csv]\r\nColNameHeader=True\r\n"), std::string::npos) << schema;
+  CConverter project;
+  ASSERT_EQ(project.LoadProject(Path("p.cpf").string()), "");
+  ASSERT_EQ(project.Jobs().Count(), 1);
+  std::string columns;
+  for (const CJobItemColumn& column : project.Jobs().Item(1).JobSource().Columns())
+    columns += column.Name + " ";
+  EXPECT_EQ(columns, "Nr Name ");
+}
+
+TEST_F(NewProjectTest, OptionsTheStoreDoesNotUseAndEmptySourcesAreRefused) {
+  Outcome o =
+      Ketrova("new p.cpf --name Probe --source text --source-file . --dest mysql --dest-dsn lager");
+  EXPECT_EQ(o.status, 2);
+  EXPECT_TRUE(o.err.starts_with("ketrova new: Der Datenbanktyp MySQL verwendet --dest-dsn nicht\n"))
+      << o.err;
+  o = Ketrova(
+      "new p.cpf --name Probe --source 9 --source-driver SQLite3 --source-delimiter ';'"
+      " --dest text --dest-file .");
+  EXPECT_EQ(o.status, 2);
+
+  Sql("leer.sqlite", "PRAGMA user_version = 1");
+  o = Ketrova(
+      "new p.cpf --name Probe --source odbc --source-driver SQLite3 --source-database "
+      "leer.sqlite" +
+      Stores("ziel.sqlite").substr(Stores("ziel.sqlite").find(" --dest ")));
+  EXPECT_EQ(o.status, 1) << o.err;
+  EXPECT_NE(o.err.find("Das Projekt enthält keine Aufgabe"), std::string::npos) << o.err;
+}
+
 TEST_F(NewProjectTest, BadUsageEndsWithTwo) {
   for (const char* arguments :
        {"new", "new p.cpf --name Probe --source odbc",

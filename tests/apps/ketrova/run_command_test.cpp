@@ -2,6 +2,7 @@
 // SQLite database through the ODBC driver, run in its own folder with stdin
 // and stderr no terminal.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <string>
@@ -18,7 +19,8 @@ namespace {
 
 using Outcome = testing::KetrovaOutcome;
 
-constexpr const char* kUsage = "Aufruf: ketrova run PROJEKT.CPF [--yes] [--quiet]\n";
+constexpr const char* kUsage =
+    "Aufruf: ketrova run PROJEKT.CPF [--job N[,M...]] [--from N] [--yes] [--quiet]\n";
 
 // Reads every place name and turns it to upper case.
 constexpr const char* kScript =
@@ -42,7 +44,8 @@ class RunCommandTest : public testing::TempFolderTest {
   }
 
   // One job from orte.csv into the table Orte, created by the run.
-  void WriteProject(const std::string& script, const std::string& driver = "SQLite3") {
+  void WriteProject(const std::string& script, const std::string& driver = "SQLite3",
+                    const std::string& jobAttributes = "", const std::string& destAttributes = "") {
     std::string columns;
     for (auto [name, type] : {std::pair("Nr", "3"), std::pair("Ort", "202"), std::pair("Seit", "7"),
                               std::pair("Betrag", "6")}) {
@@ -57,16 +60,16 @@ class RunCommandTest : public testing::TempFolderTest {
           "<DATABASEDEST DATABASETYPE=\"9\" DATABASEDIRECTION=\"2\" DRIVERNAME=\"" +
               driver +
               "\" DATABASENAME=\"ziel.sqlite\"/>"
-              "<JOBS COUNT=\"1\"><JOB CAPTION=\"Orte\" OBJECTNAME=\"Orte\" "
-              "SCRIPTUSERDEFINED=\"TRUE\"><SCRIPT><![CDATA[" +
+              "<JOBS COUNT=\"1\"><JOB CAPTION=\"Orte\" OBJECTNAME=\"Orte\" " +
+              jobAttributes + " SCRIPTUSERDEFINED=\"TRUE\"><SCRIPT><![CDATA[" +
               EscapeSpecialChars(ConvertUmlautsEscape(script, true), true) +
               "]]></SCRIPT>"
               "<ITEMSOURCE NAME=\"orte\" ITEMOBJECTNAME=\"orte.csv\" JOBTYPE=\"4\" FILENAME=\"\">"
               "<SQL><![CDATA[]]></SQL>" +
               columns +
-              "</ITEMSOURCE><ITEMDEST NAME=\"Orte\" ITEMOBJECTNAME=\"Orte\" CREATETABLE=\"TRUE\" "
-              "JOBTYPE=\"1\"><SQL><![CDATA[]]></SQL>" +
-              columns + "</ITEMDEST></JOB></JOBS></PROJECT>\r\n");
+              "</ITEMSOURCE><ITEMDEST NAME=\"Orte\" ITEMOBJECTNAME=\"Orte\" CREATETABLE=\"TRUE\" " +
+              destAttributes + " JOBTYPE=\"1\"><SQL><![CDATA[]]></SQL>" + columns +
+              "</ITEMDEST></JOB></JOBS></PROJECT>\r\n");
   }
 
   Outcome Run(const std::string& arguments) {
@@ -100,11 +103,39 @@ TEST_F(RunCommandTest, BadUsageExitsWithTwo) {
   }
 }
 
-TEST_F(RunCommandTest, ProjectThatDoesNotLoadExitsWithOne) {
+TEST_F(RunCommandTest, ProjectThatDoesNotLoadExitsWithOneAndSaysWhy) {
   Outcome o = Run("fehlt.cpf");
   EXPECT_EQ(o.status, 1);
-  EXPECT_TRUE(o.err.starts_with("Das Dokument konnte nicht gelesen werden.")) << o.err;
+  EXPECT_EQ(o.err,
+            "Das Dokument konnte nicht gelesen werden. \r\nFehlertext : \r\nDateiname  : "
+            "fehlt.cpf\nProjektdatei nicht gefunden: fehlt.cpf\n");
   EXPECT_EQ(o.out, "");
+
+  // Text that is no XML: the reason and the place, then the load's own text.
+  Write("kaputt.cpf", "<?xml version=\"1.0\"?>\n<PROJECT>\n  <JOBS></JOB>\n</PROJECT>\n");
+  o = Run("kaputt.cpf");
+  EXPECT_EQ(o.status, 1);
+  EXPECT_EQ(o.err,
+            "Dies ist keine gültige Projektdatei: kaputt.cpf\nGrund: schließendes Element passt "
+            "nicht zum öffnenden (Zeile 3, Spalte 11)\nDas Dokument konnte nicht gelesen werden. "
+            "\r\nFehlertext :   <JOBS></JOB>\r\nDateiname  : kaputt.cpf\n");
+
+  // A binary file: its bytes never reach the terminal.
+  Write("bild.cpf", std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\x01\x02", 18));
+  o = Run("bild.cpf");
+  EXPECT_EQ(o.status, 1);
+  EXPECT_EQ(o.err,
+            "Dies ist keine gültige Projektdatei: bild.cpf\nGrund: die Datei enthält "
+            "Binärdaten\n");
+
+  // Well-formed XML of another kind loads empty, which is said twice.
+  Write("andere.xml", "<?xml version=\"1.0\"?><ANDERES><X>1</X></ANDERES>");
+  o = Run("andere.xml");
+  EXPECT_EQ(o.status, 1);
+  EXPECT_EQ(o.err,
+            "Dies ist keine gültige Projektdatei: andere.xml\nGrund: das Wurzelelement "
+            "heißt <ANDERES>, nicht <Project>; sie wird leer geladen\n"
+            "Das Projekt enthält keine Aufgabe.\n");
 }
 
 TEST_F(RunCommandTest, CleanRunPrintsTheClosingTextAndConverts) {
@@ -148,6 +179,116 @@ TEST_F(RunCommandTest, StoreThatDoesNotOpenPrintsTheLog) {
   EXPECT_FALSE(o.out.empty());
   EXPECT_EQ(o.out, Read("run.LOG"));
   EXPECT_EQ(o.out.find("Verbindung Ziel erfolgreich"), std::string::npos);
+}
+
+TEST_F(RunCommandTest, RefusedRecordsFailTheRunAndAreNamedOnStderr) {
+  // Ort may not be empty; the script empties it for Köln.
+  auto db = std::make_shared<ado::Connection>();
+  db->Open("Driver={SQLite3};Database=" + Path("ziel.sqlite").string());
+  db->Execute(
+      "CREATE TABLE Orte (Nr INTEGER PRIMARY KEY, Ort TEXT NOT NULL, Seit DATE, Betrag FLOAT)");
+  db->Close();
+  std::string script = kScript;
+  script.insert(script.find("End Function"),
+                "\tIf Source.Fields(\"Nr\") = 2 Then Destination.Fields(\"Ort\") = Null\r\n");
+  WriteProject(script);
+  Outcome o = Run("run.cpf --yes");
+  EXPECT_EQ(o.status, 1);
+  // The run itself went through: its closing text stands.
+  EXPECT_EQ(o.out, "Konvertierung beendet !\n");
+  EXPECT_TRUE(o.err.ends_with(
+      "1 Datensatz wurde vom Ziel abgelehnt und in run-abgelehnt.csv gespeichert.\n"))
+      << o.err;
+  const std::string rejects = Read("run-abgelehnt.csv");
+  EXPECT_TRUE(rejects.starts_with("Aufgabe,Datensatz,Meldung,Nr,Ort,Seit,Betrag\r\nOrte,2,"))
+      << rejects;
+  EXPECT_TRUE(rejects.ends_with(",2,Köln,01.07.1975,\"0,99\"\r\n")) << rejects;
+  EXPECT_EQ(Read("run.LOG").find("abgelehnt"), std::string::npos);
+  EXPECT_EQ(TargetRows(), (std::vector<std::string>{"1|MÜNCHEN|real", "3|DÜSSELDORF|real"}));
+}
+
+TEST_F(RunCommandTest, AReadOnlyDatabaseRefusesEveryRecord) {
+  WriteProject(kScript);
+  ASSERT_EQ(Run("run.cpf --yes").status, 0);
+  std::filesystem::permissions(Path("ziel.sqlite"), std::filesystem::perms::owner_read |
+                                                        std::filesystem::perms::group_read |
+                                                        std::filesystem::perms::others_read);
+  // root writes any file: the run goes as the user nobody, who owns the folder.
+  std::string as;
+  if (::geteuid() == 0) {
+    if (std::system(("chown -R nobody '" + folder_.string() + "'").c_str()) != 0)
+      GTEST_SKIP() << "kein Benutzer nobody, dem der Ordner gegeben werden kann";
+    as = "runuser -u nobody -- ";
+  }
+  const std::string command = "cd '" + folder_.string() + "' && " + as + "'" KETROVA_BINARY
+                              "' run run.cpf --yes </dev/null >out 2>err";
+  const int raw = std::system(command.c_str());
+  ASSERT_TRUE(WIFEXITED(raw));
+  EXPECT_EQ(WEXITSTATUS(raw), 1);
+  const std::string err = Read("err");
+  EXPECT_TRUE(err.ends_with(
+      "3 Datensätze wurden vom Ziel abgelehnt und in run-abgelehnt.csv gespeichert.\n"))
+      << err;
+  // The job ran to its end: it is not one that stopped.
+  EXPECT_EQ(err.find("gescheitert"), std::string::npos) << err;
+  EXPECT_NE(Read("run-abgelehnt.csv").find("readonly database"), std::string::npos);
+}
+
+TEST_F(RunCommandTest, JobsCanBeChosenAndARunCanStartAtARecord) {
+  WriteProject(kScript);
+  Outcome o = Run("run.cpf --job Tabelle");
+  EXPECT_EQ(o.status, 2);
+  EXPECT_EQ(o.err, "ketrova run: Keine Aufgabe \"Tabelle\" im Projekt (1 Aufgabe(n))\n");
+  o = Run("run.cpf --job orte --from 2");
+  EXPECT_EQ(o.status, 0) << o.err;
+  EXPECT_EQ(TargetRows(), (std::vector<std::string>{"2|KÖLN|real", "3|DÜSSELDORF|integer"}));
+  o = Run("run.cpf --from x");
+  EXPECT_EQ(o.status, 2);
+
+  // A job that empties its target would wipe what the first run wrote.
+  WriteProject(kScript, "SQLite3", "", "DELETEBEFOREINSERT=\"TRUE\"");
+  o = Run("run.cpf --job 1 --from 2");
+  EXPECT_EQ(o.status, 2);
+  EXPECT_EQ(o.err,
+            "ketrova run: Aufgabe \"Orte\" leert ihr Ziel vor dem Einfügen; --from würde die schon "
+            "geschriebenen Datensätze löschen\n");
+  EXPECT_EQ(TargetRows().size(), 2u);
+}
+
+TEST_F(RunCommandTest, AScriptThatDoesNotCompileIsPlacedOnStderr) {
+  WriteProject(
+      "Function txConvertMain()\r\n\tDestination.Fields(\"Nr\") = (1 +\r\nEnd Function\r\n");
+  Outcome o = Run("run.cpf --yes");
+  EXPECT_EQ(o.status, 1);
+  EXPECT_NE(o.err.find("Scriptfehler in Zeile 2, Spalte "), std::string::npos) << o.err;
+}
+
+TEST_F(RunCommandTest, ALogThatCannotBeWrittenIsNamed) {
+  WriteProject(kScript);
+  std::filesystem::create_directory(Path("run.LOG"));
+  Outcome o = Run("run.cpf --yes");
+  EXPECT_EQ(o.status, 1);
+  EXPECT_NE(o.err.find("Die Protokolldatei run.LOG konnte nicht geschrieben werden: ist ein "
+                       "Ordner\n"),
+            std::string::npos)
+      << o.err;
+}
+
+TEST_F(RunCommandTest, CtrlCStopsTheRunWithOneHundredThirty) {
+  // Each record takes a while, so that the interrupt comes during the run.
+  std::string script = kScript;
+  script.insert(script.find("End Function"), "\tDim i\r\n\tFor i = 1 To 4000000\r\n\tNext\r\n");
+  WriteProject(script);
+  const std::string command = "cd '" + folder_.string() +
+                              "' && ('" KETROVA_BINARY
+                              "' run run.cpf --yes </dev/null >out 2>err & pid=$!; sleep 0.5; "
+                              "kill -INT $pid; wait $pid)";
+  const int raw = std::system(command.c_str());
+  ASSERT_TRUE(WIFEXITED(raw));
+  EXPECT_EQ(WEXITSTATUS(raw), 130);
+  const std::string err = Read("err");
+  EXPECT_TRUE(err.ends_with("ketrova: abgebrochen\n")) << err;
+  EXPECT_NE(err.find("Möchten Sie wirklich die Verarbeitung abbrechen ?"), std::string::npos);
 }
 
 }  // namespace

@@ -56,6 +56,21 @@ TEST_F(RunDisplayTest, OnATerminalAProgressLineFollowsTheStatusLines) {
   EXPECT_TRUE(shown.ends_with("\r\x1b[K")) << shown;
 }
 
+TEST_F(RunDisplayTest, TheProgressLineCountsTheRecordsUpToTheLast) {
+  ui::ConsoleUserInterface console({}, in, err, false, true);
+  RunDisplay display(console, err, true, false);
+  ObjectPtr records = display.RecordsBar();
+  ObjectPtr text = display.StatusText();
+  records->Put("Visible", Variant(true));
+  records->Put("Min", Variant(1));
+  records->Put("Max", Variant(38));
+  // The engine names the first record and every 20th; the bar moves at each.
+  text->Put("Text", Variant("Orte\r\nDatensatz 1 / 37 wird bearbeitet ..."));
+  for (int record = 2; record <= 37; ++record) records->Put("Value", Variant(record));
+  EXPECT_NE(err.str().find("Orte - Datensatz 37 / 37 wird bearbeitet ..."), std::string::npos)
+      << err.str();
+}
+
 TEST_F(RunDisplayTest, QuietShowsNothing) {
   EXPECT_EQ(Drive(true, true), "");
 }

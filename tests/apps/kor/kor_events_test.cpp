@@ -109,9 +109,8 @@ TEST_F(KorTest, FailedLoadKeepsTheButtonsAndShowsTheCriticalBox) {
   EXPECT_EQ(box.title, "Ketrova");
   EXPECT_EQ(box.text.rfind("Das Dokument konnte nicht gelesen werden. \r\nFehlertext : ", 0), 0u)
       << box.text;
-  EXPECT_NE(box.text.find("\r\nDateiname  : " + (Demo() + "/kaputt.CPF").toStdString()),
-            std::string::npos)
-      << box.text;
+  // The bare file name: the folder is the one the user just chose.
+  EXPECT_TRUE(box.text.ends_with("\r\nDateiname  : kaputt.CPF")) << box.text;
   // Reload ran before the load; the buttons keep their state.
   EXPECT_EQ(host.Records().size(), 16u);
   EXPECT_FALSE(Enabled("ProjectRun"));

@@ -1,5 +1,6 @@
 #include "platform/ado/file_engine/column_types.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace ketrova::file_engine {
@@ -197,6 +198,13 @@ void TypeInference::Add(std::size_t column, std::string_view text, bool quoted) 
   if (column >= states_.size() || (text.empty() && !quoted)) return;
   State& s = states_[column];
   s.seen = true;
+  if (!s.long_text && text.size() > 255) {
+    // Characters, not bytes: UTF-8 continuation bytes do not count.
+    const auto characters = std::count_if(text.begin(), text.end(), [](char c) {
+      return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+    });
+    s.long_text = characters > 255;
+  }
   if (quoted) {
     s.integer = s.number = s.date = s.boolean = false;
     return;
@@ -223,6 +231,8 @@ std::vector<ColumnType> TypeInference::Result() const {
       types.push_back(ColumnType::kDouble);
     } else if (s.date) {
       types.push_back(ColumnType::kDateTime);
+    } else if (s.long_text) {
+      types.push_back(ColumnType::kMemo);
     } else {
       types.push_back(ColumnType::kText);
     }

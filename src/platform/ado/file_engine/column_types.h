@@ -54,6 +54,7 @@ class TypeInference {
     bool boolean = true;  // only the words True and False count
     bool comma = false;
     bool dotted_date = false;
+    bool long_text = false;  // a value longer than 255 characters: a memo
   };
   std::vector<State> states_;
 };

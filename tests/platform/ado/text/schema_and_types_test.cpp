@@ -65,5 +65,18 @@ TEST(ColumnTypesTest, InferenceNeedsEveryUnquotedValueOfTheSample) {
   EXPECT_EQ(FormatNumber(0.1, true), "0,1");
 }
 
+TEST(ColumnTypesTest, TextLongerThan255CharactersIsAMemo) {
+  // Characters count, not bytes: 255 umlauts are 510 bytes and still text.
+  std::string umlauts;
+  for (int i = 0; i < 255; ++i) umlauts += "ä";
+  TypeInference inference(3);
+  inference.Add(0, umlauts, false);
+  inference.Add(1, umlauts + "x", true);
+  inference.Add(2, "kurz", false);
+  inference.Add(2, std::string(300, 'x'), false);
+  EXPECT_EQ(inference.Result(),
+            (std::vector<ColumnType>{ColumnType::kText, ColumnType::kMemo, ColumnType::kMemo}));
+}
+
 }  // namespace
 }  // namespace ketrova::file_engine

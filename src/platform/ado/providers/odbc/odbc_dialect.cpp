@@ -4,27 +4,57 @@
 
 #include <algorithm>
 #include <cctype>
+#include <span>
 
 #include "platform/ado/providers/odbc/odbc_calls.h"
 #include "platform/ado/providers/odbc/odbc_provider.h"
 
 namespace ketrova::ado::odbc {
 
+namespace {
+
+using TypeWord = std::pair<const char*, const char*>;
+
+// The Jet type words of a CREATE TABLE replaced by a DBMS's own. Quoted names
+// and literals are left alone; `sizedTypes` says whether the DBMS's TEXT and binary
+// types take a length.
+std::string ReplaceTypeWords(const std::string& sql, std::span<const TypeWord> words,
+                             bool sizedTypes);
+
+}  // namespace
+
 // PostgreSQL knows none of the Jet type words that table creation writes for
 // stores it cannot tell from Access; a CREATE TABLE gets PostgreSQL's words
-// for them. Quoted names and literals are left alone.
+// for them.
 std::string PostgresTypeWords(const std::string& sql) {
-  static const std::pair<const char*, const char*> kWords[] = {{"LONG", "INTEGER"},
-                                                               {"DOUBLE", "DOUBLE PRECISION"},
-                                                               {"CURRENCY", "NUMERIC(19,4)"},
-                                                               {"DATETIME", "TIMESTAMP"},
-                                                               {"YESNO", "BOOLEAN"},
-                                                               {"LONGTEXT", "TEXT"},
-                                                               {"NVARCHAR", "VARCHAR"},
-                                                               {"VARCHAR2", "VARCHAR"},
-                                                               {"NUMBER", "NUMERIC"},
-                                                               {"BINARY", "BYTEA"},
-                                                               {"BLOB", "BYTEA"}};
+  static const TypeWord kWords[] = {{"LONG", "INTEGER"},
+                                    {"DOUBLE", "DOUBLE PRECISION"},
+                                    {"CURRENCY", "NUMERIC(19,4)"},
+                                    {"DATETIME", "TIMESTAMP"},
+                                    {"YESNO", "BOOLEAN"},
+                                    {"LONGTEXT", "TEXT"},
+                                    {"NVARCHAR", "VARCHAR"},
+                                    {"VARCHAR2", "VARCHAR"},
+                                    {"NUMBER", "NUMERIC"},
+                                    {"BINARY", "BYTEA"},
+                                    {"BLOB", "BYTEA"}};
+  return ReplaceTypeWords(sql, kWords, false);
+}
+
+// MariaDB and MySQL, reached through a data source that is taken for Access,
+// get the same: "YESNO" is unknown there, and "LONG" would be a text type.
+std::string MysqlTypeWords(const std::string& sql) {
+  static const TypeWord kWords[] = {{"LONG", "INTEGER"},   {"CURRENCY", "DECIMAL(19,4)"},
+                                    {"YESNO", "BOOLEAN"},  {"VARCHAR2", "VARCHAR"},
+                                    {"NUMBER", "DECIMAL"}, {"BINARY", "VARBINARY"},
+                                    {"MEMO", "LONGTEXT"}};
+  return ReplaceTypeWords(sql, kWords, true);
+}
+
+namespace {
+
+std::string ReplaceTypeWords(const std::string& sql, std::span<const TypeWord> words,
+                             bool sizedTypes) {
   std::string out;
   std::size_t i = 0;
   while (i < sql.size()) {
@@ -48,16 +78,16 @@ std::string PostgresTypeWords(const std::string& sql) {
     std::string word = sql.substr(i, end - i);
     std::string upper = AsciiUpper(word);
     const char* replacement = nullptr;
-    for (const auto& [from, to] : kWords)
+    for (const auto& [from, to] : words)
       if (upper == from) replacement = to;
-    // BYTEA takes no length, and TEXT none either.
+    // BYTEA takes no length; PostgreSQL's TEXT takes none either.
     std::size_t next = end;
     while (next < sql.size() && sql[next] == ' ') ++next;
     bool sized = next < sql.size() && sql[next] == '(';
-    if ((upper == "BINARY" || upper == "BLOB") && sized) {
+    if (!sizedTypes && (upper == "BINARY" || upper == "BLOB") && sized) {
       end = sql.find(')', next);
       end = end == std::string::npos ? sql.size() : end + 1;
-    } else if (upper == "TEXT" && sized) {
+    } else if (!sizedTypes && upper == "TEXT" && sized) {
       replacement = "VARCHAR";
     } else if (upper == "DOUBLE" && next + 9 <= sql.size() &&
                std::equal(sql.begin() + next, sql.begin() + next + 9, "PRECISION",
@@ -69,6 +99,8 @@ std::string PostgresTypeWords(const std::string& sql) {
   }
   return out;
 }
+
+}  // namespace
 
 bool IsCreateTable(const std::string& sql) {
   std::size_t start = sql.find_first_not_of(" \t\r\n");
@@ -87,7 +119,10 @@ std::string OdbcProvider::Rewrite(const std::string& sql) const {
     std::string rewritten = RewriteBrackets(sql, quote_, quote_);
     return IsCreateTable(rewritten) ? PostgresTypeWords(rewritten) : rewritten;
   }
-  if (dialect_ == "mysql") return RewriteBrackets(sql, quote_, quote_);
+  if (dialect_ == "mysql") {
+    std::string rewritten = RewriteBrackets(sql, quote_, quote_);
+    return IsCreateTable(rewritten) ? MysqlTypeWords(rewritten) : rewritten;
+  }
   return sql;
 }
 

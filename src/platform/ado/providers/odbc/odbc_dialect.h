@@ -16,5 +16,8 @@ std::string PostgresTypeWords(const std::string& sql);
 // The declaration of a column in DDL for a dialect ("sqlite", "postgresql",
 // "mysql", "mssql", other): the provider's ColumnTypeSql.
 std::string ColumnTypeFor(const std::string& dialect, const ColumnInfo& column);
+// The same for MariaDB and MySQL: LONG, CURRENCY, YESNO, VARCHAR2, NUMBER,
+// BINARY and MEMO; a sized TEXT becomes VARCHAR.
+std::string MysqlTypeWords(const std::string& sql);
 
 }  // namespace ketrova::ado::odbc

@@ -90,9 +90,13 @@ OdbcProvider::OdbcProvider(const ConnectionSpec& spec) {
   // block, not a table.
   std::string upperString = AsciiUpper(spec.odbcString);
   std::string more;
-  if (AsciiUpper(dbms_).find("POSTGRES") != std::string::npos &&
-      upperString.find("USEDECLAREFETCH") == std::string::npos)
-    more = ";UseDeclareFetch=1;Fetch=64";
+  if (AsciiUpper(dbms_).find("POSTGRES") != std::string::npos) {
+    if (upperString.find("USEDECLAREFETCH") == std::string::npos)
+      more = ";UseDeclareFetch=1;Fetch=64";
+    // The driver reports a boolean column as a text of five by default, which
+    // makes a boolean value its text ("Wahr") that the server refuses.
+    if (upperString.find("BOOLSASCHAR") == std::string::npos) more += ";BoolsAsChar=0";
+  }
   if (AsciiUpper(dbms_).find("SQLITE") != std::string::npos) {
     // Each record commits on its own; WAL with synchronous NORMAL makes that
     // cheap. The driver sets these itself (a PRAGMA through it does not hold).
