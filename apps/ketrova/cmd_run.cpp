@@ -1,5 +1,5 @@
 // ketrova run PROJECT.CPF [--job N[,M...]] [--from N] [--yes] [--quiet] [--no-grouping]:
-// a project as the run dialog's start button does. The project is loaded into
+// runs a project as the run dialog's start button does. The project is loaded into
 // a CConverter, a new CEngine gets it with three display controls that print
 // to stderr, and Execute runs every enabled job. Afterwards the dialog's text
 // is printed on stdout: "Konvertierung beendet !" for a clean run, otherwise
