@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "platform/ado/enums.h"
+#include "platform/ado/providers/excel/xls_file.h"
 #include "platform/ado/providers/excel/xlsx_package.h"
 #include "platform/ado/providers/excel/xlsx_writer.h"
 #include "support/text.h"
@@ -107,10 +108,15 @@ Workbook::Workbook(std::filesystem::path file) : file_(std::move(file)) {
                         " ist mit einem Kennwort verschlüsselt und kann nicht gelesen werden",
                     kSource);
     case WorkbookFormat::kXls:
-      throw VbError(ado::kErrGeneral,
-                    "Die Excel-Arbeitsmappe " + shown +
-                        " ist im Format Excel 97-2003 (.xls), das noch nicht gelesen wird",
-                    kSource);
+      xls_ = std::make_unique<XlsFile>(file_);
+      for (std::size_t i = 0; i < xls_->sheets().size(); ++i) {
+        Sheet sheet;
+        sheet.name = xls_->sheets()[i];
+        sheet.source = i;
+        sheets_.push_back(std::move(sheet));
+        tables_.push_back(Table{sheets_.back().name + "$", i, std::nullopt, std::nullopt});
+      }
+      return;
     case WorkbookFormat::kXlsx:
       break;
   }
@@ -132,6 +138,7 @@ bool Workbook::date1904() const {
 }
 
 NumberKind Workbook::StyleKind(std::uint32_t style) const {
+  if (style == kXlsDateStyle) return NumberKind::kDate;
   return xlsx_ ? xlsx_->StyleKind(style) : NumberKind::kPlain;
 }
 
@@ -155,8 +162,9 @@ std::optional<std::size_t> Workbook::Resolve(std::string_view written) const {
 
 std::unique_ptr<RowReader> Workbook::OpenSheet(std::size_t sheet) const {
   const Sheet& s = sheets_.at(sheet);
-  if (s.source == SIZE_MAX || !xlsx_) return nullptr;
-  return xlsx_->OpenSheet(s.source);
+  if (s.source == SIZE_MAX) return nullptr;
+  if (xls_) return xls_->OpenSheet(s.source);
+  return xlsx_ ? xlsx_->OpenSheet(s.source) : nullptr;
 }
 
 const TableLayout& Workbook::Layout(std::size_t table) const {
@@ -215,9 +223,7 @@ TableLayout Workbook::ReadLayout(const Table& table) const {
   layout.styles.assign(count, 0);
 
   const bool d1904 = date1904();
-  auto kind_of = [&](const CellValue& v) {
-    return xlsx_ ? xlsx_->StyleKind(v.style) : NumberKind::kPlain;
-  };
+  auto kind_of = [&](const CellValue& v) { return StyleKind(v.style); };
   if (!rows.empty()) {
     for (const auto& c : rows.front().cells) {
       if (c.column < first || c.column > last) continue;

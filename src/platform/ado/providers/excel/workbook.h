@@ -36,6 +36,7 @@
 namespace ketrova::excel {
 
 class XlsxPackage;
+class XlsFile;
 
 enum class WorkbookFormat { kMissing, kXlsx, kXls, kEncrypted, kOther };
 
@@ -145,6 +146,7 @@ class Workbook {
   std::filesystem::path file_;
   WorkbookFormat format_ = WorkbookFormat::kMissing;
   std::unique_ptr<XlsxPackage> xlsx_;
+  std::unique_ptr<XlsFile> xls_;
   std::vector<Sheet> sheets_;
   std::vector<Table> tables_;
   bool changed_ = false;
