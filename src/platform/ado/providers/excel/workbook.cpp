@@ -128,7 +128,12 @@ Workbook::Workbook(std::filesystem::path file) : file_(std::move(file)) {
     sheets_.push_back(std::move(sheet));
     tables_.push_back(Table{sheets_.back().name + "$", i, std::nullopt, std::nullopt});
   }
-  for (const auto& n : xlsx_->names()) tables_.push_back(Table{n.name, n.sheet, n.range, {}});
+  for (const auto& n : xlsx_->names()) {
+    if (SameName(n.name, sheets_[n.sheet].name))
+      tables_.push_back(Table{n.name, n.sheet, std::nullopt, std::nullopt, true});
+    else
+      tables_.push_back(Table{n.name, n.sheet, n.range, {}});
+  }
 }
 
 Workbook::~Workbook() = default;
@@ -328,9 +333,13 @@ std::size_t Workbook::CreateSheet(const std::string& written,
   table.layout->styles.assign(columns.size(), 0);
   table.layout->header_row = 1;
   table.layout->first_row = 2;
+  Table alias = table;
+  alias.name = name;
+  alias.alias = true;
   tables_.push_back(std::move(table));
+  tables_.push_back(std::move(alias));
   changed_ = true;
-  return tables_.size() - 1;
+  return tables_.size() - 2;
 }
 
 void Workbook::CheckWritable(std::size_t table) {

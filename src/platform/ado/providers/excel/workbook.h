@@ -5,7 +5,11 @@
 // cover one rectangle of one sheet, named as defined. A name resolves without
 // regard to case and with or without single quotes around it; a sheet is also
 // found by its bare name when no defined name has it, so that a sheet made by
-// CREATE TABLE [X] answers to both [X$] and [X].
+// CREATE TABLE [X] answers to both [X$] and [X]. As the Jet driver did,
+// CREATE TABLE [X] also defines the name X over the sheet's table, kept in step
+// with its rows when the file is written; a defined name that bears its
+// sheet's name stands for the sheet, which it can be written through, and is
+// listed as a table of its own, so that a later run finds the table it made.
 //
 // Layout: the first row holding a value is the header (of a range: its first
 // row); blank and repeated names become F<n> by position, a "." in a name
@@ -137,6 +141,7 @@ class Workbook {
     std::size_t sheet = 0;
     std::optional<CellRange> range;  // a defined name
     mutable std::optional<TableLayout> layout;
+    bool alias = false;  // a defined name that stands for its sheet
   };
 
   std::unique_ptr<RowReader> OpenSheet(std::size_t sheet) const;

@@ -150,7 +150,7 @@ std::string EditedSheet(const std::string& original, const TableLayout& layout,
                         const std::map<std::int64_t, std::vector<CellValue>>& replaced,
                         const std::set<std::int64_t>& removed,
                         const std::map<std::int64_t, std::vector<CellValue>>& appended,
-                        const std::function<void(const std::string&)>& fail) {
+                        const std::function<void(const std::string&)>& fail, CellRange& used) {
   pugi::xml_document doc;
   if (!doc.load_buffer(original.data(), original.size(), kParse)) fail("worksheet");
   pugi::xml_node root = doc.document_element();
@@ -254,19 +254,20 @@ std::string EditedSheet(const std::string& original, const TableLayout& layout,
   }
 
   // The used range as it now is.
-  if (pugi::xml_node dimension = Child(root, "dimension")) {
-    int first_col = INT32_MAX, last_col = 0;
-    std::int64_t first_row = 0, last_row = 0;
-    for (auto row : data.children()) {
-      for (auto c : row.children()) {
-        auto ref = ParseCellRef(c.attribute("r").value());
-        if (!ref) continue;
-        first_col = std::min(first_col, ref->column);
-        last_col = std::max(last_col, ref->column);
-        if (first_row == 0) first_row = ref->row;
-        last_row = std::max(last_row, ref->row);
-      }
+  int first_col = INT32_MAX, last_col = 0;
+  std::int64_t first_row = 0, last_row = 0;
+  for (auto row : data.children()) {
+    for (auto c : row.children()) {
+      auto ref = ParseCellRef(c.attribute("r").value());
+      if (!ref) continue;
+      first_col = std::min(first_col, ref->column);
+      last_col = std::max(last_col, ref->column);
+      if (first_row == 0) first_row = ref->row;
+      last_row = std::max(last_row, ref->row);
     }
+  }
+  used = CellRange{first_col, last_col, first_row, last_row};
+  if (pugi::xml_node dimension = Child(root, "dimension")) {
     if (last_col > 0) {
       dimension.attribute("ref").set_value((ColumnLetters(first_col) + std::to_string(first_row) +
                                             ":" + ColumnLetters(last_col) +
@@ -275,6 +276,18 @@ std::string EditedSheet(const std::string& original, const TableLayout& layout,
     }
   }
   return Serialized(doc);
+}
+
+// "'Kunden'!$A$1:$C$9"
+std::string SheetArea(const std::string& sheet, const CellRange& r) {
+  std::string quoted = "'";
+  for (char c : sheet) {
+    quoted.push_back(c);
+    if (c == '\'') quoted.push_back(c);
+  }
+  return quoted + "'!$" + ColumnLetters(r.first_column) + "$" + std::to_string(r.first_row) + ":$" +
+         ColumnLetters(std::max(r.last_column, r.first_column)) + "$" +
+         std::to_string(std::max(r.last_row, r.first_row));
 }
 
 std::string NewSheet(const TableLayout& layout,
@@ -340,12 +353,15 @@ void XlsxWriter::Write() {
   };
   std::vector<NewPart> added;
   int next_sheet = 1;
+  std::map<std::size_t, std::string> areas;  // sheet to the area of its table
   for (std::size_t t = 0; t < wb.tables_.size(); ++t) {
     const auto& table = wb.tables_[t];
-    if (table.range) continue;
+    if (table.range || table.alias) continue;
     auto& sheet = wb.sheets_[table.sheet];
     if (!sheet.dirty) continue;
     const TableLayout& layout = wb.Layout(t);
+    CellRange used{1, static_cast<int>(layout.names.size()), 1,
+                   1 + static_cast<std::int64_t>(sheet.appended.size())};
     if (sheet.source == SIZE_MAX) {
       std::string part;
       do {
@@ -356,8 +372,16 @@ void XlsxWriter::Write() {
     } else {
       const std::string& part = wb.xlsx_->sheets()[sheet.source].part;
       put(part, EditedSheet(wb.xlsx_->ReadEntry(part), layout, sheet.replaced, sheet.removed,
-                            sheet.appended, fail));
+                            sheet.appended, fail, used));
+      used.first_column = layout.first_column;
+      used.first_row = std::max<std::int64_t>(layout.header_row, 1);
     }
+    areas[table.sheet] = SheetArea(sheet.name, used);
+  }
+  // The defined names that stand for a changed sheet cover its table anew.
+  std::vector<std::pair<std::string, std::string>> names;
+  for (const auto& table : wb.tables_) {
+    if (table.alias && areas.count(table.sheet)) names.emplace_back(table.name, areas[table.sheet]);
   }
 
   if (fresh) {
@@ -372,7 +396,10 @@ void XlsxWriter::Write() {
                         "<Override PartName=\"/xl/styles.xml\" "
                         "ContentType=\"application/"
                         "vnd.openxmlformats-officedocument.spreadsheetml.styles+xml\"/>";
-    std::string sheets, rels;
+    std::string sheets, rels, defined;
+    for (const auto& [name, area] : names)
+      defined += "<definedName name=\"" + Escaped(name) + "\">" + Escaped(area) + "</definedName>";
+    if (!defined.empty()) defined = "<definedNames>" + defined + "</definedNames>";
     int id = 1;
     for (const auto& a : added) {
       types += "<Override PartName=\"/" + a.part + "\" ContentType=\"" + kWorksheetContent + "\"/>";
@@ -393,8 +420,8 @@ void XlsxWriter::Write() {
             "Type=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships/"
             "officeDocument\" Target=\"xl/workbook.xml\"/></Relationships>");
     put("xl/workbook.xml", std::string(kXmlHead) + "<workbook xmlns=\"" + kMainNs +
-                               "\" xmlns:r=\"" + kRelNs + "\"><sheets>" + sheets +
-                               "</sheets></workbook>");
+                               "\" xmlns:r=\"" + kRelNs + "\"><sheets>" + sheets + "</sheets>" +
+                               defined + "</workbook>");
     put("xl/_rels/workbook.xml.rels",
         std::string(kXmlHead) +
             "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/"
@@ -409,9 +436,10 @@ void XlsxWriter::Write() {
             "count=\"1\"><xf numFmtId=\"0\" fontId=\"0\" fillId=\"0\" borderId=\"0\"/>"
             "</cellStyleXfs><cellXfs count=\"1\"><xf numFmtId=\"0\" fontId=\"0\" fillId=\"0\" "
             "borderId=\"0\" xfId=\"0\"/></cellXfs></styleSheet>");
-  } else if (!added.empty()) {
-    // The new sheets enter the workbook part, its relationships and the
-    // content types; everything else in those parts stays.
+  } else if (!added.empty() || !names.empty()) {
+    // The new sheets and names enter the workbook part, the sheets also its
+    // relationships and the content types; everything else in those parts
+    // stays.
     pugi::xml_document book;
     std::string text = wb.xlsx_->ReadEntry(workbook_part);
     if (!book.load_buffer(text.data(), text.size(), kParse)) Fail(workbook_part);
@@ -436,7 +464,31 @@ void XlsxWriter::Write() {
       s.append_attribute("sheetId").set_value(++max_id);
       s.append_attribute((r_prefix + ":id").c_str()).set_value(a.rel_id.c_str());
     }
+    if (!names.empty()) {
+      pugi::xml_node defined = Child(root, "definedNames");
+      if (!defined) {
+        pugi::xml_node after = sheets;
+        for (const char* later : {"functionGroups", "externalReferences"})
+          if (pugi::xml_node n = Child(root, later)) after = n;
+        defined = root.insert_child_after((prefix + "definedNames").c_str(), after);
+      }
+      for (const auto& [name, area] : names) {
+        pugi::xml_node found;
+        for (auto d : defined.children())
+          if (std::string_view(d.attribute("name").value()) == name && !d.attribute("localSheetId"))
+            found = d;
+        if (!found) {
+          found = defined.append_child((prefix + "definedName").c_str());
+          found.append_attribute("name").set_value(name.c_str());
+        }
+        found.text().set(area.c_str());
+      }
+    }
     put(workbook_part, Serialized(book));
+    if (added.empty()) {
+      Close(std::move(zip));
+      return;
+    }
 
     std::string rels_part = folder + "_rels/" + workbook_part.substr(folder.size()) + ".rels";
     pugi::xml_document rels;
@@ -461,6 +513,10 @@ void XlsxWriter::Write() {
     put("[Content_Types].xml", Serialized(types));
   }
 
+  Close(std::move(zip));
+}
+
+void XlsxWriter::Close(std::unique_ptr<zip_t, void (*)(zip_t*)> zip) {
   zip_t* raw = zip.release();
   if (zip_close(raw) != 0) {
     std::string why = zip_strerror(raw);

@@ -9,7 +9,10 @@
 // other sheets stay untouched.
 #pragma once
 
+#include <zip.h>
+
 #include <list>
+#include <memory>
 #include <string>
 
 namespace ketrova::excel {
@@ -24,6 +27,7 @@ class XlsxWriter {
 
  private:
   [[noreturn]] void Fail(const std::string& why) const;
+  void Close(std::unique_ptr<zip_t, void (*)(zip_t*)> zip);
 
   Workbook& workbook_;
   std::list<std::string> buffers_;  // the new parts, alive until the archive is written
