@@ -58,7 +58,7 @@ convert() {  # label folder source-options
   rm -f "$dir/ziel.sqlite" "$dir/p.cpf"
   (cd "$dir" && "$ketrova" new p.cpf --name Bench "$@" --dest odbc --dest-driver SQLite3 \
     --dest-database ziel.sqlite >/dev/null)
-  measure "$label" "$dir" "$ketrova" --quiet run p.cpf --yes
+  measure "$label" "$dir" "$ketrova" run --quiet p.cpf --yes
   local count
   count=$(sqlite3 "$dir/ziel.sqlite" 'SELECT COUNT(*) FROM sqlite_master' 2>/dev/null || echo "?")
   [ "$count" != "0" ] || { echo "bench: $label wrote no table" >&2; return 1; }
