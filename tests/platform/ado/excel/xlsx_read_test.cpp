@@ -53,6 +53,11 @@ TEST_F(ExcelTest, ListsSheetsAndDefinedNamesAsTables) {
     tables.push_back(rs->GetFields().Item("TABLE_NAME").Value().ToText() + ":" +
                      rs->GetFields().Item("TABLE_TYPE").Value().ToText());
   }
+  // A password follows the string's own closing ";"; a workbook that is not
+  // encrypted opens with it all the same.
+  auto with_password = std::make_shared<ado::Connection>();
+  with_password->Open(ConnectionString(Path("kunden.xlsx")) + ";PWD=geheim");
+  EXPECT_EQ(Select(*with_password, "Meine Kunden$ Ä$").size(), 4u);
   EXPECT_EQ(tables, (std::vector<std::string>{"Bereich:TABLE", "Kunden$:TABLE", "Leer$:TABLE",
                                               "Meine Kunden$ Ä$:TABLE"}));
 }
