@@ -2,9 +2,8 @@
 
 #include <cctype>
 #include <cmath>
-#include <cstdio>
 
-#include "platform/ado/value_text.h"
+#include "platform/ado/file_engine/engine_access.h"
 
 namespace ketrova::excel {
 
@@ -79,38 +78,13 @@ double SerialFromOle(double ole, bool date1904) {
 }
 
 std::string IsoFromOle(double ole) {
-  ado::DateParts p = ado::PartsFromOleDate(ole);
-  char buf[64];
-  if (p.hour == 0 && p.minute == 0 && p.second == 0) {
-    std::snprintf(buf, sizeof buf, "%04d-%02d-%02d", p.year, p.month, p.day);
-  } else {
-    std::snprintf(buf, sizeof buf, "%04d-%02d-%02d %02d:%02d:%02d", p.year, p.month, p.day, p.hour,
-                  p.minute, p.second);
-  }
-  return buf;
+  return file_engine::IsoDate(ole);
 }
 
 std::optional<double> OleFromIso(std::string_view text) {
-  if (text.size() != 10 && text.size() != 19) return std::nullopt;
-  auto number = [&](std::size_t at, std::size_t width, int& value) {
-    value = 0;
-    for (std::size_t i = at; i < at + width; ++i) {
-      if (text[i] < '0' || text[i] > '9') return false;
-      value = value * 10 + (text[i] - '0');
-    }
-    return true;
-  };
-  ado::DateParts p;
-  if (text[4] != '-' || text[7] != '-' || !number(0, 4, p.year) || !number(5, 2, p.month) ||
-      !number(8, 2, p.day) || p.month < 1 || p.month > 12 || p.day < 1 || p.day > 31) {
-    return std::nullopt;
-  }
-  if (text.size() == 19 &&
-      (text[10] != ' ' || text[13] != ':' || text[16] != ':' || !number(11, 2, p.hour) ||
-       !number(14, 2, p.minute) || !number(17, 2, p.second))) {
-    return std::nullopt;
-  }
-  return ado::OleDateFromParts(p);
+  double ole = 0;
+  if (!file_engine::OleDateFromIso(text, ole)) return std::nullopt;
+  return ole;
 }
 
 std::string ColumnLetters(int column) {

@@ -1,15 +1,13 @@
 #include "platform/ado/providers/excel/excel_provider.h"
 
-#include <sqlite3.h>
 
 #include <algorithm>
 #include <iostream>
 
 #include "platform/ado/file_engine/engine_access.h"
-#include "platform/ado/file_engine/sql_rewrite.h"
+#include "platform/ado/file_engine/engine_ddl.h"
 #include "platform/ado/providers/excel/excel_module.h"
 #include "platform/ado/providers/excel/workbook.h"
-#include "support/text.h"
 #include "support/vb_error.h"
 
 namespace ketrova::excel {
@@ -17,17 +15,6 @@ namespace ketrova::excel {
 namespace {
 
 constexpr const char* kSource = "Ketrova.Excel";
-
-bool StartsWithWords(std::string_view sql, std::initializer_list<std::string_view> words) {
-  std::size_t p = 0;
-  for (auto word : words) {
-    while (p < sql.size() && std::isspace(static_cast<unsigned char>(sql[p]))) ++p;
-    if (AsciiUpper(sql.substr(p, word.size())) != word) return false;
-    p += word.size();
-    if (p < sql.size() && !std::isspace(static_cast<unsigned char>(sql[p]))) return false;
-  }
-  return true;
-}
 
 }  // namespace
 
@@ -75,7 +62,7 @@ void ExcelProvider::Save() {
 
 ado::ExecuteResult ExcelProvider::Execute(const std::string& sql, std::span<const Variant> params,
                                           std::int64_t maxRows) {
-  if (StartsWithWords(sql, {"CREATE", "TABLE"})) {
+  if (file_engine::StartsWithWords(sql, {"CREATE", "TABLE"})) {
     CreateTable(sql);
     ado::ExecuteResult result;
     result.rowsAffected = 0;
@@ -101,18 +88,9 @@ std::vector<ado::TableInfo> ExcelProvider::Tables() {
 }
 
 std::vector<ado::ColumnInfo> ExcelProvider::TableColumns(const std::string& table) {
-  engine_->EnsureTable(table);
-  auto statement = engine_->Prepare("SELECT * FROM " + file_engine::QuoteSqlIdentifier(table));
-  sqlite3_stmt* h = statement->handle();
-  std::vector<ado::ColumnInfo> columns;
-  for (int i = 0; i < sqlite3_column_count(h); ++i) {
-    auto c = file_engine::ColumnFromDeclaredType(sqlite3_column_name(h, i),
-                                                 sqlite3_column_decltype(h, i));
+  auto columns = file_engine::EngineTableColumns(*engine_, table);
+  for (auto& c : columns)
     if (c.type == ado::adLongVarWChar) c.definedSize = 0;
-    c.baseTable = table;
-    c.baseColumn = c.name;
-    columns.push_back(std::move(c));
-  }
   return columns;
 }
 
@@ -120,36 +98,12 @@ std::string ExcelProvider::ColumnTypeSql(const ado::ColumnInfo& column) const {
   return file_engine::EngineTypeSql(column.type);
 }
 
-// CREATE TABLE makes a sheet. The statement is read by SQLite itself, on a
-// scratch database, so that every form of column list is understood; every
-// column of a sheet made so holds text.
+// CREATE TABLE makes a sheet; every column of a sheet made so holds text.
 void ExcelProvider::CreateTable(const std::string& sql) {
-  sqlite3* scratch = nullptr;
-  if (sqlite3_open(":memory:", &scratch) != SQLITE_OK) {
-    sqlite3_close(scratch);
-    throw VbError(ado::kErrGeneral, "CREATE TABLE: kein Speicher", kSource);
-  }
-  std::unique_ptr<sqlite3, int (*)(sqlite3*)> guard(scratch, sqlite3_close);
-  char* err = nullptr;
-  if (sqlite3_exec(scratch, file_engine::RewriteFileSql(sql).c_str(), nullptr, nullptr, &err) !=
-      SQLITE_OK) {
-    std::string msg = err ? err : "CREATE TABLE";
-    sqlite3_free(err);
-    throw VbError(ado::kErrStatementRefused, msg, kSource);
-  }
-  sqlite3_stmt* h = nullptr;
-  sqlite3_prepare_v2(scratch, "SELECT name FROM sqlite_master WHERE type = 'table'", -1, &h,
-                     nullptr);
-  std::string table;
-  if (sqlite3_step(h) == SQLITE_ROW)
-    table = reinterpret_cast<const char*>(sqlite3_column_text(h, 0));
-  sqlite3_finalize(h);
+  const auto created = file_engine::ParseCreateTable(sql, kSource);
   std::vector<std::string> columns;
-  std::string pragma = "PRAGMA table_info(" + file_engine::QuoteSqlIdentifier(table) + ")";
-  sqlite3_prepare_v2(scratch, pragma.c_str(), -1, &h, nullptr);
-  while (sqlite3_step(h) == SQLITE_ROW)
-    columns.emplace_back(reinterpret_cast<const char*>(sqlite3_column_text(h, 1)));
-  sqlite3_finalize(h);
+  for (const auto& [name, declared] : created.columns) columns.push_back(name);
+  const std::string& table = created.name;
   workbook_->CheckWritableFile();
   workbook_->CreateSheet(table, columns);
   engine_->ForgetTable(table);
