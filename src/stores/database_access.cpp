@@ -12,6 +12,7 @@
 #include "core/error_text.h"
 #include "platform/ado/adox/catalog.h"
 #include "platform/ado/connection.h"
+#include "platform/ado/providers/excel/excel_provider.h"
 #include "platform/ado/providers/text/text_provider.h"
 #include "platform/ado/recordset.h"
 #include "platform/ui/ui_helpers.h"
@@ -31,7 +32,10 @@ namespace {
 // first open of any store, so that no caller has to.
 void RegisterFileProviders() {
   static std::once_flag once;
-  std::call_once(once, [] { text_provider::RegisterTextProvider(); });
+  std::call_once(once, [] {
+    text_provider::RegisterTextProvider();
+    excel::RegisterExcelProvider();
+  });
 }
 
 // Ketrova's own setting "GroupedCommits" in the section "Ketrova" of the

@@ -7,6 +7,7 @@
 #include <limits>
 #include <string_view>
 
+#include "platform/ado/file_engine/sql_rewrite.h"
 #include "platform/ado/value_text.h"
 
 namespace ketrova::file_engine {
@@ -15,44 +16,6 @@ namespace {
 
 bool Is(const char* declared, std::string_view word) {
   return declared != nullptr && std::string_view(declared) == word;
-}
-
-// "yyyy-mm-dd" or "yyyy-mm-dd hh:mm:ss" as an OLE date; false for anything else.
-bool OleDateFromIso(std::string_view text, double& ole) {
-  if (text.size() != 10 && text.size() != 19) return false;
-  auto number = [&](std::size_t at, std::size_t width, int& value) {
-    value = 0;
-    for (std::size_t i = at; i < at + width; ++i) {
-      if (text[i] < '0' || text[i] > '9') return false;
-      value = value * 10 + (text[i] - '0');
-    }
-    return true;
-  };
-  ado::DateParts p;
-  if (text[4] != '-' || text[7] != '-' || !number(0, 4, p.year) || !number(5, 2, p.month) ||
-      !number(8, 2, p.day)) {
-    return false;
-  }
-  if (text.size() == 19 &&
-      (text[10] != ' ' || text[13] != ':' || text[16] != ':' || !number(11, 2, p.hour) ||
-       !number(14, 2, p.minute) || !number(17, 2, p.second))) {
-    return false;
-  }
-  ole = ado::OleDateFromParts(p);
-  return true;
-}
-
-// The text of an OLE date as the file engine keeps dates.
-std::string IsoDate(double ole) {
-  ado::DateParts p = ado::PartsFromOleDate(ole);
-  char buf[64];
-  if (p.hour == 0 && p.minute == 0 && p.second == 0) {
-    std::snprintf(buf, sizeof buf, "%04d-%02d-%02d", p.year, p.month, p.day);
-  } else {
-    std::snprintf(buf, sizeof buf, "%04d-%02d-%02d %02d:%02d:%02d", p.year, p.month, p.day, p.hour,
-                  p.minute, p.second);
-  }
-  return buf;
 }
 
 void BindText(sqlite3_stmt* h, int i, const std::string& text) {
@@ -101,6 +64,56 @@ Variant IntegerVariant(sqlite3_int64 v) {
 }
 
 }  // namespace
+
+bool OleDateFromIso(std::string_view text, double& ole) {
+  if (text.size() != 10 && text.size() != 19) return false;
+  auto number = [&](std::size_t at, std::size_t width, int& value) {
+    value = 0;
+    for (std::size_t i = at; i < at + width; ++i) {
+      if (text[i] < '0' || text[i] > '9') return false;
+      value = value * 10 + (text[i] - '0');
+    }
+    return true;
+  };
+  ado::DateParts p;
+  if (text[4] != '-' || text[7] != '-' || !number(0, 4, p.year) || !number(5, 2, p.month) ||
+      !number(8, 2, p.day) || p.month < 1 || p.month > 12 || p.day < 1 || p.day > 31) {
+    return false;
+  }
+  if (text.size() == 19 &&
+      (text[10] != ' ' || text[13] != ':' || text[16] != ':' || !number(11, 2, p.hour) ||
+       !number(14, 2, p.minute) || !number(17, 2, p.second))) {
+    return false;
+  }
+  ole = ado::OleDateFromParts(p);
+  return true;
+}
+
+std::string IsoDate(double ole) {
+  ado::DateParts p = ado::PartsFromOleDate(ole);
+  char buf[64];
+  if (p.hour == 0 && p.minute == 0 && p.second == 0) {
+    std::snprintf(buf, sizeof buf, "%04d-%02d-%02d", p.year, p.month, p.day);
+  } else {
+    std::snprintf(buf, sizeof buf, "%04d-%02d-%02d %02d:%02d:%02d", p.year, p.month, p.day, p.hour,
+                  p.minute, p.second);
+  }
+  return buf;
+}
+
+std::vector<ado::ColumnInfo> EngineTableColumns(FileEngine& engine, const std::string& table) {
+  engine.EnsureTable(table);
+  auto statement = engine.Prepare("SELECT * FROM " + QuoteSqlIdentifier(table));
+  sqlite3_stmt* h = statement->handle();
+  std::vector<ado::ColumnInfo> columns;
+  for (int i = 0; i < sqlite3_column_count(h); ++i) {
+    auto c = ColumnFromDeclaredType(sqlite3_column_name(h, i), sqlite3_column_decltype(h, i));
+    c.baseTable = table;
+    c.baseColumn = c.name;
+    columns.push_back(std::move(c));
+  }
+  return columns;
+}
 
 ado::ColumnInfo ColumnFromDeclaredType(const std::string& name, const char* full) {
   ado::ColumnInfo c;

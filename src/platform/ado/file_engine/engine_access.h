@@ -9,6 +9,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/ado/file_engine/file_engine.h"
@@ -33,6 +34,15 @@ class EngineCursor : public ado::Cursor {
   std::int64_t remaining_;  // rows still allowed, -1 for no limit
   bool has_row_ = false;
 };
+
+// "yyyy-mm-dd" or "yyyy-mm-dd hh:mm:ss" as an OLE date; false for anything else.
+bool OleDateFromIso(std::string_view text, double& ole);
+// The text of an OLE date as the file engine keeps dates.
+std::string IsoDate(double ole);
+
+// The columns of a table of the engine, as record access describes them.
+// Raises VbError kErrUnknownTable when the name resolves to no table.
+std::vector<ado::ColumnInfo> EngineTableColumns(FileEngine& engine, const std::string& table);
 
 // The ADO description of a column declared with a file engine type name.
 ado::ColumnInfo ColumnFromDeclaredType(const std::string& name, const char* declared);

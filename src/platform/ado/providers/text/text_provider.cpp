@@ -1,6 +1,5 @@
 #include "platform/ado/providers/text/text_provider.h"
 
-#include <sqlite3.h>
 
 #include <algorithm>
 #include <fstream>
@@ -8,8 +7,8 @@
 #include "platform/ado/file_engine/csv_module.h"
 #include "platform/ado/file_engine/csv_writer.h"
 #include "platform/ado/file_engine/engine_access.h"
+#include "platform/ado/file_engine/engine_ddl.h"
 #include "platform/ado/file_engine/schema_ini.h"
-#include "platform/ado/file_engine/sql_rewrite.h"
 #include "platform/ado/providers/text/text_names.h"
 #include "support/text.h"
 #include "support/vb_error.h"
@@ -19,17 +18,6 @@ namespace ketrova::text_provider {
 namespace {
 
 constexpr const char* kSource = "Ketrova.Text";
-
-bool StartsWithWords(std::string_view sql, std::initializer_list<std::string_view> words) {
-  std::size_t p = 0;
-  for (auto word : words) {
-    while (p < sql.size() && std::isspace(static_cast<unsigned char>(sql[p]))) ++p;
-    if (AsciiUpper(sql.substr(p, word.size())) != word) return false;
-    p += word.size();
-    if (p < sql.size() && !std::isspace(static_cast<unsigned char>(sql[p]))) return false;
-  }
-  return true;
-}
 
 file_engine::ColumnType TypeOfDeclaration(std::string declared, int& width) {
   width = 0;
@@ -75,7 +63,7 @@ TextProvider::TextProvider(const ado::ConnectionSpec& spec) {
 ado::ExecuteResult TextProvider::Execute(const std::string& sql, std::span<const Variant> params,
                                          std::int64_t maxRows) {
   ado::ExecuteResult result;
-  if (StartsWithWords(sql, {"CREATE", "TABLE"})) {
+  if (file_engine::StartsWithWords(sql, {"CREATE", "TABLE"})) {
     CreateTable(sql);
     result.rowsAffected = 0;
     return result;
@@ -100,18 +88,7 @@ std::vector<ado::TableInfo> TextProvider::Tables() {
 }
 
 std::vector<ado::ColumnInfo> TextProvider::TableColumns(const std::string& table) {
-  engine_->EnsureTable(table);
-  auto statement = engine_->Prepare("SELECT * FROM " + file_engine::QuoteSqlIdentifier(table));
-  sqlite3_stmt* h = statement->handle();
-  std::vector<ado::ColumnInfo> columns;
-  for (int i = 0; i < sqlite3_column_count(h); ++i) {
-    auto c = file_engine::ColumnFromDeclaredType(sqlite3_column_name(h, i),
-                                                 sqlite3_column_decltype(h, i));
-    c.baseTable = table;
-    c.baseColumn = c.name;
-    columns.push_back(std::move(c));
-  }
-  return columns;
+  return file_engine::EngineTableColumns(*engine_, table);
 }
 
 std::string TextProvider::ColumnTypeSql(const ado::ColumnInfo& column) const {
@@ -119,38 +96,17 @@ std::string TextProvider::ColumnTypeSql(const ado::ColumnInfo& column) const {
 }
 
 // CREATE TABLE writes a file holding the header line, and the columns' types
-// into schema.ini. The statement is read by SQLite itself, on a scratch
-// database, so that every form of column list is understood.
+// into schema.ini.
 void TextProvider::CreateTable(const std::string& sql) {
-  sqlite3* scratch = nullptr;
-  sqlite3_open(":memory:", &scratch);
-  std::unique_ptr<sqlite3, int (*)(sqlite3*)> guard(scratch, sqlite3_close);
-  char* err = nullptr;
-  if (sqlite3_exec(scratch, file_engine::RewriteFileSql(sql).c_str(), nullptr, nullptr, &err) !=
-      SQLITE_OK) {
-    std::string msg = err ? err : "CREATE TABLE";
-    sqlite3_free(err);
-    throw VbError(ado::kErrStatementRefused, msg, kSource);
-  }
-  sqlite3_stmt* h = nullptr;
-  sqlite3_prepare_v2(scratch, "SELECT name FROM sqlite_master WHERE type = 'table'", -1, &h,
-                     nullptr);
-  std::string table;
-  if (sqlite3_step(h) == SQLITE_ROW)
-    table = reinterpret_cast<const char*>(sqlite3_column_text(h, 0));
-  sqlite3_finalize(h);
-
+  const auto created = file_engine::ParseCreateTable(sql, kSource);
+  const std::string& table = created.name;
   file_engine::SchemaEntry entry;
-  std::string pragma = "PRAGMA table_info(" + file_engine::QuoteSqlIdentifier(table) + ")";
-  sqlite3_prepare_v2(scratch, pragma.c_str(), -1, &h, nullptr);
-  while (sqlite3_step(h) == SQLITE_ROW) {
+  for (const auto& [name, declared] : created.columns) {
     file_engine::SchemaColumn column;
-    column.name = reinterpret_cast<const char*>(sqlite3_column_text(h, 1));
-    const char* declared = reinterpret_cast<const char*>(sqlite3_column_text(h, 2));
-    column.type = TypeOfDeclaration(declared ? declared : "", column.width);
+    column.name = name;
+    column.type = TypeOfDeclaration(declared, column.width);
     entry.columns.push_back(std::move(column));
   }
-  sqlite3_finalize(h);
 
   // The file: the name without folder and without the ".TXT" the system adds.
   std::string name = table.substr(table.find_last_of("\\/") + 1);

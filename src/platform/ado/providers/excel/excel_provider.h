@@ -1,0 +1,66 @@
+// The Excel provider: one workbook as a store, opened by
+// "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=<file>;Extended Properties="Excel 8.0;";".
+//
+// The workbook's format is taken from its content, not its name (.xlsx for a
+// zip container). Its sheets ("Kunden$") and defined names are the tables
+// (workbook.h); statements run on the file SQL engine (file_engine.h).
+// CREATE TABLE [X] makes a sheet X whose header row holds the column names;
+// INSERT appends rows below the last row, UPDATE changes cells in place and
+// DELETE removes rows, the rows below moving up (the old Jet driver refused
+// DELETE on workbooks; here a "delete before insert" empties the sheet below
+// its header).
+//
+// A workbook that does not exist opens, so that a target can be made by its
+// first CREATE TABLE; reading a table of it raises an error naming the file.
+// Changes are written when the connection closes, through a temporary file
+// renamed over the original; a connection that changed nothing never writes.
+// A file that cannot be written is refused at the first change.
+//
+// RegisterExcelProvider() must be called once at program start.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/ado/file_engine/file_engine.h"
+#include "platform/ado/provider.h"
+
+namespace ketrova::excel {
+
+class Workbook;
+
+void RegisterExcelProvider();
+
+class ExcelProvider : public ado::Provider {
+ public:
+  // Raises VbError kErrGeneral naming the file when it is no readable workbook.
+  explicit ExcelProvider(const ado::ConnectionSpec& spec);
+  // Writes the workbook's changes; a failure then cannot be reported, which
+  // is why a file that cannot be written is refused at the first change.
+  ~ExcelProvider() override;
+
+  std::string Dialect() const override { return "excel"; }
+  std::string IdentifierQuote() const override { return "\""; }
+
+  ado::ExecuteResult Execute(const std::string& sql, std::span<const Variant> params = {},
+                             std::int64_t maxRows = 0) override;
+  void BeginTrans() override;
+  void CommitTrans() override;
+  void RollbackTrans() override;
+
+  std::vector<ado::TableInfo> Tables() override;
+  std::vector<ado::ColumnInfo> TableColumns(const std::string& table) override;
+  std::vector<ado::IndexInfo> TableIndexes(const std::string&) override { return {}; }
+  std::string ColumnTypeSql(const ado::ColumnInfo& column) const override;
+
+  // Writes the changes now. Raises VbError naming the file.
+  void Save();
+
+ private:
+  void CreateTable(const std::string& sql);
+
+  std::unique_ptr<Workbook> workbook_;
+  std::unique_ptr<file_engine::FileEngine> engine_;
+};
+
+}  // namespace ketrova::excel

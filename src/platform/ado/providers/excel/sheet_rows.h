@@ -1,0 +1,55 @@
+// What a workbook format gives the sheet tables: the sheets and names of a
+// workbook, and a sheet's rows one after the other.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/ado/providers/excel/cell_value.h"
+
+namespace ketrova::excel {
+
+// One row as stored: only the cells that hold something, in column order.
+struct RawCell {
+  int column = 0;  // 1-based
+  CellValue value;
+};
+struct RawRow {
+  std::int64_t row = 0;  // 1-based
+  std::vector<RawCell> cells;
+};
+
+// A rectangle of cells, 1-based and inclusive.
+struct CellRange {
+  int first_column = 1;
+  int last_column = 0;
+  std::int64_t first_row = 1;
+  std::int64_t last_row = 0;
+};
+
+// Streams the rows of one sheet in row order. Raises VbError (kErrGeneral,
+// naming the file) on a damaged sheet.
+class RowReader {
+ public:
+  virtual ~RowReader() = default;
+  // False at the end of the sheet.
+  virtual bool Next(RawRow& row) = 0;
+  // The used range the sheet records, known once Next was called.
+  std::optional<CellRange> used;
+};
+
+struct SheetInfo {
+  std::string name;
+  std::string part;  // where the format keeps it (a zip entry)
+};
+
+struct DefinedName {
+  std::string name;
+  std::size_t sheet = 0;  // index into the sheets
+  CellRange range;
+};
+
+}  // namespace ketrova::excel
