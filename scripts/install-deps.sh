@@ -12,6 +12,9 @@ packages=(
   libsqlite3-dev sqlite3
   # record access: the driver manager and the drivers
   unixodbc unixodbc-dev libsqliteodbc odbc-postgresql odbc-mariadb tdsodbc
+  # Access files (libmdb; mdb-export is the tests' independent reader), dBase
+  # files (shapelib's DBF API; python3-dbf writes the tests' files)
+  mdbtools-dev mdbtools libshp-dev python3-dbf
   # throwaway database servers for the server tests
   postgresql mariadb-server mariadb-client
   # locales for the regional-settings tests

@@ -7,6 +7,7 @@
 #include "core/error_text.h"
 #include "platform/ado/adox/catalog.h"
 #include "platform/ado/connection.h"
+#include "platform/ado/providers/access/access_provider.h"
 #include "platform/ado/providers/text/text_provider.h"
 #include "platform/ado/recordset.h"
 #include "platform/ui/ui_helpers.h"
@@ -24,7 +25,10 @@ namespace {
 // first open of any store, so that no caller has to.
 void RegisterFileProviders() {
   static std::once_flag once;
-  std::call_once(once, [] { text_provider::RegisterTextProvider(); });
+  std::call_once(once, [] {
+    text_provider::RegisterTextProvider();
+    access_provider::RegisterAccessProvider();
+  });
 }
 
 // The text of the exception being handled, as the operations of this file
