@@ -9,6 +9,7 @@
 #include "platform/ado/connection.h"
 #include "platform/ado/providers/access/access_provider.h"
 #include "platform/ado/providers/text/text_provider.h"
+#include "platform/ado/providers/xbase/xbase_provider.h"
 #include "platform/ado/recordset.h"
 #include "platform/ui/ui_helpers.h"
 #include "stores/database.h"
@@ -28,6 +29,7 @@ void RegisterFileProviders() {
   std::call_once(once, [] {
     text_provider::RegisterTextProvider();
     access_provider::RegisterAccessProvider();
+    xbase_provider::RegisterXbaseProvider();
   });
 }
 

@@ -11,6 +11,7 @@
 
 #include "platform/ado/enums.h"
 #include "support/collection.h"
+#include "support/text.h"
 #include "support/vb_error.h"
 
 namespace ketrova::access_provider {
@@ -236,8 +237,18 @@ std::vector<CatalogueEntry> MdbDatabase::Catalogue() const {
 }
 
 std::optional<CatalogueEntry> MdbDatabase::Find(const std::string& name) const {
-  for (auto& e : Catalogue())
+  auto entries = Catalogue();
+  for (auto& e : entries)
     if (KeyEquals(e.name, name)) return e;
+  // The count of a job names a source table as an identifier ("Order
+  // Details" as Order_Details); such a name finds the one table it stands for.
+  const CatalogueEntry* found = nullptr;
+  for (auto& e : entries) {
+    if (!KeyEquals(MakeIdentifier(e.name), name)) continue;
+    if (found) return std::nullopt;
+    found = &e;
+  }
+  if (found) return *found;
   return std::nullopt;
 }
 

@@ -56,7 +56,8 @@ class MdbDatabase {
 
   // Tables (user and system) and saved queries, in the order of the file.
   std::vector<CatalogueEntry> Catalogue() const;
-  // The exact spelling of a table or query, found without regard to case.
+  // The exact spelling of a table or query, found without regard to case, or
+  // by the identifier made of its name (support/text.h) when that is unique.
   std::optional<CatalogueEntry> Find(const std::string& name) const;
 
   // Columns of a table in order. Raises kErrUnknownTable for a name that is
