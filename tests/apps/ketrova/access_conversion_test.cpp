@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <map>
 
+#include "platform/ado/command_output.h"
 #include "platform/ado/connection.h"
 #include "platform/ado/fields.h"
 #include "platform/ado/recordset.h"
@@ -19,21 +20,10 @@ namespace {
 
 const std::filesystem::path kData = KETROVA_ACCESS_TESTDATA;
 
-std::string Capture(const std::string& command) {
-  std::string out;
-  FILE* pipe = ::popen(command.c_str(), "r");
-  if (!pipe) return out;
-  char buf[65536];
-  std::size_t n;
-  while ((n = std::fread(buf, 1, sizeof buf, pipe)) > 0) out.append(buf, n);
-  ::pclose(pipe);
-  return out;
-}
-
 // The rows of a table as mdb-export prints them, fields split at US.
 std::vector<std::vector<std::string>> ExportRows(const std::string& table) {
-  std::string out = Capture("mdb-export -H -Q -d '\x1f' -R '\x1e' '" +
-                            (kData / "nwind.mdb").string() + "' '" + table + "'");
+  std::string out = testing::CommandOutput("mdb-export -H -Q -d '\x1f' -R '\x1e' '" +
+                                           (kData / "nwind.mdb").string() + "' '" + table + "'");
   std::vector<std::vector<std::string>> rows;
   std::size_t start = 0;
   for (std::size_t i = 0; i < out.size(); ++i) {

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "platform/ado/command_output.h"
 #include "platform/ado/text/temp_folder.h"
 #include "run_ketrova.h"
 
@@ -17,12 +18,9 @@ class DbaseConversionTest : public testing::TempFolderTest {
   std::string Python(const std::string& script) {
     Write("lesen.py", script);
     std::string command = "cd '" + folder_.string() + "' && /usr/bin/python3 lesen.py 2>&1";
-    std::string out;
-    FILE* pipe = ::popen(command.c_str(), "r");
-    char buf[4096];
-    std::size_t n;
-    while ((n = std::fread(buf, 1, sizeof buf, pipe)) > 0) out.append(buf, n);
-    EXPECT_EQ(::pclose(pipe), 0) << out;
+    int status = -1;
+    std::string out = testing::CommandOutput(command, &status);
+    EXPECT_EQ(status, 0) << out;
     return out;
   }
 };

@@ -11,6 +11,7 @@
 #include <map>
 
 #include "platform/ado/adox/catalog.h"
+#include "platform/ado/command_output.h"
 #include "platform/ado/connection.h"
 #include "platform/ado/enums.h"
 #include "platform/ado/fields.h"
@@ -32,18 +33,6 @@ constexpr const char* kReadOnly =
 
 std::string ConnectionString(const std::filesystem::path& file) {
   return "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + file.string();
-}
-
-// What a command prints on stdout.
-std::string Capture(const std::string& command) {
-  std::string out;
-  FILE* pipe = ::popen(command.c_str(), "r");
-  if (!pipe) return out;
-  char buf[65536];
-  std::size_t n;
-  while ((n = std::fread(buf, 1, sizeof buf, pipe)) > 0) out.append(buf, n);
-  ::pclose(pipe);
-  return out;
 }
 
 std::vector<std::string> Split(const std::string& text, char separator) {
@@ -107,7 +96,7 @@ class AccessProviderTest : public testing::TempFolderTest {
   // RS, no quotes, dates in ISO form, binary in hex.
   static std::vector<std::vector<std::string>> ExportRows(const std::string& file,
                                                           const std::string& table) {
-    std::string out = Capture(
+    std::string out = testing::CommandOutput(
         "mdb-export -H -Q -d '\x1f' -R '\x1e' -b hex"
         " -D '%Y-%m-%d %H:%M:%S' -T '%Y-%m-%d %H:%M:%S' '" +
         (kData / file).string() + "' '" + table + "'");

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <fstream>
 
+#include "platform/ado/command_output.h"
 #include "platform/ado/connection.h"
 #include "platform/ado/enums.h"
 #include "platform/ado/fields.h"
@@ -52,12 +53,9 @@ class XbaseProviderTest : public testing::TempFolderTest {
   std::string Python(const std::string& script) {
     Write("skript.py", script);
     std::string command = "cd '" + folder_.string() + "' && /usr/bin/python3 skript.py 2>&1";
-    std::string out;
-    FILE* pipe = ::popen(command.c_str(), "r");
-    char buf[4096];
-    std::size_t n;
-    while ((n = std::fread(buf, 1, sizeof buf, pipe)) > 0) out.append(buf, n);
-    EXPECT_EQ(::pclose(pipe), 0) << out;
+    int status = -1;
+    std::string out = testing::CommandOutput(command, &status);
+    EXPECT_EQ(status, 0) << out;
     return out;
   }
 

@@ -8,6 +8,7 @@
 
 #include "platform/ado/enums.h"
 #include "platform/ado/file_engine/csv_module.h"
+#include "platform/ado/file_engine/module_support.h"
 #include "platform/ado/file_engine/sql_rewrite.h"
 #include "platform/ado/providers/access/mdb_database.h"
 #include "platform/ado/value_text.h"
@@ -27,27 +28,6 @@ struct MdbCursor : sqlite3_vtab_cursor {
   std::unique_ptr<MdbRowReader> reader;
   bool eof = true;
 };
-
-int Fail(sqlite3_vtab* vtab, const VbError& e) {
-  sqlite3_free(vtab->zErrMsg);
-  vtab->zErrMsg = sqlite3_mprintf("%s", e.Description.c_str());
-  file_engine::SetModuleErrorNumber(e.Number);
-  return SQLITE_ERROR;
-}
-
-std::string Unquote(std::string_view arg) {
-  while (!arg.empty() && arg.front() == ' ') arg.remove_prefix(1);
-  while (!arg.empty() && arg.back() == ' ') arg.remove_suffix(1);
-  if (arg.size() >= 2 && arg.front() == '\'' && arg.back() == '\'') {
-    std::string out;
-    for (std::size_t i = 1; i + 1 < arg.size(); ++i) {
-      out.push_back(arg[i]);
-      if (arg[i] == '\'' && i + 2 < arg.size() && arg[i + 1] == '\'') ++i;
-    }
-    return out;
-  }
-  return std::string(arg);
-}
 
 const char* EngineType(const JetColumn& c) {
   switch (c.info.type) {
@@ -89,25 +69,13 @@ std::string DeclareSql(const std::vector<JetColumn>& columns) {
   return sql + ")";
 }
 
-// An OLE date as the engine keeps dates: "yyyy-mm-dd" or "yyyy-mm-dd hh:mm:ss".
-std::string IsoDate(double ole) {
-  ado::DateParts p = ado::PartsFromOleDate(ole);
-  char buf[64];
-  if (p.hour == 0 && p.minute == 0 && p.second == 0)
-    std::snprintf(buf, sizeof buf, "%04d-%02d-%02d", p.year, p.month, p.day);
-  else
-    std::snprintf(buf, sizeof buf, "%04d-%02d-%02d %02d:%02d:%02d", p.year, p.month, p.day, p.hour,
-                  p.minute, p.second);
-  return buf;
-}
-
 int Connect(sqlite3* db, void* aux, int argc, const char* const* argv, sqlite3_vtab** out,
             char** err) {
   try {
     if (argc < 4) throw VbError(ado::kErrGeneral, "ketrova_mdb: der Tabellenname fehlt");
     auto table = std::make_unique<MdbTable>();
     table->database = static_cast<const MdbDatabase*>(aux);
-    table->name = Unquote(argv[3]);
+    table->name = file_engine::UnquoteModuleArgument(argv[3]);
     table->columns = table->database->Columns(table->name);
     if (sqlite3_declare_vtab(db, DeclareSql(table->columns).c_str()) != SQLITE_OK) {
       throw VbError(ado::kErrGeneral, "Die Spalten der Tabelle '" + table->name +
@@ -153,7 +121,7 @@ int Filter(sqlite3_vtab_cursor* base, int, const char*, int, sqlite3_value**) {
     cursor->eof = !cursor->reader->Next();
     return SQLITE_OK;
   } catch (const VbError& e) {
-    return Fail(base->pVtab, e);
+    return file_engine::FailModule(base->pVtab, e);
   }
 }
 
@@ -163,7 +131,7 @@ int Next(sqlite3_vtab_cursor* base) {
     cursor->eof = !cursor->reader->Next();
     return SQLITE_OK;
   } catch (const VbError& e) {
-    return Fail(base->pVtab, e);
+    return file_engine::FailModule(base->pVtab, e);
   }
 }
 
@@ -186,7 +154,7 @@ int Column(sqlite3_vtab_cursor* base, sqlite3_context* ctx, int n) {
         break;
       case JetValue::Kind::kReal:
         if (type == ado::adDate) {
-          std::string iso = IsoDate(v.real);
+          std::string iso = file_engine::IsoDateText(v.real);
           sqlite3_result_text(ctx, iso.data(), static_cast<int>(iso.size()), SQLITE_TRANSIENT);
         } else {
           sqlite3_result_double(ctx, v.real);
@@ -203,7 +171,7 @@ int Column(sqlite3_vtab_cursor* base, sqlite3_context* ctx, int n) {
     }
     return SQLITE_OK;
   } catch (const VbError& e) {
-    return Fail(base->pVtab, e);
+    return file_engine::FailModule(base->pVtab, e);
   }
 }
 

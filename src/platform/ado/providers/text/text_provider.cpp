@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <fstream>
 
+#include "platform/ado/file_engine/create_table.h"
 #include "platform/ado/file_engine/csv_module.h"
 #include "platform/ado/file_engine/csv_writer.h"
 #include "platform/ado/file_engine/engine_access.h"
@@ -119,38 +120,17 @@ std::string TextProvider::ColumnTypeSql(const ado::ColumnInfo& column) const {
 }
 
 // CREATE TABLE writes a file holding the header line, and the columns' types
-// into schema.ini. The statement is read by SQLite itself, on a scratch
-// database, so that every form of column list is understood.
+// into schema.ini.
 void TextProvider::CreateTable(const std::string& sql) {
-  sqlite3* scratch = nullptr;
-  sqlite3_open(":memory:", &scratch);
-  std::unique_ptr<sqlite3, int (*)(sqlite3*)> guard(scratch, sqlite3_close);
-  char* err = nullptr;
-  if (sqlite3_exec(scratch, file_engine::RewriteFileSql(sql).c_str(), nullptr, nullptr, &err) !=
-      SQLITE_OK) {
-    std::string msg = err ? err : "CREATE TABLE";
-    sqlite3_free(err);
-    throw VbError(ado::kErrStatementRefused, msg, kSource);
-  }
-  sqlite3_stmt* h = nullptr;
-  sqlite3_prepare_v2(scratch, "SELECT name FROM sqlite_master WHERE type = 'table'", -1, &h,
-                     nullptr);
-  std::string table;
-  if (sqlite3_step(h) == SQLITE_ROW)
-    table = reinterpret_cast<const char*>(sqlite3_column_text(h, 0));
-  sqlite3_finalize(h);
-
+  const file_engine::DeclaredTable declared = file_engine::ParseCreateTable(sql, kSource);
+  const std::string& table = declared.name;
   file_engine::SchemaEntry entry;
-  std::string pragma = "PRAGMA table_info(" + file_engine::QuoteSqlIdentifier(table) + ")";
-  sqlite3_prepare_v2(scratch, pragma.c_str(), -1, &h, nullptr);
-  while (sqlite3_step(h) == SQLITE_ROW) {
+  for (const auto& c : declared.columns) {
     file_engine::SchemaColumn column;
-    column.name = reinterpret_cast<const char*>(sqlite3_column_text(h, 1));
-    const char* declared = reinterpret_cast<const char*>(sqlite3_column_text(h, 2));
-    column.type = TypeOfDeclaration(declared ? declared : "", column.width);
+    column.name = c.name;
+    column.type = TypeOfDeclaration(c.declared, column.width);
     entry.columns.push_back(std::move(column));
   }
-  sqlite3_finalize(h);
 
   // The file: the name without folder and without the ".TXT" the system adds.
   std::string name = table.substr(table.find_last_of("\\/") + 1);

@@ -8,6 +8,7 @@
 
 #include "platform/ado/enums.h"
 #include "platform/ado/file_engine/csv_module.h"
+#include "platform/ado/file_engine/module_support.h"
 #include "platform/ado/file_engine/sql_rewrite.h"
 #include "platform/ado/providers/xbase/xbase_provider.h"
 #include "platform/ado/value_text.h"
@@ -24,25 +25,6 @@ struct DbfTable : sqlite3_vtab {
 struct DbfCursor : sqlite3_vtab_cursor {
   std::size_t row = 0;
 };
-
-int Fail(sqlite3_vtab* vtab, const VbError& e) {
-  sqlite3_free(vtab->zErrMsg);
-  vtab->zErrMsg = sqlite3_mprintf("%s", e.Description.c_str());
-  file_engine::SetModuleErrorNumber(e.Number);
-  return SQLITE_ERROR;
-}
-
-std::string Unquote(std::string_view arg) {
-  if (arg.size() >= 2 && arg.front() == '\'' && arg.back() == '\'') {
-    std::string out;
-    for (std::size_t i = 1; i + 1 < arg.size(); ++i) {
-      out.push_back(arg[i]);
-      if (arg[i] == '\'' && i + 2 < arg.size() && arg[i + 1] == '\'') ++i;
-    }
-    return out;
-  }
-  return std::string(arg);
-}
 
 const char* EngineType(const ado::ColumnInfo& c) {
   switch (c.type) {
@@ -63,17 +45,6 @@ const char* EngineType(const ado::ColumnInfo& c) {
     default:
       return "TEXT";
   }
-}
-
-std::string IsoDate(double ole) {
-  ado::DateParts p = ado::PartsFromOleDate(ole);
-  char buf[64];
-  if (p.hour == 0 && p.minute == 0 && p.second == 0)
-    std::snprintf(buf, sizeof buf, "%04d-%02d-%02d", p.year, p.month, p.day);
-  else
-    std::snprintf(buf, sizeof buf, "%04d-%02d-%02d %02d:%02d:%02d", p.year, p.month, p.day, p.hour,
-                  p.minute, p.second);
-  return buf;
 }
 
 // The engine's value for a field as a Variant of the field's kind.
@@ -130,7 +101,7 @@ int Connect(sqlite3* db, void* aux, int argc, const char* const* argv, sqlite3_v
     if (argc < 4) throw VbError(ado::kErrGeneral, "ketrova_dbf: der Dateiname fehlt");
     const auto* loader = static_cast<const TableLoader*>(aux);
     auto vtab = std::make_unique<DbfTable>();
-    vtab->table = &(*loader)(Unquote(argv[3]));
+    vtab->table = &(*loader)(file_engine::UnquoteModuleArgument(argv[3]));
     std::string sql = "CREATE TABLE x(";
     const auto& fields = vtab->table->file.fields();
     for (std::size_t i = 0; i < fields.size(); ++i) {
@@ -204,7 +175,7 @@ int Column(sqlite3_vtab_cursor* base, sqlite3_context* ctx, int n) {
   if (v.IsNull() || v.IsEmpty()) {
     sqlite3_result_null(ctx);
   } else if (type == ado::adDate) {
-    std::string iso = IsoDate(v.ToDate().value);
+    std::string iso = file_engine::IsoDateText(v.ToDate().value);
     sqlite3_result_text(ctx, iso.data(), static_cast<int>(iso.size()), SQLITE_TRANSIENT);
   } else if (type == ado::adBoolean) {
     sqlite3_result_int(ctx, v.ToBool() ? 1 : 0);
@@ -256,7 +227,7 @@ int Update(sqlite3_vtab* vtab, int argc, sqlite3_value** argv, sqlite3_int64* ro
     t.changed = true;
     return SQLITE_OK;
   } catch (const VbError& e) {
-    return Fail(vtab, e);
+    return file_engine::FailModule(vtab, e);
   }
 }
 

@@ -1,12 +1,11 @@
 #include "platform/ado/providers/xbase/xbase_provider.h"
 
-#include <sqlite3.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
 #include <regex>
 
+#include "platform/ado/file_engine/create_table.h"
 #include "platform/ado/file_engine/engine_access.h"
 #include "platform/ado/file_engine/sql_rewrite.h"
 #include "platform/ado/providers/xbase/dbf_module.h"
@@ -192,44 +191,22 @@ std::string XbaseProvider::ColumnTypeSql(const ado::ColumnInfo& column) const {
   return file_engine::EngineTypeSql(column.type);
 }
 
-// CREATE TABLE is read by SQLite itself on a scratch database, so that every
-// form of column list is understood, and gives an empty dBase III file.
+// CREATE TABLE gives an empty dBase III file at once.
 void XbaseProvider::CreateTable(const std::string& sql) {
-  sqlite3* scratch = nullptr;
-  sqlite3_open(":memory:", &scratch);
-  std::unique_ptr<sqlite3, int (*)(sqlite3*)> guard(scratch, sqlite3_close);
-  char* err = nullptr;
-  if (sqlite3_exec(scratch, file_engine::RewriteFileSql(sql).c_str(), nullptr, nullptr, &err) !=
-      SQLITE_OK) {
-    std::string msg = err ? err : "CREATE TABLE";
-    sqlite3_free(err);
-    throw VbError(ado::kErrStatementRefused, msg, kSource);
-  }
-  sqlite3_stmt* h = nullptr;
-  sqlite3_prepare_v2(scratch, "SELECT name FROM sqlite_master WHERE type = 'table'", -1, &h,
-                     nullptr);
-  std::string table;
-  if (sqlite3_step(h) == SQLITE_ROW)
-    table = reinterpret_cast<const char*>(sqlite3_column_text(h, 0));
-  sqlite3_finalize(h);
+  const file_engine::DeclaredTable declared = file_engine::ParseCreateTable(sql, kSource);
+  const std::string& table = declared.name;
   if (!FileOf(table).empty()) {
     throw VbError(ado::kErrStatementRefused, "Die Tabelle '" + table + "' existiert bereits",
                   kSource);
   }
   std::vector<DbfField> fields;
-  std::string pragma = "PRAGMA table_info(" + file_engine::QuoteSqlIdentifier(table) + ")";
-  sqlite3_prepare_v2(scratch, pragma.c_str(), -1, &h, nullptr);
-  while (sqlite3_step(h) == SQLITE_ROW) {
-    std::string name = reinterpret_cast<const char*>(sqlite3_column_text(h, 1));
-    const char* declared = reinterpret_cast<const char*>(sqlite3_column_text(h, 2));
-    if (name.size() > 10) {
-      sqlite3_finalize(h);
+  for (const auto& c : declared.columns) {
+    if (c.name.size() > 10) {
       throw VbError(ado::kErrStatementRefused,
-                    "Der Feldname '" + name + "' ist für dBase länger als 10 Zeichen", kSource);
+                    "Der Feldname '" + c.name + "' ist für dBase länger als 10 Zeichen", kSource);
     }
-    fields.push_back(FieldOf(name, declared ? declared : ""));
+    fields.push_back(FieldOf(c.name, c.declared));
   }
-  sqlite3_finalize(h);
   auto file = folder_ / (FileStemOf(table) + ".dbf");
   DbfFile::Create(file, std::move(fields)).Write();
   engine_->ForgetTable(table);
