@@ -15,6 +15,9 @@ packages=(
   libzip-dev libexpat1-dev libfreexl-dev python3-openpyxl python3-xlwt python3-xlrd
   # record access: the driver manager and the drivers
   unixodbc unixodbc-dev libsqliteodbc odbc-postgresql odbc-mariadb tdsodbc
+  # Access files (libmdb; mdb-export is the tests' independent reader), dBase
+  # files (shapelib's DBF API; python3-dbf writes the tests' files)
+  mdbtools-dev mdbtools libshp-dev python3-dbf
   # throwaway database servers for the server tests
   postgresql mariadb-server mariadb-client
   # the peers of the conversion benchmark (scripts/bench.sh) and its clock

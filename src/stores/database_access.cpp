@@ -12,8 +12,10 @@
 #include "core/error_text.h"
 #include "platform/ado/adox/catalog.h"
 #include "platform/ado/connection.h"
+#include "platform/ado/providers/access/access_provider.h"
 #include "platform/ado/providers/excel/excel_provider.h"
 #include "platform/ado/providers/text/text_provider.h"
+#include "platform/ado/providers/xbase/xbase_provider.h"
 #include "platform/ado/recordset.h"
 #include "platform/ui/ui_helpers.h"
 #include "stores/database.h"
@@ -35,6 +37,8 @@ void RegisterFileProviders() {
   std::call_once(once, [] {
     text_provider::RegisterTextProvider();
     excel::RegisterExcelProvider();
+    access_provider::RegisterAccessProvider();
+    xbase_provider::RegisterXbaseProvider();
   });
 }
 

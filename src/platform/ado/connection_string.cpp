@@ -213,6 +213,18 @@ ConnectionSpec ParseConnection(std::string_view connectionString, std::string_vi
   if (!user.empty()) spec.user = std::string(user);
   if (!password.empty()) spec.password = std::string(password);
 
+  // A Paradox or dBase ODBC driver exists on Windows only: its data source
+  // is the folder it names, read by the xBase provider.
+  if (spec.kind == ProviderKind::kOdbc) {
+    const std::string driver = AsciiUpper(spec.Get("Driver")) + " " + AsciiUpper(spec.Get("FIL"));
+    for (const char* word : {"PARADOX", "DBASE", "FOXPRO"}) {
+      if (driver.find(word) == std::string::npos) continue;
+      spec.kind = ProviderKind::kXbase;
+      spec.dataSource = spec.Has("DBQ") ? spec.Get("DBQ") : spec.Get("DefaultDir");
+      break;
+    }
+  }
+
   if (spec.kind == ProviderKind::kOdbc) {
     std::vector<ConnectionPair> pairs;
     for (const auto& p : spec.pairs) pairs.push_back({CanonicalKey(p.key), p.value});

@@ -158,6 +158,10 @@ class Provider {
   // declaration after the column name ("VARCHAR(50)", "INTEGER", "SERIAL" ...).
   virtual std::string ColumnTypeSql(const ColumnInfo& column) const = 0;
 
+  // Raises the store's own refusal when it takes no writes at all (a file
+  // that is only read): record sets call it at AddNew and field assignment.
+  virtual void CheckWritable() const {}
+
   // Forgets what the provider keeps about the shape of tables and results
   // (prepared statements with their columns, declared types): the schema may
   // have changed in a way the provider did not see.

@@ -534,6 +534,7 @@ void Recordset::SetFieldValue(std::size_t index, const Variant& value) {
 
 void Recordset::EnsureUpdatable() const {
   if (inMemory_) return;
+  if (lockType_ > adLockReadOnly && provider_) provider_->CheckWritable();
   if (lockType_ <= adLockReadOnly || !target_) NotUpdatable();
 }
 

@@ -1,14 +1,8 @@
 #include "platform/ado/file_engine/engine_ddl.h"
 
-#include <sqlite3.h>
-
 #include <cctype>
-#include <memory>
 
-#include "platform/ado/enums.h"
-#include "platform/ado/file_engine/sql_rewrite.h"
 #include "support/text.h"
-#include "support/vb_error.h"
 
 namespace ketrova::file_engine {
 
@@ -21,35 +15,6 @@ bool StartsWithWords(std::string_view sql, std::initializer_list<std::string_vie
     if (p < sql.size() && !std::isspace(static_cast<unsigned char>(sql[p]))) return false;
   }
   return true;
-}
-
-CreatedTable ParseCreateTable(const std::string& sql, const std::string& source) {
-  sqlite3* scratch = nullptr;
-  int rc = sqlite3_open(":memory:", &scratch);
-  std::unique_ptr<sqlite3, int (*)(sqlite3*)> guard(scratch, sqlite3_close);
-  if (rc != SQLITE_OK) throw VbError(ado::kErrGeneral, sqlite3_errstr(rc), source);
-  char* err = nullptr;
-  if (sqlite3_exec(scratch, RewriteFileSql(sql).c_str(), nullptr, nullptr, &err) != SQLITE_OK) {
-    std::string msg = err ? err : "CREATE TABLE";
-    sqlite3_free(err);
-    throw VbError(ado::kErrStatementRefused, msg, source);
-  }
-  CreatedTable table;
-  sqlite3_stmt* h = nullptr;
-  sqlite3_prepare_v2(scratch, "SELECT name FROM sqlite_master WHERE type = 'table'", -1, &h,
-                     nullptr);
-  if (sqlite3_step(h) == SQLITE_ROW)
-    table.name = reinterpret_cast<const char*>(sqlite3_column_text(h, 0));
-  sqlite3_finalize(h);
-  std::string pragma = "PRAGMA table_info(" + QuoteSqlIdentifier(table.name) + ")";
-  sqlite3_prepare_v2(scratch, pragma.c_str(), -1, &h, nullptr);
-  while (sqlite3_step(h) == SQLITE_ROW) {
-    const char* declared = reinterpret_cast<const char*>(sqlite3_column_text(h, 2));
-    table.columns.emplace_back(reinterpret_cast<const char*>(sqlite3_column_text(h, 1)),
-                               declared ? declared : "");
-  }
-  sqlite3_finalize(h);
-  return table;
 }
 
 }  // namespace ketrova::file_engine

@@ -1,9 +1,9 @@
 #include "platform/ado/providers/excel/excel_provider.h"
 
-
 #include <algorithm>
 #include <iostream>
 
+#include "platform/ado/file_engine/create_table.h"
 #include "platform/ado/file_engine/engine_access.h"
 #include "platform/ado/file_engine/engine_ddl.h"
 #include "platform/ado/providers/excel/excel_module.h"
@@ -102,7 +102,7 @@ std::string ExcelProvider::ColumnTypeSql(const ado::ColumnInfo& column) const {
 void ExcelProvider::CreateTable(const std::string& sql) {
   const auto created = file_engine::ParseCreateTable(sql, kSource);
   std::vector<std::string> columns;
-  for (const auto& [name, declared] : created.columns) columns.push_back(name);
+  for (const auto& column : created.columns) columns.push_back(column.name);
   const std::string& table = created.name;
   workbook_->CheckWritableFile();
   workbook_->CreateSheet(table, columns);

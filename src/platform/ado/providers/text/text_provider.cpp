@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <fstream>
 
+#include "platform/ado/file_engine/create_table.h"
 #include "platform/ado/file_engine/csv_module.h"
 #include "platform/ado/file_engine/csv_writer.h"
 #include "platform/ado/file_engine/engine_access.h"
@@ -98,13 +99,13 @@ std::string TextProvider::ColumnTypeSql(const ado::ColumnInfo& column) const {
 // CREATE TABLE writes a file holding the header line, and the columns' types
 // into schema.ini.
 void TextProvider::CreateTable(const std::string& sql) {
-  const auto created = file_engine::ParseCreateTable(sql, kSource);
-  const std::string& table = created.name;
+  const file_engine::DeclaredTable declared = file_engine::ParseCreateTable(sql, kSource);
+  const std::string& table = declared.name;
   file_engine::SchemaEntry entry;
-  for (const auto& [name, declared] : created.columns) {
+  for (const auto& c : declared.columns) {
     file_engine::SchemaColumn column;
-    column.name = name;
-    column.type = TypeOfDeclaration(declared, column.width);
+    column.name = c.name;
+    column.type = TypeOfDeclaration(c.declared, column.width);
     entry.columns.push_back(std::move(column));
   }
 

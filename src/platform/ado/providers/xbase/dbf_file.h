@@ -1,0 +1,71 @@
+// A dBase table (.dbf of dBase III and IV, FoxPro and Visual FoxPro) with its
+// memo file (.dbt, .fpt), read whole into memory and written back whole.
+//
+// Header, field descriptors and raw records go through shapelib's DBF API
+// (libshp); the field values, the memo files and the code page are handled
+// here, since shapelib knows neither memo files nor the binary FoxPro types.
+//
+// Field types read: C, N, F, D, L, M (memo in .dbt or .fpt), and FoxPro's I,
+// B, Y (currency), T (date-time), G and P (binary memo). Text is converted
+// from the code page of the header's language driver byte (CP437, CP850,
+// CP1252 and a few more; CP437 when the byte is 0) to UTF-8. Deleted
+// records are skipped and dropped when the file is written again.
+//
+// Failures raise VbError kErrGeneral with a German text naming the file: a
+// file too short for its header's record count, a record length that does
+// not fit the fields, an unknown field type, a missing memo file, a value
+// that does not fit its field or its code page. Nothing is written to a file
+// that was not read completely.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "platform/ado/provider.h"
+#include "support/variant.h"
+
+namespace ketrova::xbase_provider {
+
+struct DbfField {
+  std::string name;
+  char type = 'C';
+  int width = 0;
+  int decimals = 0;
+  ado::ColumnInfo info;  // as Jet reports the field
+};
+
+class DbfFile {
+ public:
+  // Reads the whole table. Raises kErrGeneral (see above).
+  static DbfFile Read(const std::filesystem::path& file);
+  // A new, empty table of dBase III (with a .dbt memo file when a field is M)
+  // in code page 1252.
+  static DbfFile Create(const std::filesystem::path& file, std::vector<DbfField> fields);
+
+  const std::filesystem::path& file() const { return file_; }
+  const std::vector<DbfField>& fields() const { return fields_; }
+  std::vector<ado::Row>& rows() { return rows_; }
+  const std::vector<ado::Row>& rows() const { return rows_; }
+
+  // Checks a row against the fields (lengths, numbers, code page); raises
+  // kErrStatementRefused naming the field. Write checks every row again.
+  void Check(const ado::Row& row) const;
+  // Writes the table and its memo file through temporary files renamed over
+  // the originals.
+  void Write() const;
+
+ private:
+  std::filesystem::path file_;
+  std::vector<DbfField> fields_;
+  std::vector<ado::Row> rows_;
+  int version_ = 0x03;
+  int languageDriver_ = 0x03;
+  std::string codePage_ = "CP1252";
+};
+
+// The ADO description of a dBase field type, as Jet reports it.
+ado::ColumnInfo DescribeDbfField(const std::string& name, char type, int width, int decimals);
+
+}  // namespace ketrova::xbase_provider

@@ -1,0 +1,215 @@
+#include "platform/ado/providers/xbase/xbase_provider.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iostream>
+#include <regex>
+
+#include "platform/ado/file_engine/create_table.h"
+#include "platform/ado/file_engine/engine_access.h"
+#include "platform/ado/file_engine/sql_rewrite.h"
+#include "platform/ado/providers/xbase/dbf_module.h"
+#include "support/text.h"
+#include "support/vb_error.h"
+
+namespace ketrova::xbase_provider {
+
+namespace {
+
+constexpr const char* kSource = "Ketrova.xBase";
+
+bool IsDbf(const std::filesystem::path& p) {
+  return AsciiUpper(p.extension().string()) == ".DBF";
+}
+
+// The file name a new table gets: "." and blanks would confuse readers that
+// take the name up to the first "." as the table's.
+std::string FileStemOf(std::string name) {
+  for (char& c : name)
+    if (c == '.' || c == ' ') c = '_';
+  return name;
+}
+
+std::string FirstWords(std::string_view sql) {
+  std::string out;
+  std::size_t i = 0;
+  for (int words = 0; words < 2; ++words) {
+    while (i < sql.size() && std::isspace(static_cast<unsigned char>(sql[i]))) ++i;
+    while (i < sql.size() && std::isalpha(static_cast<unsigned char>(sql[i])))
+      out.push_back(static_cast<char>(std::toupper(static_cast<unsigned char>(sql[i++]))));
+    out.push_back(' ');
+  }
+  return out;
+}
+
+// The field a declared engine type gives in a new dBase III table.
+DbfField FieldOf(const std::string& name, std::string declared) {
+  int width = 0;
+  if (auto paren = declared.find('('); paren != std::string::npos) {
+    width = std::atoi(declared.c_str() + paren + 1);
+    declared.resize(paren);
+  }
+  declared = AsciiUpper(declared);
+  while (!declared.empty() && declared.back() == ' ') declared.pop_back();
+  DbfField f;
+  f.name = name;
+  if (declared == "INTEGER" || declared == "LONG" || declared == "SHORT" || declared == "BYTE")
+    f.type = 'N', f.width = 11;
+  else if (declared == "DOUBLE" || declared == "SINGLE" || declared == "FLOAT")
+    f.type = 'N', f.width = 20, f.decimals = 8;
+  else if (declared == "CURRENCY")
+    f.type = 'N', f.width = 20, f.decimals = 4;
+  else if (declared == "DATETIME" || declared == "DATE")
+    f.type = 'D', f.width = 8;
+  else if (declared == "BIT")
+    f.type = 'L', f.width = 1;
+  else if (declared == "MEMO")
+    f.type = 'M', f.width = 10;
+  else
+    f.type = 'C', f.width = width > 0 && width <= 254 ? width : 254;
+  return f;
+}
+
+// A table's alias that holds a "." (the target of a job on a table named
+// after a file, "FROM [orte.csv] orte.csv") in brackets, so that the
+// engine reads it as one name.
+std::string QuoteDottedAliases(const std::string& sql) {
+  static const std::regex alias(R"((\]\s+)([^\s\[\]"'.,()]+\.[^\s\[\]"',()]+))");
+  return std::regex_replace(sql, alias, "$1[$2]");
+}
+
+}  // namespace
+
+void RegisterXbaseProvider() {
+  ado::RegisterProvider(ado::ProviderKind::kXbase, [](const ado::ConnectionSpec& spec) {
+    return std::unique_ptr<ado::Provider>(std::make_unique<XbaseProvider>(spec));
+  });
+}
+
+XbaseProvider::XbaseProvider(const ado::ConnectionSpec& spec) {
+  std::string folder = spec.dataSource;
+  std::replace(folder.begin(), folder.end(), '\\', '/');
+  while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+  folder_ = folder;
+  std::error_code ec;
+  if (folder.empty() || !std::filesystem::is_directory(folder_, ec)) {
+    throw VbError(ado::kErrGeneral,
+                  "Der Ordner '" + spec.dataSource + "' der dBase-Tabellen wurde nicht gefunden",
+                  kSource);
+  }
+  engine_ = std::make_unique<file_engine::FileEngine>(
+      [this](const std::string& name) -> std::optional<file_engine::TableSource> {
+        auto file = FileOf(name);
+        if (file.empty()) return std::nullopt;
+        return file_engine::TableSource{kDbfModuleName, {file.string()}};
+      },
+      kSource);
+  loader_ = [this](const std::string& file) -> LoadedTable& {
+    auto key = AsciiUpper(file);
+    auto it = tables_.find(key);
+    if (it == tables_.end()) {
+      auto loaded = std::make_unique<LoadedTable>(LoadedTable{DbfFile::Read(file), {}, false});
+      loaded->live.assign(loaded->file.rows().size(), true);
+      it = tables_.emplace(key, std::move(loaded)).first;
+    }
+    return *it->second;
+  };
+  RegisterDbfModule(engine_->db(), &loader_);
+}
+
+XbaseProvider::~XbaseProvider() {
+  try {
+    Flush();
+  } catch (const VbError& e) {
+    // A destructor cannot raise: the failure is reported where it is seen.
+    std::cerr << e.Description << "\n";
+  }
+}
+
+void XbaseProvider::Flush() {
+  for (auto& [key, table] : tables_) {
+    if (!table->changed) continue;
+    auto& rows = table->file.rows();
+    std::vector<ado::Row> kept;
+    for (std::size_t i = 0; i < rows.size(); ++i)
+      if (table->live[i]) kept.push_back(rows[i]);
+    DbfFile out = table->file;
+    out.rows() = std::move(kept);
+    out.Write();
+    table->changed = false;
+  }
+}
+
+std::filesystem::path XbaseProvider::FileOf(const std::string& name) const {
+  std::string wanted = AsciiUpper(name);
+  std::string sanitized = AsciiUpper(FileStemOf(name));
+  std::error_code ec;
+  for (const auto& entry : std::filesystem::directory_iterator(folder_, ec)) {
+    const auto& p = entry.path();
+    if (!IsDbf(p)) continue;
+    const std::string stem = AsciiUpper(p.stem().string());
+    if (stem == wanted || stem == sanitized || AsciiUpper(p.filename().string()) == wanted)
+      return p;
+  }
+  return {};
+}
+
+ado::ExecuteResult XbaseProvider::Execute(const std::string& sql, std::span<const Variant> params,
+                                          std::int64_t maxRows) {
+  if (FirstWords(sql) == "CREATE TABLE ") {
+    CreateTable(sql);
+    ado::ExecuteResult result;
+    result.rowsAffected = 0;
+    return result;
+  }
+  return file_engine::ExecuteStatement(*engine_, QuoteDottedAliases(sql), params, maxRows);
+}
+
+std::vector<ado::TableInfo> XbaseProvider::Tables() {
+  std::vector<std::string> names;
+  std::error_code ec;
+  for (const auto& entry : std::filesystem::directory_iterator(folder_, ec))
+    if (IsDbf(entry.path())) names.push_back(entry.path().stem().string());
+  std::sort(names.begin(), names.end());
+  std::vector<ado::TableInfo> out;
+  for (auto& n : names) out.push_back({"", "", std::move(n), "TABLE"});
+  return out;
+}
+
+std::vector<ado::ColumnInfo> XbaseProvider::TableColumns(const std::string& table) {
+  auto file = FileOf(table);
+  if (file.empty()) {
+    throw VbError(ado::kErrUnknownTable, "Die Tabelle '" + table + "' wurde nicht gefunden",
+                  kSource);
+  }
+  std::vector<ado::ColumnInfo> out;
+  for (const auto& f : loader_(file.string()).file.fields()) out.push_back(f.info);
+  return out;
+}
+
+std::string XbaseProvider::ColumnTypeSql(const ado::ColumnInfo& column) const {
+  return file_engine::EngineTypeSql(column.type);
+}
+
+// CREATE TABLE gives an empty dBase III file at once.
+void XbaseProvider::CreateTable(const std::string& sql) {
+  const file_engine::DeclaredTable declared = file_engine::ParseCreateTable(sql, kSource);
+  const std::string& table = declared.name;
+  if (!FileOf(table).empty()) {
+    throw VbError(ado::kErrStatementRefused, "Die Tabelle '" + table + "' existiert bereits",
+                  kSource);
+  }
+  std::vector<DbfField> fields;
+  for (const auto& c : declared.columns) {
+    if (c.name.size() > 10) {
+      throw VbError(ado::kErrStatementRefused,
+                    "Der Feldname '" + c.name + "' ist für dBase länger als 10 Zeichen", kSource);
+    }
+    fields.push_back(FieldOf(c.name, c.declared));
+  }
+  auto file = folder_ / (FileStemOf(table) + ".dbf");
+  DbfFile::Create(file, std::move(fields)).Write();
+  engine_->ForgetTable(table);
+}
+
+}  // namespace ketrova::xbase_provider

@@ -1,0 +1,74 @@
+// The xBase provider: a folder of dBase tables as a store, opened by
+// "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=<folder>;Extended
+// Properties=Paradox 5.x" (or "dBase ..."), and by an ODBC data source whose
+// driver is a Paradox or dBase driver, on its DBQ folder.
+//
+// Every .dbf file of the folder is a table named by its file name without the
+// extension. A table is read whole when a statement first names it
+// (dbf_file.h) and served to the file SQL engine as a virtual table of the
+// module "ketrova_dbf"; INSERT, UPDATE and DELETE change that copy, so that
+// later statements see them, and each changed table is written back when the
+// connection closes. CREATE TABLE writes a new dBase III file at once: TEXT(n)
+// gives C(n) (C(254) without a size), INTEGER N(11), DOUBLE N(20,8), CURRENCY
+// N(20,4), DATETIME D, BIT L, MEMO M; "." and blanks in a name become "_" in
+// the file name.
+//
+// RegisterXbaseProvider() must be called once at program start.
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "platform/ado/file_engine/file_engine.h"
+#include "platform/ado/provider.h"
+#include "platform/ado/providers/xbase/dbf_file.h"
+#include "platform/ado/providers/xbase/dbf_module.h"
+
+namespace ketrova::xbase_provider {
+
+void RegisterXbaseProvider();
+
+// One table as the engine sees it: the file's rows, those deleted marked.
+struct LoadedTable {
+  DbfFile file;
+  std::vector<bool> live;
+  bool changed = false;
+};
+
+class XbaseProvider : public ado::Provider {
+ public:
+  // Raises VbError kErrGeneral when the folder does not exist.
+  explicit XbaseProvider(const ado::ConnectionSpec& spec);
+  // Writes the tables that changed.
+  ~XbaseProvider() override;
+
+  std::string Dialect() const override { return "xbase"; }
+  std::string IdentifierQuote() const override { return "["; }
+
+  ado::ExecuteResult Execute(const std::string& sql, std::span<const Variant> params = {},
+                             std::int64_t maxRows = 0) override;
+  void BeginTrans() override {}
+  void CommitTrans() override {}
+  void RollbackTrans() override {}
+
+  std::vector<ado::TableInfo> Tables() override;
+  std::vector<ado::ColumnInfo> TableColumns(const std::string& table) override;
+  std::vector<ado::IndexInfo> TableIndexes(const std::string&) override { return {}; }
+  std::string ColumnTypeSql(const ado::ColumnInfo& column) const override;
+
+  // Writes every changed table now. Raises kErrGeneral.
+  void Flush();
+
+ private:
+  std::filesystem::path FileOf(const std::string& name) const;
+  void CreateTable(const std::string& sql);
+
+  std::filesystem::path folder_;
+  std::map<std::string, std::unique_ptr<LoadedTable>> tables_;  // by upper-case file path
+  TableLoader loader_;  // reads a table on first use; the module's way to tables_
+  std::unique_ptr<file_engine::FileEngine> engine_;
+};
+
+}  // namespace ketrova::xbase_provider

@@ -1,0 +1,193 @@
+// The xBase provider on dBase files that python3-dbf (an independent writer
+// and reader) makes and checks: every field type read, new tables and
+// changed rows written so that python3-dbf reads them back.
+#include "platform/ado/providers/xbase/xbase_provider.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+
+#include "platform/ado/command_output.h"
+#include "platform/ado/connection.h"
+#include "platform/ado/enums.h"
+#include "platform/ado/fields.h"
+#include "platform/ado/recordset.h"
+#include "platform/ado/text/temp_folder.h"
+#include "platform/ado/value_text.h"
+#include "support/vb_error.h"
+
+namespace ketrova::xbase_provider {
+namespace {
+
+using ado::Connection;
+
+// Two tables in python3-dbf's own formats: dBase III with a .dbt memo file
+// in code page 1252 (one record deleted, not packed), and Visual FoxPro with
+// its binary types and a .fpt memo file in code page 850.
+constexpr const char* kMakeTables = R"(
+import dbf, datetime
+t = dbf.Table('kunden.dbf', 'nr N(5,0); name C(30); betrag N(10,2); seit D; aktiv L; notiz M',
+              dbf_type='db3', codepage='cp1252')
+t.open(dbf.READ_WRITE)
+t.append((1, 'Müller', 12.5, datetime.date(2002, 12, 31), True, 'Zeile 1\r\nZeile 2 äöü'))
+t.append((2, 'Weg damit', 1, None, None, None))
+t.append((3, 'Köln', -7.25, None, False, None))
+dbf.delete(t[1])
+t.close()
+t = dbf.Table('fox.dbf', 'nr I; preis Y; wann T; wert B; name C(10); notiz M',
+              dbf_type='vfp', codepage='cp850')
+t.open(dbf.READ_WRITE)
+t.append((7, 12.25, datetime.datetime(2020, 2, 29, 13, 45, 10), 3.25, 'Straße', 'Memo ü'))
+t.close()
+)";
+
+class XbaseProviderTest : public testing::TempFolderTest {
+ protected:
+  void SetUp() override {
+    TempFolderTest::SetUp();
+    RegisterXbaseProvider();
+  }
+
+  // Runs python3 with dbf on a script in the test's folder; answers stdout.
+  std::string Python(const std::string& script) {
+    Write("skript.py", script);
+    std::string command = "cd '" + folder_.string() + "' && /usr/bin/python3 skript.py 2>&1";
+    int status = -1;
+    std::string out = testing::CommandOutput(command, &status);
+    EXPECT_EQ(status, 0) << out;
+    return out;
+  }
+
+  std::shared_ptr<Connection> Open() {
+    auto db = std::make_shared<Connection>();
+    db->Open("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + folder_.string() +
+             ";Extended Properties=Paradox 5.x;");
+    return db;
+  }
+
+  static std::vector<std::string> Rows(Connection& db, const std::string& sql) {
+    std::vector<std::string> rows;
+    auto rs = db.Execute(sql);
+    for (; !rs->Eof(); rs->MoveNext()) {
+      std::string row;
+      for (std::int32_t i = 0; i < rs->GetFields().Count(); ++i) {
+        Variant v = rs->GetFields().Item(i).Value();
+        if (i > 0) row += "|";
+        row += v.IsNull() ? "Null" : v.ToText();
+      }
+      rows.push_back(row);
+    }
+    return rows;
+  }
+};
+
+TEST_F(XbaseProviderTest, ReadsEveryFieldTypeOfDbaseAndFoxProFiles) {
+  Python(kMakeTables);
+  auto db = Open();
+  auto rs = db->OpenSchema(ado::adSchemaTables);
+  std::vector<std::string> tables;
+  for (; !rs->Eof(); rs->MoveNext())
+    tables.push_back(rs->GetFields().Item("TABLE_NAME").Value().ToText());
+  EXPECT_EQ(tables, (std::vector<std::string>{"fox", "kunden"}));
+
+  auto kunden = db->Execute("SELECT * FROM [kunden]");
+  auto& f = kunden->GetFields();
+  EXPECT_EQ(f.Item("NAME").Type(), ado::adVarWChar);
+  EXPECT_EQ(f.Item("NAME").DefinedSize(), 30);
+  EXPECT_EQ(f.Item("BETRAG").Type(), ado::adDouble);
+  EXPECT_EQ(f.Item("SEIT").Type(), ado::adDate);
+  EXPECT_EQ(f.Item("AKTIV").Type(), ado::adBoolean);
+  EXPECT_EQ(f.Item("NOTIZ").Type(), ado::adLongVarWChar);
+  // The deleted record is skipped; code page 1252 becomes UTF-8.
+  EXPECT_EQ(Rows(*db, "SELECT * FROM [kunden]"),
+            (std::vector<std::string>{"1|Müller|12,5|31.12.2002|Wahr|Zeile 1\r\nZeile 2 äöü",
+                                      "3|Köln|-7,25|Null|Falsch|Null"}));
+  EXPECT_EQ(Rows(*db, "SELECT [NR], [PREIS], [WANN], [WERT], [NAME], [NOTIZ] FROM [fox]"),
+            (std::vector<std::string>{"7|12,25|29.02.2020 13:45:10|3,25|Straße|Memo ü"}));
+  auto fox = db->Execute("SELECT * FROM [fox]");
+  EXPECT_EQ(fox->GetFields().Item("NR").Type(), ado::adInteger);
+  EXPECT_EQ(fox->GetFields().Item("PREIS").Type(), ado::adCurrency);
+  EXPECT_EQ(fox->GetFields().Item("WANN").Type(), ado::adDate);
+}
+
+TEST_F(XbaseProviderTest, NewTableAndChangedRowsAreWrittenForOtherReaders) {
+  Python(kMakeTables);
+  {
+    auto db = Open();
+    db->Execute("CREATE TABLE [Neu.Liste] ([Nr] TEXT, [Name] TEXT(20), [Betrag] DOUBLE)");
+    db->Execute("INSERT INTO [Neu.Liste] ([Nr], [Name], [Betrag]) VALUES ('1', 'Bäcker', 2.5)");
+    db->Execute("INSERT INTO [Neu.Liste] ([Nr], [Name], [Betrag]) VALUES ('2', 'Öl', NULL)");
+    // Update and delete by key, the memo of another row kept.
+    db->Execute("UPDATE [kunden] SET [NAME] = 'Kölner Dom' WHERE [NR] = 3");
+    db->Execute("INSERT INTO [kunden] ([NR], [NAME], [NOTIZ]) VALUES (4, 'Neu', 'lang ü')");
+    EXPECT_EQ(Rows(*db, "SELECT [Nr], [Name] FROM [Neu.Liste]"),
+              (std::vector<std::string>{"1|Bäcker", "2|Öl"}));
+    // Too long for its field: refused, nothing changed.
+    EXPECT_THROW(db->Execute("UPDATE [kunden] SET [NAME] = '" + std::string(31, 'x') + "'"),
+                 VbError);
+  }  // closing writes the files
+  EXPECT_TRUE(std::filesystem::exists(Path("Neu_Liste.dbf")));
+  std::string out = Python(R"(
+import dbf
+for name in ('Neu_Liste.dbf', 'kunden.dbf'):
+    t = dbf.Table(name)
+    t.open()
+    for r in t:
+        print('|'.join(str(v).strip() if v is not None else 'None' for v in r))
+    t.close()
+)");
+  EXPECT_EQ(out,
+            "1|Bäcker|2.5\n"
+            "2|Öl|None\n"
+            "1|Müller|12.5|2002-12-31|True|Zeile 1\r\nZeile 2 äöü\n"
+            "3|Kölner Dom|-7.25|None|False|\n"
+            "4|Neu|None|None|None|lang ü\n");
+  auto db = Open();
+  EXPECT_EQ(Rows(*db, "SELECT [NR], [NAME] FROM [kunden]"),
+            (std::vector<std::string>{"1|Müller", "3|Kölner Dom", "4|Neu"}));
+}
+
+TEST_F(XbaseProviderTest, DamagedFilesFailNamingTheFileAndStayUntouched) {
+  Python(kMakeTables);
+  std::string good = Read("kunden.dbf");
+  auto expectFails = [&](const std::string& what) {
+    auto db = Open();
+    try {
+      db->Execute("SELECT * FROM [kunden]");
+      ADD_FAILURE() << what;
+    } catch (const VbError& e) {
+      EXPECT_NE(e.Description.find("Die dBase-Datei '" + Path("kunden.dbf").string() + "' " + what),
+                std::string::npos)
+          << e.Description;
+    }
+  };
+  Write("kunden.dbf", good.substr(0, good.size() - 100));
+  expectFails("ist unvollständig: der Kopf nennt 3 Datensätze, die Datei hält 1");
+  std::string unknown = good;
+  unknown[32 + 11] = 'Q';  // the type of the first field
+  Write("kunden.dbf", unknown);
+  expectFails("hat im Feld 'NR' den unbekannten Feldtyp 'Q'");
+  Write("kunden.dbf", good);
+  std::filesystem::remove(Path("kunden.dbt"));
+  expectFails("hat Memofelder, aber ihre Memodatei (.dbt) fehlt");
+  EXPECT_EQ(Read("kunden.dbf"), good);
+}
+
+TEST_F(XbaseProviderTest, OdbcDataSourcesOfParadoxAndDbaseDriversOpenTheFolder) {
+  Python(kMakeTables);
+  for (const std::string driver :
+       {"Driver={Microsoft dBase Driver (*.dbf)}", "DSN=Alt;FIL=Paradox 5.X",
+        "Driver={Microsoft Paradox Driver (*.db )}"}) {
+    auto spec = ado::ParseConnection("Provider=MSDASQL.1;Extended Properties=\"" + driver +
+                                     ";DBQ=" + folder_.string() + "\"");
+    EXPECT_EQ(spec.kind, ado::ProviderKind::kXbase) << driver;
+    EXPECT_EQ(spec.dataSource, folder_.string()) << driver;
+  }
+  auto db = std::make_shared<Connection>();
+  db->Open("ODBC;Driver={Microsoft dBase Driver (*.dbf)};DBQ=" + folder_.string());
+  EXPECT_EQ(Rows(*db, "SELECT COUNT(*) FROM [kunden]"), (std::vector<std::string>{"2"}));
+}
+
+}  // namespace
+}  // namespace ketrova::xbase_provider
