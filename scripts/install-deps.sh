@@ -14,6 +14,8 @@ packages=(
   unixodbc unixodbc-dev libsqliteodbc odbc-postgresql odbc-mariadb tdsodbc
   # throwaway database servers for the server tests
   postgresql mariadb-server mariadb-client
+  # independent writers and readers of vCard folders for the contact store tests
+  python3-vobject khard
   # locales for the regional-settings tests
   locales
   # the desktop: Qt 6 Widgets (its GIF, JPEG and offscreen plug-ins come with
