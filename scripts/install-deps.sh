@@ -22,6 +22,8 @@ packages=(
   postgresql mariadb-server mariadb-client
   # the peers of the conversion benchmark (scripts/bench.sh) and its clock
   gdal-bin time
+  # independent writers and readers of vCard folders for the contact store tests
+  python3-vobject khard
   # locales for the regional-settings tests
   locales
   # the desktop: Qt 6 Widgets (its GIF, JPEG and offscreen plug-ins come with

@@ -9,6 +9,7 @@
 #include "platform/ado/connection.h"
 #include "platform/ado/recordset.h"
 #include "stores/odbc_sources.h"
+#include "stores/outlook/outlook.h"
 #include "support/files.h"
 #include "support/text.h"
 

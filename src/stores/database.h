@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <pugixml.hpp>
@@ -26,6 +27,7 @@ class Recordset;
 
 class CConverter;
 class CJob;
+class COutLook;
 class LabelControl;
 class ListControl;
 class ProgressBarControl;
@@ -159,6 +161,14 @@ class CDatabase {
   void DatabaseObjectsToList(ListControl& objList, std::int32_t inType);
   // Run on the source: replaces all jobs by one per catalogue object.
   void CopyDataBaseObjectsToJobs();
+  // The contact-store adapter while an Outlook store is open, else null.
+  COutLook* OutLook() const { return m_OutLook.get(); }
+  // Where an Outlook store reports a record whose contact could not be saved
+  // (the adapter's RecordToItem answering False): the failure's text and the
+  // record. The run's reject file is meant to hear of it; nothing else of the
+  // run changes. Handed to each adapter when the store opens.
+  std::function<void(const std::string& szError, ado::Recordset& objRecord)> OnOutlookRecordRefused;
+
   // Fills the destination columns of the job from the first folder.
   void CopyOutlookObjectsToTargetJobs(CJob& objJob, bool bShowWorkForm = false,
                                       ProgressBarControl* ProgressBar = nullptr);
@@ -185,7 +195,7 @@ class CDatabase {
   std::string refusedWrite_;
   std::int32_t errorNumber_ = 0;
   bool active_ = false;
-  bool outlookOpen_ = false;  // stands for the mail client's session
+  std::unique_ptr<COutLook> m_OutLook;  // exists only while an Outlook store is open
   bool onTransaction_ = false;
   std::string colBracketLeft_;
   std::string colBracketRight_;

@@ -19,6 +19,7 @@
 #include "platform/ado/recordset.h"
 #include "platform/ui/ui_helpers.h"
 #include "stores/database.h"
+#include "stores/outlook/outlook.h"
 #include "support/files.h"
 #include "support/registry.h"
 #include "support/system.h"
@@ -86,7 +87,7 @@ std::string CDatabase::SQLiteFileProblem() const {
 }
 
 bool CDatabase::Active() const {
-  return DatabaseType == dbtOutlook ? outlookOpen_ : active_;
+  return DatabaseType == dbtOutlook ? m_OutLook != nullptr : active_;
 }
 
 void CDatabase::SetActive(bool value) {
@@ -137,21 +138,20 @@ void CDatabase::Open() {
 
 void CDatabase::Close() {
   if (DatabaseType == dbtOutlook)
-    outlookOpen_ = false;
+    m_OutLook.reset();
   else
     CloseConnection(Connection.get());
   active_ = false;
 }
 
 void CDatabase::OpenOutlook() {
-  // Without a contact store adapter the mail client counts as missing: that
-  // is reported, and the store reads as open with no folders.
-  outlookOpen_ = true;
-  if (!Converter) return;
-  Converter->FireDebugEvent("Outlook öffnen");
-  Err().Set(VbError(429, {}, "Outlook.Application"));
-  Converter->FireErrorEvent(BuildErrorText(1, std::string(), std::string()));
-  Err().Clear();
+  // A new adapter at each open; its text result is not looked at (a missing
+  // contact root is reported through the error event), and the store reads
+  // as open since the adapter exists.
+  m_OutLook = std::make_unique<COutLook>();
+  m_OutLook->Converter = Converter;
+  m_OutLook->RecordRefused = OnOutlookRecordRefused;
+  m_OutLook->OpenConnection();
 }
 
 void CDatabase::SetColBrackets() {
@@ -226,23 +226,25 @@ std::string CDatabase::RecordSetOpen(std::shared_ptr<ado::Recordset>& objRS,
   }
 }
 
-std::string CDatabase::OpenOutlookRecordset(const std::string&, std::int32_t,
+std::string CDatabase::OpenOutlookRecordset(const std::string& szObjectName,
+                                            std::int32_t inRecordCount,
                                             std::shared_ptr<ado::Recordset>& objRS,
-                                            const std::string&) {
-  // No folder can be read without the adapter: an empty record set.
+                                            const std::string& szSQL) {
   if (!objRS) objRS = std::make_shared<ado::Recordset>();
-  if (objRS->State() == ado::adStateClosed) objRS->Open();
-  return {};
+  if (!m_OutLook) throw VbError(91, {}, "Database");
+  return m_OutLook->RecordSetOpen(szObjectName, inRecordCount, objRS, 2, szSQL, "", true);
 }
 
 std::string CDatabase::RecordSetClose(std::shared_ptr<ado::Recordset>& objRS) {
-  if (DatabaseType == dbtOutlook || DatabaseType == dbtXML) return {};
+  if (DatabaseType == dbtOutlook) return m_OutLook ? m_OutLook->RecordSetClose() : std::string();
+  if (DatabaseType == dbtXML) return {};
   CloseRecordset(objRS.get());
   return {};
 }
 
 bool CDatabase::RecordsetEOF() {
-  if (DatabaseType == dbtOutlook || DatabaseType == dbtText || DatabaseType == dbtXML) return false;
+  if (DatabaseType == dbtOutlook) return m_OutLook && m_OutLook->Eof();
+  if (DatabaseType == dbtText || DatabaseType == dbtXML) return false;
   try {
     return Recordset->Eof();
   } catch (...) {
@@ -252,8 +254,12 @@ bool CDatabase::RecordsetEOF() {
 }
 
 bool CDatabase::RecordsetMoveNext() {
-  if (DatabaseType == dbtOutlook || DatabaseType == dbtText || DatabaseType == dbtXML) return false;
+  if (DatabaseType == dbtText || DatabaseType == dbtXML) return false;
   try {
+    if (DatabaseType == dbtOutlook) {
+      if (m_OutLook) m_OutLook->OutlookRSMoveNext();
+      return false;
+    }
     Recordset->MoveNext();
   } catch (...) {
   }
@@ -261,16 +267,19 @@ bool CDatabase::RecordsetMoveNext() {
 }
 
 std::int32_t CDatabase::RecordsetRecordCount() {
-  if (DatabaseType == dbtOutlook || DatabaseType == dbtText || DatabaseType == dbtXML) return 0;
+  if (DatabaseType == dbtText || DatabaseType == dbtXML) return 0;
   try {
+    if (DatabaseType == dbtOutlook) return m_OutLook ? m_OutLook->RecordCount() : 0;
     return Recordset->RecordCount();
   } catch (...) {
     return 0;
   }
 }
 
-std::string CDatabase::CreateObject(const std::string&, const std::string& szSQL) {
-  if (DatabaseType == dbtOutlook || DatabaseType == dbtText || DatabaseType == dbtXML) return {};
+std::string CDatabase::CreateObject(const std::string& szObjectName, const std::string& szSQL) {
+  if (DatabaseType == dbtOutlook)
+    return m_OutLook ? m_OutLook->CreateFolder(szObjectName) : std::string();
+  if (DatabaseType == dbtText || DatabaseType == dbtXML) return {};
   try {
     if (!szSQL.empty()) Connection->Execute(szSQL, nullptr, -1);
     return {};
@@ -279,15 +288,21 @@ std::string CDatabase::CreateObject(const std::string&, const std::string& szSQL
   }
 }
 
-std::string CDatabase::DeleteRecords(const std::string&, const std::string& szSQL) {
-  if (DatabaseType == dbtOutlook || DatabaseType == dbtXML) return {};
+std::string CDatabase::DeleteRecords(const std::string& szObjectName, const std::string& szSQL) {
+  if (DatabaseType == dbtOutlook)
+    return m_OutLook ? m_OutLook->DeleteItems(szObjectName, szSQL, 2) : std::string();
+  if (DatabaseType == dbtXML) return {};
   std::string result = ExecuteSQL(*Connection, szSQL);
   return ReplaceAll(result, "\\n", "\r\n");
 }
 
 bool CDatabase::ObjectExists(const std::string& szObjectName) {
-  if (DatabaseType == dbtOutlook || DatabaseType == dbtXML) return false;
+  if (DatabaseType == dbtXML) return false;
   try {
+    if (DatabaseType == dbtOutlook) {
+      bool bFound = false;
+      return m_OutLook && m_OutLook->FindObject(nullptr, szObjectName, 2, bFound) != nullptr;
+    }
     ado::RecordsetPtr schema = Connection->OpenSchema(ado::adSchemaTables);
     for (; !schema->Eof(); schema->MoveNext())
       if (IsEqual(schema->GetFields().Item("TABLE_NAME").Value().ToText(), szObjectName))
@@ -298,10 +313,17 @@ bool CDatabase::ObjectExists(const std::string& szObjectName) {
   return false;
 }
 
-void CDatabase::RecordSetWrite(std::shared_ptr<ado::Recordset>& objRS, std::string&,
+void CDatabase::RecordSetWrite(std::shared_ptr<ado::Recordset>& objRS, std::string& szOutlookError,
                                std::string& szError) {
   szError.clear();
-  if (DatabaseType == dbtOutlook) return;
+  if (DatabaseType == dbtOutlook) {
+    // szError goes in as the adapter's filter, which it does not use.
+    if (m_OutLook)
+      m_OutLook->RecordSetUpdate(objRS, szOutlookError, szError);
+    else
+      szOutlookError = "Outlook ist nicht geöffnet.";
+    return;
+  }
   try {
     objRS->Update();
     objRS->UpdateBatch(ado::adAffectAll);

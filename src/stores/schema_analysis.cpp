@@ -13,6 +13,7 @@
 #include "stores/database.h"
 #include "stores/field_types.h"
 #include "stores/list_controls.h"
+#include "stores/outlook/outlook.h"
 #include "support/text.h"
 #include "support/vb_error.h"
 
@@ -37,15 +38,6 @@ void ShowStep(bool bShowWorkForm, LabelControl* label, const std::string& text) 
 void ShowProgress(bool bShowWorkForm, ProgressBarControl* bar, double max, double value) {
   if (bShowWorkForm) WorkFormProgress(1, max, value);
   if (bar) bar->SetValue(value);
-}
-
-// The folder list of a store without a mail client: the schema's shape, no rows.
-ado::RecordsetPtr EmptySchema() {
-  auto rs = std::make_shared<ado::Recordset>();
-  rs->GetFields().Append("TABLE_NAME", ado::adWChar, 50, ado::adFldIsNullable);
-  rs->GetFields().Append("TABLE_TYPE", ado::adWChar, 50, ado::adFldIsNullable);
-  rs->Open();
-  return rs;
 }
 
 std::string FieldText(ado::Recordset& rs, const char* name) {
@@ -80,8 +72,19 @@ std::string CDatabase::Reload(bool bShowWorkForm, bool bShowErrors,
     if (DatabaseType != dbtOutlook && Connection) Connection->ForgetTableShapes();
     ui::ShowHourglass(true);
     szStep = "Öffne Datenbankschema";
-    Recordset =
-        DatabaseType == dbtOutlook ? EmptySchema() : Connection->OpenSchema(ado::adSchemaTables);
+    if (DatabaseType == dbtOutlook) {
+      std::string szError;
+      if (!m_OutLook) throw VbError(91, {}, "Database");
+      Recordset = m_OutLook->OpenSchema(2, szError);
+      if (!szError.empty()) {
+        ui::ShowHourglass(false);
+        CloseRecordset(Recordset.get());
+        if (bShowWorkForm) WorkFormClose();
+        return szError;
+      }
+    } else {
+      Recordset = Connection->OpenSchema(ado::adSchemaTables);
+    }
     std::int32_t count = Recordset->RecordCount();
     if (count == -1 && DatabaseType != dbtOutlook) count = 1000;
     if (bShowWorkForm) WorkFormOpen("Datenbank wird analysiert", "", "", 1, count, 1);

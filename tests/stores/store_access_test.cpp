@@ -136,27 +136,6 @@ TEST_F(StoreAccessTest, RecordInterfaceWritesReadsAndDeletes) {
   EXPECT_EQ(store.CreateObject("x", ""), "");
 }
 
-TEST_F(StoreAccessTest, AnOutlookStoreWithoutMailClientOpensEmpty) {
-  std::vector<std::string> errors;
-  project.ErrorEvent = [&](const std::string& text) { errors.push_back(text); };
-  CDatabase& store = project.SourceDataBase();
-  store.DatabaseType = dbtOutlook;
-  store.SetActive(true);
-  EXPECT_TRUE(store.Active());
-  EXPECT_EQ(store.ErrorNumber(), 0);
-  ASSERT_EQ(errors.size(), 1u);
-  EXPECT_NE(errors[0].find("Fehler Nr.: 429"), std::string::npos) << errors[0];
-  EXPECT_EQ(store.Reload(), "");
-  EXPECT_EQ(store.Objects().Count(), 0);
-  std::shared_ptr<ado::Recordset> rs;
-  EXPECT_EQ(store.RecordSetOpen(rs, "", "Kontakte", 1, 0, 1), "");
-  ASSERT_TRUE(rs);
-  EXPECT_TRUE(rs->Eof());
-  EXPECT_FALSE(store.ObjectExists("Kontakte"));
-  store.SetActive(false);
-  EXPECT_FALSE(store.Active());
-}
-
 TEST_F(StoreAccessTest, TransactionsUndoAndKeep) {
   CDatabase& store = project.DestDataBase();
   OnSQLite(store);
