@@ -11,7 +11,6 @@
 #include "platform/ado/file_engine/engine_access.h"
 #include "platform/ado/file_engine/schema_ini.h"
 #include "platform/ado/file_engine/sql_rewrite.h"
-#include "platform/ado/file_engine/store_folder.h"
 #include "platform/ado/providers/text/text_names.h"
 #include "support/text.h"
 #include "support/vb_error.h"
@@ -55,7 +54,16 @@ void RegisterTextProvider() {
 }
 
 TextProvider::TextProvider(const ado::ConnectionSpec& spec) {
-  folder_ = file_engine::StoreFolder(spec.dataSource, "Textdateien", kSource);
+  std::string folder = spec.dataSource;
+  std::replace(folder.begin(), folder.end(), '\\', '/');
+  while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+  folder_ = folder;
+  std::error_code ec;
+  if (folder.empty() || !std::filesystem::is_directory(folder_, ec)) {
+    throw VbError(ado::kErrGeneral,
+                  "Der Ordner '" + spec.dataSource + "' der Textdateien wurde nicht gefunden",
+                  kSource);
+  }
   engine_ = std::make_unique<file_engine::FileEngine>(
       [this](const std::string& name) -> std::optional<file_engine::TableSource> {
         auto file = ResolveTextFile(folder_, name);
