@@ -169,6 +169,17 @@ TEST_F(XbaseProviderTest, DamagedFilesFailNamingTheFileAndStayUntouched) {
   Write("kunden.dbf", unknown);
   expectFails("hat im Feld 'NR' den unbekannten Feldtyp 'Q'");
   Write("kunden.dbf", good);
+  // A Paradox table is listed, but reading it says that it cannot be read yet.
+  Write("alt.db", std::string(2048, '\0'));
+  try {
+    Open()->Execute("SELECT * FROM [alt]");
+    ADD_FAILURE() << "a Paradox table is not read yet";
+  } catch (const VbError& e) {
+    EXPECT_EQ(e.Description, "Die Paradox-Datei '" + Path("alt.db").string() +
+                                 "' kann noch nicht gelesen werden; gelesen werden dBase-Tabellen "
+                                 "(.dbf)");
+  }
+  std::filesystem::remove(Path("alt.db"));
   std::filesystem::remove(Path("kunden.dbt"));
   expectFails("hat Memofelder, aber ihre Memodatei (.dbt) fehlt");
   EXPECT_EQ(Read("kunden.dbf"), good);

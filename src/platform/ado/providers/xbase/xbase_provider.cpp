@@ -8,6 +8,7 @@
 #include "platform/ado/file_engine/create_table.h"
 #include "platform/ado/file_engine/engine_access.h"
 #include "platform/ado/file_engine/sql_rewrite.h"
+#include "platform/ado/file_engine/store_folder.h"
 #include "platform/ado/providers/xbase/dbf_module.h"
 #include "support/text.h"
 #include "support/vb_error.h"
@@ -20,6 +21,10 @@ constexpr const char* kSource = "Ketrova.xBase";
 
 bool IsDbf(const std::filesystem::path& p) {
   return AsciiUpper(p.extension().string()) == ".DBF";
+}
+
+bool IsParadox(const std::filesystem::path& p) {
+  return AsciiUpper(p.extension().string()) == ".DB";
 }
 
 // The file name a new table gets: "." and blanks would confuse readers that
@@ -87,16 +92,7 @@ void RegisterXbaseProvider() {
 }
 
 XbaseProvider::XbaseProvider(const ado::ConnectionSpec& spec) {
-  std::string folder = spec.dataSource;
-  std::replace(folder.begin(), folder.end(), '\\', '/');
-  while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
-  folder_ = folder;
-  std::error_code ec;
-  if (folder.empty() || !std::filesystem::is_directory(folder_, ec)) {
-    throw VbError(ado::kErrGeneral,
-                  "Der Ordner '" + spec.dataSource + "' der dBase-Tabellen wurde nicht gefunden",
-                  kSource);
-  }
+  folder_ = file_engine::StoreFolder(spec.dataSource, "dBase-Tabellen", kSource);
   engine_ = std::make_unique<file_engine::FileEngine>(
       [this](const std::string& name) -> std::optional<file_engine::TableSource> {
         auto file = FileOf(name);
@@ -108,6 +104,12 @@ XbaseProvider::XbaseProvider(const ado::ConnectionSpec& spec) {
     auto key = AsciiUpper(file);
     auto it = tables_.find(key);
     if (it == tables_.end()) {
+      if (IsParadox(file)) {
+        throw VbError(ado::kErrGeneral,
+                      "Die Paradox-Datei '" + file +
+                          "' kann noch nicht gelesen werden; gelesen werden dBase-Tabellen (.dbf)",
+                      kSource);
+      }
       auto loaded = std::make_unique<LoadedTable>(LoadedTable{DbfFile::Read(file), {}, false});
       loaded->live.assign(loaded->file.rows().size(), true);
       it = tables_.emplace(key, std::move(loaded)).first;
@@ -144,14 +146,17 @@ std::filesystem::path XbaseProvider::FileOf(const std::string& name) const {
   std::string wanted = AsciiUpper(name);
   std::string sanitized = AsciiUpper(FileStemOf(name));
   std::error_code ec;
+  std::filesystem::path paradox;
   for (const auto& entry : std::filesystem::directory_iterator(folder_, ec)) {
     const auto& p = entry.path();
-    if (!IsDbf(p)) continue;
+    if (!IsDbf(p) && !IsParadox(p)) continue;
     const std::string stem = AsciiUpper(p.stem().string());
-    if (stem == wanted || stem == sanitized || AsciiUpper(p.filename().string()) == wanted)
-      return p;
+    if (stem != wanted && stem != sanitized && AsciiUpper(p.filename().string()) != wanted)
+      continue;
+    if (IsDbf(p)) return p;
+    paradox = p;
   }
-  return {};
+  return paradox;
 }
 
 ado::ExecuteResult XbaseProvider::Execute(const std::string& sql, std::span<const Variant> params,
@@ -169,8 +174,10 @@ std::vector<ado::TableInfo> XbaseProvider::Tables() {
   std::vector<std::string> names;
   std::error_code ec;
   for (const auto& entry : std::filesystem::directory_iterator(folder_, ec))
-    if (IsDbf(entry.path())) names.push_back(entry.path().stem().string());
+    if (IsDbf(entry.path()) || IsParadox(entry.path()))
+      names.push_back(entry.path().stem().string());
   std::sort(names.begin(), names.end());
+  names.erase(std::unique(names.begin(), names.end()), names.end());
   std::vector<ado::TableInfo> out;
   for (auto& n : names) out.push_back({"", "", std::move(n), "TABLE"});
   return out;

@@ -4,7 +4,8 @@
 // driver is a Paradox or dBase driver, on its DBQ folder.
 //
 // Every .dbf file of the folder is a table named by its file name without the
-// extension. A table is read whole when a statement first names it
+// extension. Paradox .db files are listed too, but not read yet: using one
+// raises a German text that names the file. A table is read whole when a statement first names it
 // (dbf_file.h) and served to the file SQL engine as a virtual table of the
 // module "ketrova_dbf"; INSERT, UPDATE and DELETE change that copy, so that
 // later statements see them, and each changed table is written back when the
