@@ -1,6 +1,5 @@
 #include "platform/ado/providers/excel/excel_provider.h"
 
-
 #include <algorithm>
 #include <iostream>
 
