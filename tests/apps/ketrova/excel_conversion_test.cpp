@@ -118,5 +118,24 @@ TEST_F(ExcelConversionTest, SqliteIntoAWorkbookAndTheWorkbookAsASource) {
   EXPECT_EQ(o.out, Path("q.cpf").string() + ": 3 Aufgabe(n)\n");
 }
 
+// The store dialog names new workbooks .XLS: such a target is written as
+// Excel 97-2003 and read back by xlrd.
+TEST_F(ExcelConversionTest, SqliteIntoANewXlsWorkbook) {
+  Python(
+      "import sqlite3\ndb = sqlite3.connect('quelle.sqlite')\n"
+      "db.execute('CREATE TABLE Kunden (Nr INTEGER PRIMARY KEY, Name TEXT)')\n"
+      "db.execute(\"INSERT INTO Kunden VALUES (1, 'Müller'), (2, 'Åsa Ümit')\")\n"
+      "db.commit()\n");
+  ASSERT_EQ(Ketrova("new p.cpf --name P --source odbc --source-driver SQLite3 --source-database "
+                    "quelle.sqlite --dest excel --dest-file NEU.XLS")
+                .status,
+            0);
+  Outcome o = Ketrova("run p.cpf --yes");
+  EXPECT_EQ(o.status, 0) << o.out << o.err;
+  EXPECT_EQ(Python("import xlrd\nws = xlrd.open_workbook('NEU.XLS').sheet_by_index(0)\n"
+                   "print(ws.name)\nfor r in range(ws.nrows): print(ws.row_values(r))\n"),
+            "Kunden\n['Nr', 'Name']\n['1', 'Müller']\n['2', 'Åsa Ümit']\n");
+}
+
 }  // namespace
 }  // namespace ketrova
