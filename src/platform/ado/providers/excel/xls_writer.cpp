@@ -99,12 +99,11 @@ std::string SharedStrings(const std::vector<std::string>& strings, std::uint32_t
   return out;
 }
 
+// BIFF8 (0x0600) of kind 5 (workbook globals) or 16 (a sheet), with the
+// build, year and flags Excel 97 writes.
 std::string Bof(std::uint16_t kind) {
   std::string d;
-  Put16(d, 0x0600);
-  Put16(d, kind);
-  Put16(d, 0x0DBB);
-  Put16(d, 0x07CC);
+  for (std::uint32_t v : {0x0600u, std::uint32_t{kind}, 0x0DBBu, 0x07CCu}) Put16(d, v);
   Put32(d, 0x00000041);
   Put32(d, 0x00000006);
   std::string out;
