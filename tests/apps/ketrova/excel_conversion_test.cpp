@@ -42,21 +42,25 @@ class ExcelConversionTest : public testing::TempFolderTest {
   }
 
   Outcome Ketrova(const std::string& arguments) { return testing::RunKetrova(folder_, arguments); }
+
+  // "ketrova new" from the source into the workbook, then "ketrova run".
+  void Convert(const std::string& source, const std::string& workbook) {
+    Outcome o = Ketrova("new p.cpf --name P " + source + " --dest excel --dest-file " + workbook);
+    ASSERT_EQ(o.status, 0) << o.err;
+    EXPECT_EQ(o.out, Path("p.cpf").string() + ": 1 Aufgabe(n)\n");
+    o = Ketrova("run p.cpf --yes");
+    EXPECT_EQ(o.status, 0) << o.out << o.err;
+  }
 };
 
 TEST_F(ExcelConversionTest, CsvIntoANewWorkbook) {
-  Outcome o = Ketrova(
-      "new p.cpf --name P --source text --source-file daten --dest excel --dest-file neu.xlsx");
-  ASSERT_EQ(o.status, 0) << o.err;
-  EXPECT_EQ(o.out, Path("p.cpf").string() + ": 1 Aufgabe(n)\n");
-  o = Ketrova("run p.cpf --yes");
-  EXPECT_EQ(o.status, 0) << o.out << o.err;
+  Convert("--source text --source-file daten", "neu.xlsx");
   EXPECT_EQ(Dump("neu.xlsx"),
             "orte.csv|Nr|Ort|Seit\n"
             "orte.csv|1|München|12.03.1961\n"
             "orte.csv|2|Köln|01.07.1975\n");
   // A second run finds the sheet and appends to it.
-  o = Ketrova("run p.cpf --yes");
+  Outcome o = Ketrova("run p.cpf --yes");
   EXPECT_EQ(o.status, 0) << o.out << o.err;
   EXPECT_EQ(Dump("neu.xlsx").size(), std::string("orte.csv|Nr|Ort|Seit\n").size() +
                                          2 * std::string("orte.csv|1|München|12.03.1961\n").size() +
@@ -71,12 +75,7 @@ TEST_F(ExcelConversionTest, CsvIntoAnExistingWorkbookKeepsItsOtherSheets) {
   const std::string before = Python(
       "import zipfile, sys\nsys.stdout.write(zipfile.ZipFile('alt.xlsx').read("
       "'xl/worksheets/sheet1.xml').decode())\n");
-  ASSERT_EQ(Ketrova("new p.cpf --name P --source text --source-file daten --dest excel "
-                    "--dest-file alt.xlsx")
-                .status,
-            0);
-  Outcome o = Ketrova("run p.cpf --yes");
-  EXPECT_EQ(o.status, 0) << o.out << o.err;
+  Convert("--source text --source-file daten", "alt.xlsx");
   EXPECT_EQ(Dump("alt.xlsx"),
             "Andere|A|B\n"
             "Andere|1.25|x\n"
@@ -94,12 +93,7 @@ TEST_F(ExcelConversionTest, SqliteIntoAWorkbookAndTheWorkbookAsASource) {
       "db.execute('CREATE TABLE Kunden (Nr INTEGER PRIMARY KEY, Name TEXT, Betrag REAL)')\n"
       "db.execute(\"INSERT INTO Kunden VALUES (1, 'Müller', 12.5), (2, 'O''Neil', NULL)\")\n"
       "db.commit()\n");
-  ASSERT_EQ(Ketrova("new p.cpf --name P --source odbc --source-driver SQLite3 --source-database "
-                    "quelle.sqlite --dest excel --dest-file kunden.xlsx")
-                .status,
-            0);
-  Outcome o = Ketrova("run p.cpf --yes");
-  EXPECT_EQ(o.status, 0) << o.out << o.err;
+  Convert("--source odbc --source-driver SQLite3 --source-database quelle.sqlite", "kunden.xlsx");
   EXPECT_EQ(Dump("kunden.xlsx"),
             "Kunden|Nr|Name|Betrag\n"
             "Kunden|1|Müller|12,5\n"
@@ -112,10 +106,24 @@ TEST_F(ExcelConversionTest, SqliteIntoAWorkbookAndTheWorkbookAsASource) {
       "wb = openpyxl.load_workbook('kunden.xlsx')\n"
       "wb.defined_names.append(DefinedName('Erste', attr_text='Kunden!$A$1:$C$2'))\n"
       "wb.save('kunden.xlsx')\n");
-  o = Ketrova(
+  Outcome o = Ketrova(
       "new q.cpf --name Q --source excel --source-file kunden.xlsx --dest text --dest-file daten");
   EXPECT_EQ(o.status, 0) << o.err;
   EXPECT_EQ(o.out, Path("q.cpf").string() + ": 3 Aufgabe(n)\n");
+}
+
+// The store dialog names new workbooks .XLS: such a target is written as
+// Excel 97-2003 and read back by xlrd.
+TEST_F(ExcelConversionTest, SqliteIntoANewXlsWorkbook) {
+  Python(
+      "import sqlite3\ndb = sqlite3.connect('quelle.sqlite')\n"
+      "db.execute('CREATE TABLE Kunden (Nr INTEGER PRIMARY KEY, Name TEXT)')\n"
+      "db.execute(\"INSERT INTO Kunden VALUES (1, 'Müller'), (2, 'Åsa Ümit')\")\n"
+      "db.commit()\n");
+  Convert("--source odbc --source-driver SQLite3 --source-database quelle.sqlite", "NEU.XLS");
+  EXPECT_EQ(Python("import xlrd\nws = xlrd.open_workbook('NEU.XLS').sheet_by_index(0)\n"
+                   "print(ws.name)\nfor r in range(ws.nrows): print(ws.row_values(r))\n"),
+            "Kunden\n['Nr', 'Name']\n['1', 'Müller']\n['2', 'Åsa Ümit']\n");
 }
 
 }  // namespace

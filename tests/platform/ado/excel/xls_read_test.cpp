@@ -57,7 +57,7 @@ TEST_F(ExcelTest, ReadsXlsWorkbooksByTheirContent) {
   }
 }
 
-TEST_F(ExcelTest, XlsWorkbooksAreNotWrittenYetAndStayAsTheyWere) {
+TEST_F(ExcelTest, ExistingXlsWorkbooksAreNotChangedYet) {
   Python(kXlsScript);
   const std::string original = Read("alt.xls");
   {
@@ -67,11 +67,48 @@ TEST_F(ExcelTest, XlsWorkbooksAreNotWrittenYetAndStayAsTheyWere) {
       ADD_FAILURE();
     } catch (const VbError& e) {
       EXPECT_EQ(e.Description, "Die Excel-Arbeitsmappe '" + Path("alt.xls").string() +
-                                   "' kann nicht geschrieben werden: das Format Excel 97-2003 "
-                                   "(.xls) wird noch nicht geschrieben");
+                                   "' kann nicht geschrieben werden: vorhandene Arbeitsmappen "
+                                   "im Format Excel 97-2003 (.xls) werden noch nicht geändert");
     }
   }
   EXPECT_EQ(Read("alt.xls"), original);
+}
+
+// A new workbook named .xls is written as Excel 97-2003: many strings, so
+// that the shared strings run over several records, one of them longer than a
+// record, umlauts, empty cells and two sheets; read back by xlrd and by the
+// provider itself.
+TEST_F(ExcelTest, NewXlsWorkbooksAreWrittenAsExcel97) {
+  const std::string long_text = std::string(5000, 'x') + "ä" + std::string(5000, 'y');
+  {
+    auto db = Open("neu.xls");
+    db->Execute("CREATE TABLE [Kunden] ([Nr] TEXT, [Name] TEXT, [Notiz] TEXT)");
+    db->Execute("CREATE TABLE [Orte] ([Ort] TEXT)");
+    for (int i = 1; i <= 1500; ++i) {
+      db->Execute("INSERT INTO [Kunden$] VALUES ('" + std::to_string(i) + "', 'Müller " +
+                  std::to_string(i) + "', " + (i == 700 ? "'" + long_text + "'" : "NULL") + ")");
+    }
+    db->Execute("INSERT INTO [Orte] VALUES ('Köln')");
+  }
+  std::string out = Python(R"PY(
+import xlrd
+wb = xlrd.open_workbook("neu.xls")
+print(wb.sheet_names())
+ws = wb.sheet_by_name("Kunden")
+print(ws.nrows, ws.ncols, ws.row_values(0), ws.row_values(1), ws.row_values(1500))
+print(len(ws.cell_value(700, 2)), ws.cell_value(700, 2)[4998:5003], ws.cell_type(1, 2))
+print(wb.sheet_by_name("Orte").row_values(1))
+)PY");
+  EXPECT_EQ(out,
+            "['Kunden', 'Orte']\n"
+            "1501 3 ['Nr', 'Name', 'Notiz'] ['1', 'Müller 1', ''] ['1500', 'Müller 1500', '']\n"
+            "10001 xxäyy 0\n"
+            "['Köln']\n");
+  auto db = Open("neu.xls");
+  auto rows = Select(*db, "Kunden$");
+  ASSERT_EQ(rows.size(), 1500u);
+  EXPECT_EQ(rows[699], "String:700|String:Müller 700|String:" + long_text);
+  EXPECT_EQ(Select(*db, "Orte$"), (std::vector<std::string>{"String:Köln"}));
 }
 
 }  // namespace

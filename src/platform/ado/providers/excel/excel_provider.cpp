@@ -88,10 +88,7 @@ std::vector<ado::TableInfo> ExcelProvider::Tables() {
 }
 
 std::vector<ado::ColumnInfo> ExcelProvider::TableColumns(const std::string& table) {
-  auto columns = file_engine::EngineTableColumns(*engine_, table);
-  for (auto& c : columns)
-    if (c.type == ado::adLongVarWChar) c.definedSize = 0;
-  return columns;
+  return file_engine::EngineTableColumns(*engine_, table);
 }
 
 std::string ExcelProvider::ColumnTypeSql(const ado::ColumnInfo& column) const {

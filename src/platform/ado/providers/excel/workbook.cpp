@@ -8,6 +8,7 @@
 
 #include "platform/ado/enums.h"
 #include "platform/ado/providers/excel/xls_file.h"
+#include "platform/ado/providers/excel/xls_writer.h"
 #include "platform/ado/providers/excel/xlsx_package.h"
 #include "platform/ado/providers/excel/xlsx_writer.h"
 #include "support/text.h"
@@ -355,12 +356,11 @@ void Workbook::CheckWritable(std::size_t table) {
 void Workbook::CheckWritableFile() {
   if (checked_writable_) return;
   const std::string shown = "'" + file_.string() + "'";
-  if (format_ == WorkbookFormat::kXls ||
-      (format_ == WorkbookFormat::kMissing && LowerCase(file_.extension().string()) == ".xls")) {
+  if (format_ == WorkbookFormat::kXls) {
     throw VbError(ado::kErrGeneral,
                   "Die Excel-Arbeitsmappe " + shown +
-                      " kann nicht geschrieben werden: das Format Excel 97-2003 (.xls) wird "
-                      "noch nicht geschrieben",
+                      " kann nicht geschrieben werden: vorhandene Arbeitsmappen im Format "
+                      "Excel 97-2003 (.xls) werden noch nicht geändert",
                   kSource);
   }
   std::filesystem::path folder = file_.parent_path();
@@ -418,9 +418,36 @@ void Workbook::Remove(std::size_t table, std::int64_t id) {
   }
 }
 
+bool Workbook::WritesXls() const {
+  return format_ == WorkbookFormat::kMissing && LowerCase(file_.extension().string()) == ".xls";
+}
+
 void Workbook::Save() {
   if (!changed_) return;
-  XlsxWriter(*this).Write();
+  if (WritesXls()) {
+    // A new workbook: every sheet was made by CREATE TABLE, its rows appended.
+    std::vector<XlsSheet> sheets;
+    for (std::size_t t = 0; t < tables_.size(); ++t) {
+      const Table& table = tables_[t];
+      if (table.range || table.alias) continue;
+      const Sheet& sheet = sheets_[table.sheet];
+      XlsSheet out;
+      out.name = sheet.name;
+      std::vector<CellValue> header;
+      for (const auto& name : Layout(t).names) {
+        CellValue c;
+        c.kind = CellValue::Kind::kText;
+        c.text = name;
+        header.push_back(std::move(c));
+      }
+      out.rows.push_back(std::move(header));
+      for (const auto& [id, values] : sheet.appended) out.rows.push_back(values);
+      sheets.push_back(std::move(out));
+    }
+    WriteXlsWorkbook(file_, sheets);
+  } else {
+    XlsxWriter(*this).Write();
+  }
   changed_ = false;
 }
 

@@ -120,6 +120,9 @@ class Workbook {
   void Remove(std::size_t table, std::int64_t id);
 
   bool changed() const { return changed_; }
+  // A workbook made by this connection under a name ending in ".xls" is
+  // written as Excel 97-2003.
+  bool WritesXls() const;
   // Writes the changes, when there are any. Raises VbError naming the file.
   void Save();
 

@@ -98,14 +98,17 @@ class XlsRowReader : public RowReader {
 
 XlsFile::XlsFile(const std::filesystem::path& file) : file_(file) {
   int rc = freexl_open(file.c_str(), &handle_);
-  if (rc != FREEXL_OK) {
+  // FreeXL can give up on a record with no code of its own but no handle.
+  if (rc != FREEXL_OK || handle_ == nullptr) {
     freexl_close(handle_);
     handle_ = nullptr;
     Unreadable(file_, rc);
   }
   unsigned int info = 0;
+  // FreeXL answers anything but "plain" for a protected workbook (its
+  // "obfuscated" answer is never given).
   if (freexl_get_info(handle_, FREEXL_BIFF_PASSWORD, &info) == FREEXL_OK &&
-      info == FREEXL_BIFF_OBFUSCATED) {
+      info != FREEXL_BIFF_PLAIN) {
     freexl_close(handle_);
     handle_ = nullptr;
     throw VbError(ado::kErrGeneral,
