@@ -721,9 +721,19 @@ void Recordset::WriteRecord(Record& r) {
         }
       }
       if (!keyComplete) {
+        // A float read back rarely equals what the store compares it with
+        // (MariaDB's FLOAT is single precision): floats are compared only
+        // when nothing else is.
         where.clear();
-        for (std::size_t i = 0; i < columns_.size(); ++i)
-          if (t.tableColumn[i] >= 0 && !IsLongOrBinary(columns_[i].type)) where.push_back(i);
+        std::vector<std::size_t> floats;
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
+          if (t.tableColumn[i] < 0 || IsLongOrBinary(columns_[i].type)) continue;
+          if (columns_[i].type == adSingle || columns_[i].type == adDouble)
+            floats.push_back(i);
+          else
+            where.push_back(i);
+        }
+        if (where.empty()) where = floats;
       }
       sql += " WHERE ";
       for (std::size_t n = 0; n < where.size(); ++n) {
