@@ -18,7 +18,8 @@ namespace {
 
 using Outcome = testing::KetrovaOutcome;
 
-constexpr const char* kUsage = "Aufruf: ketrova run PROJEKT.CPF [--yes] [--quiet]\n";
+constexpr const char* kUsage =
+    "Aufruf: ketrova run PROJEKT.CPF [--yes] [--quiet] [--no-grouping]\n";
 
 // Reads every place name and turns it to upper case.
 constexpr const char* kScript =
