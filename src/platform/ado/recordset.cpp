@@ -276,6 +276,7 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
     open();
   }
   pendingRun_ = described && !described->empty();
+  unread_ = false;
   if (pendingRun_) {
     columns_ = std::move(*described);
   } else {
@@ -436,6 +437,7 @@ void Recordset::DropPassedRows() {
 void Recordset::Requery(std::int64_t row) {
   cursor_.reset();
   pendingRun_ = false;
+  unread_ = false;
   records_.clear();
   position_ = 0;
   dropped_ = 0;
@@ -471,7 +473,9 @@ Recordset::Record& Recordset::Current() {
 void Recordset::MoveFirst() {
   CheckOpen();
   if (editMode_ != adEditNone) Update();
-  if (dropped_ > 0) return Requery(0);
+  const bool pending =
+      std::any_of(records_.begin(), records_.end(), [](const Record& r) { return r.pending; });
+  if (dropped_ > 0 || (unread_ && !pending)) return Requery(0);
   position_ = 0;
 }
 
@@ -600,6 +604,9 @@ void Recordset::AddNew() {
   // The engine opens a whole table per record only to add one: rows not read
   // yet are not read at all. The new record goes behind those already read.
   cursor_.reset();
+  // A statement that never ran has rows nobody read; a move to the first
+  // record reads them after all.
+  unread_ = unread_ || pendingRun_;
   pendingRun_ = false;
   Record rec;
   rec.values.assign(columns_.size(), Variant::Null());
@@ -722,9 +729,19 @@ void Recordset::WriteRecord(Record& r) {
         }
       }
       if (!keyComplete) {
+        // A float read back rarely equals what the store compares it with
+        // (MariaDB's FLOAT is single precision): floats are compared only
+        // when nothing else is.
         where.clear();
-        for (std::size_t i = 0; i < columns_.size(); ++i)
-          if (t.tableColumn[i] >= 0 && !IsLongOrBinary(columns_[i].type)) where.push_back(i);
+        std::vector<std::size_t> floats;
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
+          if (t.tableColumn[i] < 0 || IsLongOrBinary(columns_[i].type)) continue;
+          if (columns_[i].type == adSingle || columns_[i].type == adDouble)
+            floats.push_back(i);
+          else
+            where.push_back(i);
+        }
+        if (where.empty()) where = floats;
       }
       sql += " WHERE ";
       for (std::size_t n = 0; n < where.size(); ++n) {

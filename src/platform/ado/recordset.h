@@ -145,6 +145,7 @@ class Recordset : public Object {
   std::deque<Record> records_;
   std::unique_ptr<Cursor> cursor_;
   bool pendingRun_ = false;  // prepared at open, not run yet
+  bool unread_ = false;      // AddNew came before the statement ran
   // The statement sent: Source, with the row identity added where it is read.
   std::string sent_;
   Provider::RowIdentity identity_;

@@ -20,7 +20,8 @@ namespace {
 using Outcome = testing::KetrovaOutcome;
 
 constexpr const char* kUsage =
-    "Aufruf: ketrova run PROJEKT.CPF [--job N[,M...]] [--from N] [--yes] [--quiet]\n";
+    "Aufruf: ketrova run PROJEKT.CPF [--job N[,M...]] [--from N] [--yes] [--quiet] "
+    "[--no-grouping]\n";
 
 // Reads every place name and turns it to upper case.
 constexpr const char* kScript =

@@ -306,5 +306,31 @@ TEST_F(SqliteProviderTest, AWriteThroughRecordSetRunsItsStatementOnlyWhenAsked) 
   EXPECT_EQ(provider.QueriesRun(), before + 1);
 }
 
+TEST_F(SqliteProviderTest, ASearchByAWrittenKeyFindsWhatTheLiteralSays) {
+  auto native = Native();
+  native->Execute("CREATE TABLE s(nr INTEGER, code TEXT)");
+  native->Execute("INSERT INTO s VALUES(5, 'it''s'), (-7, '5'), (8, 'a = ''b''')");
+  auto count = [&](const std::string& sql) { return All(*native, sql).size(); };
+  // Each text is prepared once with the literal as a parameter; the answer
+  // is the literal's.
+  EXPECT_EQ(count("SELECT * FROM s WHERE s.nr = 5"), 1u);
+  EXPECT_EQ(count("SELECT * FROM s WHERE s.nr = -7"), 1u);
+  EXPECT_EQ(count("SELECT * FROM s WHERE s.nr = '5'"), 1u);  // INTEGER affinity
+  EXPECT_EQ(count("SELECT * FROM s WHERE s.code = 'it''s'"), 1u);
+  EXPECT_EQ(count("SELECT * FROM s WHERE s.code = 'a = ''b'''"), 1u);
+  EXPECT_EQ(count("SELECT * FROM s WHERE s.code = 5"), 1u);  // TEXT affinity: '5'
+  EXPECT_EQ(count("SELECT * FROM s WHERE s.code = 55"), 0u);
+  EXPECT_EQ(count("SELECT * FROM s WHERE s.nr >= 5"), 2u);
+  EXPECT_EQ(All(*native, "SELECT * FROM s WHERE s.code = 'it''s'")[0][0].ToLong(), 5);
+  // What is no literal keeps the text's own error.
+  try {
+    count("SELECT * FROM s WHERE s.nr = K-1");
+    ADD_FAILURE() << "ran";
+  } catch (const VbError& e) {
+    EXPECT_EQ(e.Description, "[SQLite]no such column: K (1)");
+  }
+  EXPECT_THROW(count("SELECT * FROM s WHERE s.nr = "), VbError);
+}
+
 }  // namespace
 }  // namespace ketrova::ado

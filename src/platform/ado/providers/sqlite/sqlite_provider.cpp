@@ -6,7 +6,10 @@
 
 #include <odbcinst.h>
 
+#include <algorithm>
 #include <cassert>
+#include <cctype>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -94,6 +97,59 @@ bool IsTransactionStatement(std::string_view sql) {
   std::string w = FirstWord(sql);
   return w == "BEGIN" || w == "COMMIT" || w == "END" || w == "ROLLBACK" || w == "SAVEPOINT" ||
          w == "RELEASE";
+}
+
+// A SELECT that ends in "= literal" (an update by key searches so, with a
+// new literal per record) as the same text with "?" and the literal's value,
+// so that it is prepared once; SQLite compares a bound value as it compares
+// the literal. nullopt for any other statement.
+std::optional<std::pair<std::string, Variant>> WithTrailingParameter(const std::string& sql) {
+  if (FirstWord(sql) != "SELECT") return std::nullopt;
+  std::size_t end = sql.find_last_not_of(" \t\r\n");
+  if (end == std::string::npos || end < 8) return std::nullopt;
+  std::size_t start = end;
+  Variant value;
+  if (sql[end] == '\'') {
+    // Back to the opening quote; a doubled quote is one inside the text.
+    std::size_t i = end;
+    for (;;) {
+      if (i == 0) return std::nullopt;
+      --i;
+      if (sql[i] != '\'') continue;
+      if (i > 0 && sql[i - 1] == '\'') {
+        --i;
+        continue;
+      }
+      break;
+    }
+    start = i;
+    value = Variant(ReplaceAll(sql.substr(start + 1, end - start - 1), "''", "'"));
+  } else {
+    while (start > 0 &&
+           (std::isdigit(static_cast<unsigned char>(sql[start - 1])) || sql[start - 1] == '.'))
+      --start;
+    if (start > 0 && sql[start - 1] == '-') --start;
+    std::string number = sql.substr(start, end + 1 - start);
+    if (number.empty() || !std::isdigit(static_cast<unsigned char>(number.back())) ||
+        number.size() > 15)
+      return std::nullopt;
+    // Integers only: a decimal literal is left to SQLite's own reading.
+    if (number.find('.') != std::string::npos ||
+        (number[0] != '-' && !std::isdigit(static_cast<unsigned char>(number[0]))))
+      return std::nullopt;
+    long long n = std::stoll(number);
+    if (n < INT32_MIN || n > INT32_MAX) return std::nullopt;
+    value = Variant::Long(static_cast<std::int32_t>(n));
+  }
+  std::size_t eq = sql.find_last_not_of(" \t\r\n", start == 0 ? 0 : start - 1);
+  if (eq == std::string::npos || eq == 0 || sql[eq] != '=') return std::nullopt;
+  char before = sql[eq - 1];
+  if (before == '<' || before == '>' || before == '!' || before == '=') return std::nullopt;
+  // A literal glued to a word ("x=a5") is no literal.
+  if (start > 0 &&
+      (std::isalnum(static_cast<unsigned char>(sql[start - 1])) || sql[start - 1] == '_'))
+    return std::nullopt;
+  return std::make_pair(sql.substr(0, start) + "?", std::move(value));
 }
 
 }  // namespace
@@ -232,7 +288,8 @@ std::optional<std::vector<ColumnInfo>> SqliteProvider::Prepare(const std::string
   std::lock_guard lock(mutex_);
   CommitOthers();
   if (IsDdlStatement(sql) || IsTransactionStatement(sql)) return std::nullopt;
-  auto s = Acquire(sql);
+  auto parameterized = WithTrailingParameter(sql);
+  auto s = Acquire(parameterized ? parameterized->first : sql);
   if (!s->stmt || !s->readOnly) {
     Release(std::move(s));
     return std::nullopt;
@@ -252,7 +309,10 @@ ExecuteResult SqliteProvider::Execute(const std::string& sql, std::span<const Va
     declared_.clear();
   }
   if (IsTransactionStatement(sql)) CommitGroupLocked();
-  auto s = Acquire(sql);
+  std::optional<std::pair<std::string, Variant>> parameterized;
+  if (params.empty()) parameterized = WithTrailingParameter(sql);
+  if (parameterized) params = std::span<const Variant>(&parameterized->second, 1);
+  auto s = Acquire(parameterized ? parameterized->first : sql);
   ExecuteResult result;
   if (!s->stmt) return result;
   sqlite3_stmt* stmt = s->stmt;

@@ -141,10 +141,26 @@ int BindValue(sqlite3_stmt* stmt, int n, const Variant& v, bool inPlace) {
     }
     case vbDate: {
       DateParts p = PartsFromOleDate(v.AsDate().value);
-      char text[40];
-      int len = std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d.000", p.year,
-                              p.month, p.day, p.hour, p.minute, p.second);
-      return sqlite3_bind_text(stmt, n, text, len, SQLITE_TRANSIENT);
+      if (p.year < 0 || p.year > 9999) {
+        char text[48];
+        int len = std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d.000", p.year,
+                                p.month, p.day, p.hour, p.minute, p.second);
+        return sqlite3_bind_text(stmt, n, text, len, SQLITE_TRANSIENT);
+      }
+      // "YYYY-MM-DD HH:MM:SS.000", once per date of every record.
+      char text[] = "0000-00-00 00:00:00.000";
+      auto two = [&](int at, int value) {
+        text[at] = static_cast<char>('0' + value / 10 % 10);
+        text[at + 1] = static_cast<char>('0' + value % 10);
+      };
+      two(0, p.year / 100);
+      two(2, p.year % 100);
+      two(5, p.month);
+      two(8, p.day);
+      two(11, p.hour);
+      two(14, p.minute);
+      two(17, p.second);
+      return sqlite3_bind_text(stmt, n, text, static_cast<int>(sizeof text - 1), SQLITE_TRANSIENT);
     }
     default:
       if (v.IsArray()) {
