@@ -104,38 +104,33 @@ TEST_F(RunCommandTest, BadUsageExitsWithTwo) {
 }
 
 TEST_F(RunCommandTest, ProjectThatDoesNotLoadExitsWithOneAndSaysWhy) {
-  Outcome o = Run("fehlt.cpf");
-  EXPECT_EQ(o.status, 1);
-  EXPECT_EQ(o.err,
-            "Das Dokument konnte nicht gelesen werden. \r\nFehlertext : \r\nDateiname  : "
-            "fehlt.cpf\nProjektdatei nicht gefunden: fehlt.cpf\n");
-  EXPECT_EQ(o.out, "");
-
-  // Text that is no XML: the reason and the place, then the load's own text.
   Write("kaputt.cpf", "<?xml version=\"1.0\"?>\n<PROJECT>\n  <JOBS></JOB>\n</PROJECT>\n");
-  o = Run("kaputt.cpf");
-  EXPECT_EQ(o.status, 1);
-  EXPECT_EQ(o.err,
-            "Dies ist keine gültige Projektdatei: kaputt.cpf\nGrund: schließendes Element passt "
-            "nicht zum öffnenden (Zeile 3, Spalte 11)\nDas Dokument konnte nicht gelesen werden. "
-            "\r\nFehlertext :   <JOBS></JOB>\r\nDateiname  : kaputt.cpf\n");
-
-  // A binary file: its bytes never reach the terminal.
   Write("bild.cpf", std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\x01\x02", 18));
-  o = Run("bild.cpf");
-  EXPECT_EQ(o.status, 1);
-  EXPECT_EQ(o.err,
-            "Dies ist keine gültige Projektdatei: bild.cpf\nGrund: die Datei enthält "
-            "Binärdaten\n");
-
-  // Well-formed XML of another kind loads empty, which is said twice.
   Write("andere.xml", "<?xml version=\"1.0\"?><ANDERES><X>1</X></ANDERES>");
-  o = Run("andere.xml");
-  EXPECT_EQ(o.status, 1);
-  EXPECT_EQ(o.err,
-            "Dies ist keine gültige Projektdatei: andere.xml\nGrund: das Wurzelelement "
-            "heißt <ANDERES>, nicht <Project>; sie wird leer geladen\n"
-            "Das Projekt enthält keine Aufgabe.\n");
+  const std::pair<const char*, const char*> cases[] = {
+      // Missing: the load's own text, and what is wrong beside it.
+      {"fehlt.cpf",
+       "Das Dokument konnte nicht gelesen werden. \r\nFehlertext : \r\nDateiname  : "
+       "fehlt.cpf\nProjektdatei nicht gefunden: fehlt.cpf\n"},
+      // Text that is no XML: the reason and the place, then the load's text.
+      {"kaputt.cpf",
+       "Dies ist keine gültige Projektdatei: kaputt.cpf\nGrund: schließendes Element passt "
+       "nicht zum öffnenden (Zeile 3, Spalte 11)\nDas Dokument konnte nicht gelesen werden. "
+       "\r\nFehlertext :   <JOBS></JOB>\r\nDateiname  : kaputt.cpf\n"},
+      // A binary file: its bytes never reach the terminal.
+      {"bild.cpf",
+       "Dies ist keine gültige Projektdatei: bild.cpf\nGrund: die Datei enthält "
+       "Binärdaten\n"},
+      // Well-formed XML of another kind loads empty, which is said twice.
+      {"andere.xml",
+       "Dies ist keine gültige Projektdatei: andere.xml\nGrund: das Wurzelelement heißt "
+       "<ANDERES>, nicht <Project>; sie wird leer geladen\nDas Projekt enthält keine Aufgabe.\n"}};
+  for (const auto& [file, err] : cases) {
+    Outcome o = Run(file);
+    EXPECT_EQ(o.status, 1) << file;
+    EXPECT_EQ(o.err, err);
+    EXPECT_EQ(o.out, "");
+  }
 }
 
 TEST_F(RunCommandTest, CleanRunPrintsTheClosingTextAndConverts) {
@@ -170,6 +165,21 @@ TEST_F(RunCommandTest, FailedRecordPrintsTheLogAndExitsWithOne) {
             std::string::npos);
   // The failed record is not written, the others are.
   EXPECT_EQ(TargetRows(), (std::vector<std::string>{"1|MÜNCHEN|real", "3|DÜSSELDORF|integer"}));
+}
+
+TEST_F(RunCommandTest, AJobThatStopsSaysHowFarItWroteAndHowToGoOn) {
+  std::string script = kScript;
+  script.insert(script.find("\tDestination"),
+                "\tIf Source.Fields(\"Nr\") = 3 Then Err.Raise 5\r\n");
+  WriteProject(script, "SQLite3", "CANCELONERROR=\"TRUE\"");
+  Outcome o = Run("run.cpf --yes");
+  EXPECT_EQ(o.status, 1);
+  EXPECT_NE(o.err.find("Aufgabe \"Orte\" ist bei Datensatz 3 gescheitert; davor wurden 2 "
+                       "Datensätze geschrieben (der letzte war Datensatz 2); weiter mit: ketrova "
+                       "run run.cpf --job \"Orte\" --from 3\n"),
+            std::string::npos)
+      << o.err;
+  EXPECT_EQ(o.out.find("weiter mit"), std::string::npos);
 }
 
 TEST_F(RunCommandTest, StoreThatDoesNotOpenPrintsTheLog) {
@@ -220,8 +230,8 @@ TEST_F(RunCommandTest, AReadOnlyDatabaseRefusesEveryRecord) {
       GTEST_SKIP() << "kein Benutzer nobody, dem der Ordner gegeben werden kann";
     as = "runuser -u nobody -- ";
   }
-  const std::string command = "cd '" + folder_.string() + "' && " + as + "'" KETROVA_BINARY
-                              "' run run.cpf --yes </dev/null >out 2>err";
+  const std::string command = "cd '" + folder_.string() + "' && " + as +
+                              "'" KETROVA_BINARY "' run run.cpf --yes </dev/null >out 2>err";
   const int raw = std::system(command.c_str());
   ASSERT_TRUE(WIFEXITED(raw));
   EXPECT_EQ(WEXITSTATUS(raw), 1);
