@@ -31,6 +31,13 @@ constexpr const char* kScript =
     "\tDestination.Fields(\"Betrag\") = Source.Fields(\"Betrag\")\r\n"
     "End Function\r\n";
 
+// kScript with `lines` put in before the first `where`.
+std::string ScriptWith(const std::string& lines, const std::string& where = "\tDestination") {
+  std::string script = kScript;
+  script.insert(script.find(where), lines);
+  return script;
+}
+
 class RunCommandTest : public testing::TempFolderTest {
  protected:
   void SetUp() override {
@@ -154,10 +161,7 @@ TEST_F(RunCommandTest, CleanRunPrintsTheClosingTextAndConverts) {
 }
 
 TEST_F(RunCommandTest, FailedRecordPrintsTheLogAndExitsWithOne) {
-  std::string script = kScript;
-  script.insert(script.find("\tDestination"),
-                "\tIf Source.Fields(\"Nr\") = 2 Then Err.Raise 5\r\n");
-  WriteProject(script);
+  WriteProject(ScriptWith("\tIf Source.Fields(\"Nr\") = 2 Then Err.Raise 5\r\n"));
   Outcome o = Run("run.cpf --yes");
   EXPECT_EQ(o.status, 1);
   EXPECT_EQ(o.out, Read("run.LOG"));
@@ -168,10 +172,8 @@ TEST_F(RunCommandTest, FailedRecordPrintsTheLogAndExitsWithOne) {
 }
 
 TEST_F(RunCommandTest, AJobThatStopsSaysHowFarItWroteAndHowToGoOn) {
-  std::string script = kScript;
-  script.insert(script.find("\tDestination"),
-                "\tIf Source.Fields(\"Nr\") = 3 Then Err.Raise 5\r\n");
-  WriteProject(script, "SQLite3", "CANCELONERROR=\"TRUE\"");
+  WriteProject(ScriptWith("\tIf Source.Fields(\"Nr\") = 3 Then Err.Raise 5\r\n"), "SQLite3",
+               "CANCELONERROR=\"TRUE\"");
   Outcome o = Run("run.cpf --yes");
   EXPECT_EQ(o.status, 1);
   EXPECT_NE(o.err.find("Aufgabe \"Orte\" ist bei Datensatz 3 gescheitert; davor wurden 2 "
@@ -198,10 +200,9 @@ TEST_F(RunCommandTest, RefusedRecordsFailTheRunAndAreNamedOnStderr) {
   db->Execute(
       "CREATE TABLE Orte (Nr INTEGER PRIMARY KEY, Ort TEXT NOT NULL, Seit DATE, Betrag FLOAT)");
   db->Close();
-  std::string script = kScript;
-  script.insert(script.find("End Function"),
-                "\tIf Source.Fields(\"Nr\") = 2 Then Destination.Fields(\"Ort\") = Null\r\n");
-  WriteProject(script);
+  WriteProject(
+      ScriptWith("\tIf Source.Fields(\"Nr\") = 2 Then Destination.Fields(\"Ort\") = Null\r\n",
+                 "End Function"));
   Outcome o = Run("run.cpf --yes");
   EXPECT_EQ(o.status, 1);
   // The run itself went through: its closing text stands.
@@ -286,9 +287,7 @@ TEST_F(RunCommandTest, ALogThatCannotBeWrittenIsNamed) {
 
 TEST_F(RunCommandTest, CtrlCStopsTheRunWithOneHundredThirty) {
   // Each record takes a while, so that the interrupt comes during the run.
-  std::string script = kScript;
-  script.insert(script.find("End Function"), "\tDim i\r\n\tFor i = 1 To 4000000\r\n\tNext\r\n");
-  WriteProject(script);
+  WriteProject(ScriptWith("\tDim i\r\n\tFor i = 1 To 4000000\r\n\tNext\r\n", "End Function"));
   const std::string command = "cd '" + folder_.string() +
                               "' && ('" KETROVA_BINARY
                               "' run run.cpf --yes </dev/null >out 2>err & pid=$!; sleep 0.5; "
