@@ -26,6 +26,8 @@ packages=(
   python3-vobject khard
   # locales for the regional-settings tests
   locales
+  # an independent CSV reader for the tests of the reject file
+  python3
   # the desktop: Qt 6 Widgets (its GIF, JPEG and offscreen plug-ins come with
   # libqt6gui6), QScintilla for the script editors and a font for windows
   # rendered offscreen

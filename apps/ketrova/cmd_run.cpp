@@ -112,14 +112,16 @@ void PrintNotes(const CEngine& engine, const std::string& file) {
     if (!script.Text.empty()) std::cerr << "  " << script.Text << "\n";
   }
   for (const CEngine::JobStop& stop : engine.Stops()) {
-    std::cerr << "Aufgabe \"" << stop.caption << "\" ist bei Datensatz " << stop.record
-              << " gescheitert; davor wurden " << stop.written << " Datensätze geschrieben";
-    if (stop.written > 0) {
-      std::cerr << " (der letzte war Datensatz " << stop.lastWritten
-                << "); weiter mit: ketrova run " << file << " --job \"" << stop.caption
-                << "\" --from " << stop.lastWritten + 1;
+    std::cerr << "Aufgabe \"" << stop.caption << "\" ist ";
+    if (stop.record > 0) std::cerr << "bei Datensatz " << stop.record << " ";
+    if (stop.written == 0) {
+      std::cerr << "gescheitert, bevor ein Datensatz geschrieben wurde.\n";
+      continue;
     }
-    std::cerr << "\n";
+    std::cerr << "gescheitert; davor wurden " << stop.written
+              << " Datensätze geschrieben (der letzte war Datensatz " << stop.lastWritten
+              << "); weiter mit: ketrova run " << file << " --job \"" << stop.caption
+              << "\" --from " << stop.lastWritten + 1 << "\n";
   }
   const std::string rejects = engine.Rejects().Note();
   if (!rejects.empty()) std::cerr << rejects << "\n";

@@ -17,7 +17,7 @@ int RunVerify(const Args& args) {
     return 2;
   }
   CConverter project;
-  if (!LoadProjectFile(project, args[0], std::cerr)) return 1;
+  if (!LoadProjectFile(project, args[0], std::cerr, true)) return 1;
   std::int32_t notesOfLoad = project.Logs().Count();
   std::string error = project.DestDataBase().VerifyTables(false, true);
   std::string saveError = project.SaveProject(args[0]);

@@ -7,12 +7,13 @@
 
 namespace ketrova::cli {
 
-bool LoadProjectFile(CConverter& project, const std::string& file, std::ostream& err) {
+bool LoadProjectFile(CConverter& project, const std::string& file, std::ostream& err, bool saves) {
   const ProjectFileCheck check = CheckProjectFile(file);
   using Kind = ProjectFileCheck::Kind;
   // The load's text quotes the line it stopped at, which a binary file must
   // not have printed.
-  if (check.kind == Kind::kBinary) {
+  // Nor is a file of another kind overwritten by a project.
+  if (check.kind == Kind::kBinary || (saves && check.kind == Kind::kNotProject)) {
     err << check.text << "\n";
     return false;
   }

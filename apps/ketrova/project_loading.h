@@ -14,7 +14,9 @@ class CConverter;
 namespace ketrova::cli {
 
 // True when `project` holds the file; otherwise everything was said on `err`.
-// A well-formed file with another root loads (empty), with a note on `err`.
-bool LoadProjectFile(CConverter& project, const std::string& file, std::ostream& err);
+// A well-formed file with another root loads (empty), with a note on `err`,
+// unless the command would save over it (`saves`): then it is refused.
+bool LoadProjectFile(CConverter& project, const std::string& file, std::ostream& err,
+                     bool saves = false);
 
 }  // namespace ketrova::cli

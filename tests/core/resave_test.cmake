@@ -1,7 +1,7 @@
 # ketrova resave on the hand-written project: the saved file must equal the
 # expected one byte for byte (its DIRPROJECTS is the folder the file was read
-# from); a file that is not well-formed fails with status 1 and the load's text
-# on stderr, and writes nothing.
+# from); a file that is not well-formed fails with status 1, the reason and the
+# load's text on stderr, and writes nothing.
 # Called with -DKETROVA=<tool> -DDATA=<tests/data/projects> -DWORK=<scratch folder>.
 file(REMOVE_RECURSE ${WORK})
 file(MAKE_DIRECTORY ${WORK})
@@ -25,7 +25,8 @@ endif()
 file(WRITE ${WORK}/bad.cpf "<PROJECT><JOBS>\n")
 execute_process(COMMAND ${KETROVA} resave ${WORK}/bad.cpf ${WORK}/bad.out.cpf
                 RESULT_VARIABLE status ERROR_VARIABLE errors)
-if(NOT status EQUAL 1 OR NOT errors MATCHES "^Das Dokument konnte nicht gelesen werden\\. \r?\nFehlertext : ")
+if(NOT status EQUAL 1 OR NOT errors MATCHES
+   "^Dies ist keine gültige Projektdatei: [^\n]*\nGrund: [^\n]*\nDas Dokument konnte nicht gelesen werden\\. \r?\nFehlertext : ")
   message(FATAL_ERROR "a broken file gave ${status}: ${errors}")
 endif()
 if(EXISTS ${WORK}/bad.out.cpf)

@@ -6,6 +6,7 @@
 
 #include "engine_fixture.h"
 #include "jobs/job.h"
+#include "jobs/job_item.h"
 #include "jobs/jobs.h"
 #include "platform/ado/connection.h"
 #include "platform/ado/recordset.h"
@@ -75,6 +76,18 @@ TEST_P(ValuesTest, BooleansAndNumbersFromSQLiteArriveUnchanged) {
             (RowList{"1", "3"}));
   EXPECT_EQ(Query("SELECT [Nr] FROM [Werte] WHERE [Betrag] IN (1234.5, -0.25, 0.125)"),
             (RowList{"1", "2", "3"}));
+
+  // A script of an older project cuts the boolean to its text: "Wahr" and
+  // "Falsch" become True and False again, as on a German system.
+  CJob& job = project->Jobs().Item(1);
+  job.Script =
+      ReplaceAll(job.Script, "= Source.Fields(\"Ja\")", "= Left(Source.Fields(\"Ja\"),255)");
+  ASSERT_NE(job.Script.find("Left(Source.Fields(\"Ja\"),255)"), std::string::npos);
+  job.JobDest().DeleteBeforeInsert = true;
+  EXPECT_EQ(Run(), "") << Log();
+  EXPECT_EQ(engine->Rejects().Count(), 0) << engine->Rejects().Note();
+  EXPECT_EQ(Query("SELECT [Nr] FROM [Werte] WHERE [Ja] IS TRUE ORDER BY [Nr]"),
+            (RowList{"1", "3"}));
 }
 
 TEST_P(ValuesTest, ATextOfA384CharacterFieldArrivesWhole) {

@@ -112,6 +112,16 @@ TEST_F(NewProjectTest, AStoreThatDoesNotOpenEndsWithOne) {
   EXPECT_FALSE(std::filesystem::exists(Path("p.cpf")));
 }
 
+TEST_F(NewProjectTest, AnSQLiteFileInAMissingFolderSaysWhichFolder) {
+  Outcome o = Ketrova("new p.cpf" + Stores("fehlt/ziel.sqlite"));
+  EXPECT_EQ(o.status, 1);
+  EXPECT_NE(o.err.find("(der Ordner " + Path("fehlt").string() + " existiert nicht)"),
+            std::string::npos)
+      << o.err;
+  // The connection string stays below it.
+  EXPECT_NE(o.err.find("Database=" + Path("fehlt/ziel.sqlite").string()), std::string::npos);
+}
+
 TEST_F(NewProjectTest, ATextFolderTakesItsDelimiterAndNamesWhatItCannotRead) {
   std::filesystem::create_directory(Path("daten"));
   Write("daten/gut.csv", "Nr,Name\r\n1,Müller\r\n");

@@ -5,6 +5,7 @@
 
 #include "platform/ado/recordset.h"
 #include "support/collection.h"
+#include "support/utf8.h"
 #include "support/vb_error.h"
 
 namespace ketrova::ado {
@@ -40,13 +41,25 @@ std::int32_t CodePoints(const std::string& s) {
   return n;
 }
 
+// A truth word ("Wahr", "Falsch", "True", "False"), which a script's text of a
+// Boolean gives.
+bool IsTruthWord(const Variant& v) {
+  if (!v.IsString()) return false;
+  std::string word = LowerCase(Trim(v.AsString()));
+  return word == "wahr" || word == "falsch" || word == "true" || word == "false";
+}
+
 // The value as the field's type holds it; VB's conversions decide what fits.
 Variant ConvertForField(const Variant& v, DataTypeEnum type) {
   if (v.IsNull() || v.IsEmpty()) return Variant::Null();
   if (v.IsArray()) return v;
   switch (type) {
     case adSmallInt:
+      return v.ConvertTo(vbInteger);
     case adTinyInt:
+      // MariaDB's and MySQL's BOOLEAN is a TINYINT: the text of a Boolean
+      // goes in as the Boolean's number, as into a YESNO field.
+      if (IsTruthWord(v)) return Variant(v.ToBool()).ConvertTo(vbInteger);
       return v.ConvertTo(vbInteger);
     case adUnsignedTinyInt:
       return v.ConvertTo(vbByte);

@@ -118,6 +118,12 @@ TEST_F(DsnVerifyCommandTest, UsageAndProjectsThatDoNotLoad) {
             "Spalte 9)\nDas Dokument konnte nicht gelesen werden. \r\nFehlertext : kein "
             "XML\r\nDateiname  : kaputt.cpf\n");
   EXPECT_EQ(Read("kaputt.cpf"), "kein XML");
+  // Well-formed XML of another kind would load empty; verify would save a
+  // project over it, so it is refused.
+  Write("andere.xml", "<ANDERES/>");
+  o = RunKetrova(folder_, "verify andere.xml");
+  EXPECT_EQ(o.status, 1);
+  EXPECT_EQ(Read("andere.xml"), "<ANDERES/>");
 }
 
 }  // namespace

@@ -32,6 +32,13 @@ constexpr const char* kScript =
     "\tDestination.Fields(\"Betrag\") = Source.Fields(\"Betrag\")\r\n"
     "End Function\r\n";
 
+// kScript with `lines` put in before the first `where`.
+std::string ScriptWith(const std::string& lines, const std::string& where = "\tDestination") {
+  std::string script = kScript;
+  script.insert(script.find(where), lines);
+  return script;
+}
+
 class RunCommandTest : public testing::TempFolderTest {
  protected:
   void SetUp() override {
@@ -105,38 +112,33 @@ TEST_F(RunCommandTest, BadUsageExitsWithTwo) {
 }
 
 TEST_F(RunCommandTest, ProjectThatDoesNotLoadExitsWithOneAndSaysWhy) {
-  Outcome o = Run("fehlt.cpf");
-  EXPECT_EQ(o.status, 1);
-  EXPECT_EQ(o.err,
-            "Das Dokument konnte nicht gelesen werden. \r\nFehlertext : \r\nDateiname  : "
-            "fehlt.cpf\nProjektdatei nicht gefunden: fehlt.cpf\n");
-  EXPECT_EQ(o.out, "");
-
-  // Text that is no XML: the reason and the place, then the load's own text.
   Write("kaputt.cpf", "<?xml version=\"1.0\"?>\n<PROJECT>\n  <JOBS></JOB>\n</PROJECT>\n");
-  o = Run("kaputt.cpf");
-  EXPECT_EQ(o.status, 1);
-  EXPECT_EQ(o.err,
-            "Dies ist keine gültige Projektdatei: kaputt.cpf\nGrund: schließendes Element passt "
-            "nicht zum öffnenden (Zeile 3, Spalte 11)\nDas Dokument konnte nicht gelesen werden. "
-            "\r\nFehlertext :   <JOBS></JOB>\r\nDateiname  : kaputt.cpf\n");
-
-  // A binary file: its bytes never reach the terminal.
   Write("bild.cpf", std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\x01\x02", 18));
-  o = Run("bild.cpf");
-  EXPECT_EQ(o.status, 1);
-  EXPECT_EQ(o.err,
-            "Dies ist keine gültige Projektdatei: bild.cpf\nGrund: die Datei enthält "
-            "Binärdaten\n");
-
-  // Well-formed XML of another kind loads empty, which is said twice.
   Write("andere.xml", "<?xml version=\"1.0\"?><ANDERES><X>1</X></ANDERES>");
-  o = Run("andere.xml");
-  EXPECT_EQ(o.status, 1);
-  EXPECT_EQ(o.err,
-            "Dies ist keine gültige Projektdatei: andere.xml\nGrund: das Wurzelelement "
-            "heißt <ANDERES>, nicht <Project>; sie wird leer geladen\n"
-            "Das Projekt enthält keine Aufgabe.\n");
+  const std::pair<const char*, const char*> cases[] = {
+      // Missing: the load's own text, and what is wrong beside it.
+      {"fehlt.cpf",
+       "Das Dokument konnte nicht gelesen werden. \r\nFehlertext : \r\nDateiname  : "
+       "fehlt.cpf\nProjektdatei nicht gefunden: fehlt.cpf\n"},
+      // Text that is no XML: the reason and the place, then the load's text.
+      {"kaputt.cpf",
+       "Dies ist keine gültige Projektdatei: kaputt.cpf\nGrund: schließendes Element passt "
+       "nicht zum öffnenden (Zeile 3, Spalte 11)\nDas Dokument konnte nicht gelesen werden. "
+       "\r\nFehlertext :   <JOBS></JOB>\r\nDateiname  : kaputt.cpf\n"},
+      // A binary file: its bytes never reach the terminal.
+      {"bild.cpf",
+       "Dies ist keine gültige Projektdatei: bild.cpf\nGrund: die Datei enthält "
+       "Binärdaten\n"},
+      // Well-formed XML of another kind loads empty, which is said twice.
+      {"andere.xml",
+       "Dies ist keine gültige Projektdatei: andere.xml\nGrund: das Wurzelelement heißt "
+       "<ANDERES>, nicht <Project>; sie wird leer geladen\nDas Projekt enthält keine Aufgabe.\n"}};
+  for (const auto& [file, err] : cases) {
+    Outcome o = Run(file);
+    EXPECT_EQ(o.status, 1) << file;
+    EXPECT_EQ(o.err, err);
+    EXPECT_EQ(o.out, "");
+  }
 }
 
 TEST_F(RunCommandTest, CleanRunPrintsTheClosingTextAndConverts) {
@@ -160,10 +162,7 @@ TEST_F(RunCommandTest, CleanRunPrintsTheClosingTextAndConverts) {
 }
 
 TEST_F(RunCommandTest, FailedRecordPrintsTheLogAndExitsWithOne) {
-  std::string script = kScript;
-  script.insert(script.find("\tDestination"),
-                "\tIf Source.Fields(\"Nr\") = 2 Then Err.Raise 5\r\n");
-  WriteProject(script);
+  WriteProject(ScriptWith("\tIf Source.Fields(\"Nr\") = 2 Then Err.Raise 5\r\n"));
   Outcome o = Run("run.cpf --yes");
   EXPECT_EQ(o.status, 1);
   EXPECT_EQ(o.out, Read("run.LOG"));
@@ -171,6 +170,19 @@ TEST_F(RunCommandTest, FailedRecordPrintsTheLogAndExitsWithOne) {
             std::string::npos);
   // The failed record is not written, the others are.
   EXPECT_EQ(TargetRows(), (std::vector<std::string>{"1|MÜNCHEN|real", "3|DÜSSELDORF|integer"}));
+}
+
+TEST_F(RunCommandTest, AJobThatStopsSaysHowFarItWroteAndHowToGoOn) {
+  WriteProject(ScriptWith("\tIf Source.Fields(\"Nr\") = 3 Then Err.Raise 5\r\n"), "SQLite3",
+               "CANCELONERROR=\"TRUE\"");
+  Outcome o = Run("run.cpf --yes");
+  EXPECT_EQ(o.status, 1);
+  EXPECT_NE(o.err.find("Aufgabe \"Orte\" ist bei Datensatz 3 gescheitert; davor wurden 2 "
+                       "Datensätze geschrieben (der letzte war Datensatz 2); weiter mit: ketrova "
+                       "run run.cpf --job \"Orte\" --from 3\n"),
+            std::string::npos)
+      << o.err;
+  EXPECT_EQ(o.out.find("weiter mit"), std::string::npos);
 }
 
 TEST_F(RunCommandTest, StoreThatDoesNotOpenPrintsTheLog) {
@@ -189,10 +201,9 @@ TEST_F(RunCommandTest, RefusedRecordsFailTheRunAndAreNamedOnStderr) {
   db->Execute(
       "CREATE TABLE Orte (Nr INTEGER PRIMARY KEY, Ort TEXT NOT NULL, Seit DATE, Betrag FLOAT)");
   db->Close();
-  std::string script = kScript;
-  script.insert(script.find("End Function"),
-                "\tIf Source.Fields(\"Nr\") = 2 Then Destination.Fields(\"Ort\") = Null\r\n");
-  WriteProject(script);
+  WriteProject(
+      ScriptWith("\tIf Source.Fields(\"Nr\") = 2 Then Destination.Fields(\"Ort\") = Null\r\n",
+                 "End Function"));
   Outcome o = Run("run.cpf --yes");
   EXPECT_EQ(o.status, 1);
   // The run itself went through: its closing text stands.
@@ -221,8 +232,8 @@ TEST_F(RunCommandTest, AReadOnlyDatabaseRefusesEveryRecord) {
       GTEST_SKIP() << "kein Benutzer nobody, dem der Ordner gegeben werden kann";
     as = "runuser -u nobody -- ";
   }
-  const std::string command = "cd '" + folder_.string() + "' && " + as + "'" KETROVA_BINARY
-                              "' run run.cpf --yes </dev/null >out 2>err";
+  const std::string command = "cd '" + folder_.string() + "' && " + as +
+                              "'" KETROVA_BINARY "' run run.cpf --yes </dev/null >out 2>err";
   const int raw = std::system(command.c_str());
   ASSERT_TRUE(WIFEXITED(raw));
   EXPECT_EQ(WEXITSTATUS(raw), 1);
@@ -277,9 +288,7 @@ TEST_F(RunCommandTest, ALogThatCannotBeWrittenIsNamed) {
 
 TEST_F(RunCommandTest, CtrlCStopsTheRunWithOneHundredThirty) {
   // Each record takes a while, so that the interrupt comes during the run.
-  std::string script = kScript;
-  script.insert(script.find("End Function"), "\tDim i\r\n\tFor i = 1 To 4000000\r\n\tNext\r\n");
-  WriteProject(script);
+  WriteProject(ScriptWith("\tDim i\r\n\tFor i = 1 To 4000000\r\n\tNext\r\n", "End Function"));
   const std::string command = "cd '" + folder_.string() +
                               "' && ('" KETROVA_BINARY
                               "' run run.cpf --yes </dev/null >out 2>err & pid=$!; sleep 0.5; "
