@@ -101,7 +101,11 @@ void CDatabase::OpenOutlook() {
   // as open since the adapter exists.
   m_OutLook = std::make_unique<COutLook>();
   m_OutLook->Converter = Converter;
-  m_OutLook->RecordRefused = OnOutlookRecordRefused;
+  // Through the store's hook as it stands at each refusal, so that a run may
+  // set it after the store opened.
+  m_OutLook->RecordRefused = [this](const std::string& szError, ado::Recordset& objRecord) {
+    if (OnOutlookRecordRefused) OnOutlookRecordRefused(szError, objRecord);
+  };
   m_OutLook->OpenConnection();
 }
 
