@@ -5,6 +5,7 @@
 
 #include "commands.h"
 #include "component_version.h"
+#include "platform/contacts/contact_store.h"
 
 namespace ketrova::cli {
 
@@ -35,18 +36,27 @@ const std::vector<Command>& Commands() {
 namespace {
 
 void PrintHelp(std::ostream& out) {
-  out << "Aufruf: ketrova BEFEHL [ARGUMENTE]\n"
+  out << "Aufruf: ketrova [--contacts ORDNER] BEFEHL [ARGUMENTE]\n"
          "Ketrova konvertiert Daten zwischen Datenbanken, Textdateien und Tabellen\n"
          "nach einem Projekt (.CPF).\n\n"
          "Befehle:\n";
   for (const auto& command : ketrova::cli::Commands()) out << "  " << command.usage << "\n";
-  out << "\n  --help      diese Hilfe\n"
+  out << "\n  --contacts ORDNER   Wurzel der Kontaktordner (statt ContactRoot im Abschnitt\n"
+         "                     [Ketrova] der registry.ini, sonst $XDG_DATA_HOME/contacts)\n"
+         "  --help      diese Hilfe\n"
          "  --version   die Version\n";
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  // The contact root given before the command overrides the setting.
+  if (argc >= 3 && std::strcmp(argv[1], "--contacts") == 0) {
+    ketrova::contacts::SetContactRootOverride(argv[2]);
+    argv[2] = argv[0];
+    argv += 2;
+    argc -= 2;
+  }
   if (argc < 2) {
     PrintHelp(std::cerr);
     return 2;

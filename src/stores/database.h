@@ -166,7 +166,7 @@ class CDatabase {
   // Where an Outlook store reports a record whose contact could not be saved
   // (the adapter's RecordToItem answering False): the failure's text and the
   // record. The run's reject file is meant to hear of it; nothing else of the
-  // run changes. Handed to each adapter when the store opens.
+  // run changes. Read at each refusal, so it may be set while the store is open.
   std::function<void(const std::string& szError, ado::Recordset& objRecord)> OnOutlookRecordRefused;
 
   // Fills the destination columns of the job from the first folder.

@@ -150,7 +150,11 @@ void CDatabase::OpenOutlook() {
   // as open since the adapter exists.
   m_OutLook = std::make_unique<COutLook>();
   m_OutLook->Converter = Converter;
-  m_OutLook->RecordRefused = OnOutlookRecordRefused;
+  // Through the store's hook as it stands at each refusal, so that a run may
+  // set it after the store opened.
+  m_OutLook->RecordRefused = [this](const std::string& szError, ado::Recordset& objRecord) {
+    if (OnOutlookRecordRefused) OnOutlookRecordRefused(szError, objRecord);
+  };
   m_OutLook->OpenConnection();
 }
 
@@ -215,8 +219,23 @@ std::string CDatabase::RecordSetOpen(std::shared_ptr<ado::Recordset>& objRS,
                                      std::int32_t inRecordCount, std::int32_t inCursorType,
                                      std::int32_t inLockType) {
   try {
-    if (DatabaseType == dbtOutlook)
+    if (DatabaseType == dbtOutlook) {
+      // Reading a folder's columns (the catalogue opens forward-only and
+      // read-only) goes through an adapter of its own: through the store's
+      // adapter it would take over the cursor and the record set of a run
+      // that reads this store as its source, whose next records would then
+      // never reach it (a run into a table it creates reads the source's
+      // columns between its first record and its second).
+      if (inCursorType == ado::adOpenForwardOnly && inLockType == ado::adLockReadOnly &&
+          m_OutLook) {
+        COutLook columns(m_OutLook->Root());
+        columns.Converter = Converter;
+        columns.OpenConnection();
+        if (!objRS) objRS = std::make_shared<ado::Recordset>();
+        return columns.RecordSetOpen(szObjectName, inRecordCount, objRS, 2, szSQL, "", true);
+      }
       return OpenOutlookRecordset(szObjectName, inRecordCount, objRS, szSQL);
+    }
     if (DatabaseType == dbtXML) return {};
     if (!objRS) objRS = std::make_shared<ado::Recordset>();
     objRS->Open(Variant(szSQL), Variant(ObjectPtr(Connection)), inCursorType, inLockType, -1);

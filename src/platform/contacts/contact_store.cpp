@@ -69,7 +69,10 @@ std::vector<fs::path> SortedEntries(const fs::path& folder, bool directories) {
             : (e.is_regular_file(typeError) && AsciiLower(e.path().extension().string()) == ".vcf"))
       out.push_back(e.path());
   }
-  std::sort(out.begin(), out.end());
+  // By name; the folder is listed again at every look, so the plain text
+  // comparison, not the path's component walk.
+  std::sort(out.begin(), out.end(),
+            [](const fs::path& a, const fs::path& b) { return a.native() < b.native(); });
   return out;
 }
 
@@ -362,15 +365,13 @@ std::vector<ContactItemPtr> Session::ReadFolder(const std::string& folderPath) {
   std::vector<ContactItemPtr> items;
   for (const fs::path& p : SortedEntries(folderPath, false)) {
     const std::string path = p.string();
-    struct stat st {};
-    if (stat(path.c_str(), &st) != 0) continue;  // gone since the listing
-    const std::int64_t mtime =
-        static_cast<std::int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
     auto it = cache_.find(path);
-    if (it == cache_.end() || it->second.mtime != mtime ||
-        it->second.size != static_cast<std::uintmax_t>(st.st_size)) {
-      // A file that is no card is reported once for each version of it.
-      Cached cached{mtime, static_cast<std::uintmax_t>(st.st_size), nullptr};
+    if (it == cache_.end()) {
+      // A card is read once per session, and again after this session wrote
+      // it; a file that is no card is reported once.
+      struct stat st {};
+      if (stat(path.c_str(), &st) != 0) continue;  // gone since the listing
+      Cached cached;
       std::ifstream in(path, std::ios::binary);
       std::stringstream text;
       text << in.rdbuf();
@@ -380,7 +381,7 @@ std::vector<ContactItemPtr> Session::ReadFolder(const std::string& folderPath) {
       } catch (const VCardError& error) {
         ReportError(path + ": " + error.what());
       }
-      it = cache_.insert_or_assign(path, std::move(cached)).first;
+      it = cache_.emplace(path, std::move(cached)).first;
     }
     if (it->second.item) items.push_back(it->second.item);
   }

@@ -147,7 +147,10 @@ class Session {
   // when missing (and the store too, when the root holds none).
   FolderPtr GetDefaultFolder(int folderType);
 
-  // The cards of a folder, read again only where a file changed.
+  // The cards of a folder. The folder is listed at every call; a card is
+  // read at its first sight in the session and after the session wrote it,
+  // so a change that another program makes to a card while the store is
+  // open is seen at the next open.
   std::vector<ContactItemPtr> ReadFolder(const std::string& folderPath);
   // The card at `path` is read again at the next look at its folder.
   void Forget(const std::string& path);
@@ -157,8 +160,6 @@ class Session {
 
  private:
   struct Cached {
-    std::int64_t mtime = 0;
-    std::uintmax_t size = 0;
     ContactItemPtr item;  // null for a file that is no card
   };
   std::string root_;

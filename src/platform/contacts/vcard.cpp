@@ -242,7 +242,9 @@ std::string WriteVCard30(const VCard& card) {
       for (std::size_t i = 0; i < parameter.values.size(); ++i) {
         if (i > 0) line += ",";
         const std::string& v = parameter.values[i];
-        line += NeedsQuotes(v) ? "\"" + v + "\"" : v;
+        // A type list quoted as one value (4.0) is a plain list in 3.0.
+        const bool list = parameter.name == "TYPE" && v.find_first_of(":;\"") == std::string::npos;
+        line += NeedsQuotes(v) && !list ? "\"" + v + "\"" : v;
       }
     }
     line += ":" + p.value;

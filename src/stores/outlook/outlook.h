@@ -34,6 +34,8 @@ class COutLook {
   COutLook& operator=(const COutLook&) = delete;
 
   CConverter* Converter = nullptr;
+  // The contact root this adapter opens.
+  const std::string& Root() const { return root_; }
   // The record set that stands for the open folder; a new, empty one is made
   // with the object, and RecordSetOpen takes the caller's.
   std::shared_ptr<ado::Recordset> Recordset;

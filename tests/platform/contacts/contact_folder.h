@@ -58,14 +58,15 @@ class ContactFolderTest : public ::testing::Test {
     return output;
   }
 
-  // Runs a Python script with Debian's vobject at hand.
-  std::string Python(const std::string& script) const {
+  // Runs a Python script with Debian's vobject at hand; `arguments` are
+  // shell words.
+  std::string Python(const std::string& script, const std::string& arguments = {}) const {
     const std::filesystem::path file = root_ / ".script.py";
     {
       std::ofstream out(file);
       out << script;
     }
-    return Run("/usr/bin/python3 " + file.string() + " 2>&1");
+    return Run("/usr/bin/python3 " + file.string() + " " + arguments + " 2>&1");
   }
 
   // A khard configuration with one address book per folder; its path.

@@ -53,6 +53,7 @@ TEST(VCard, WritesVersion30FoldedAtCharactersAndReadsItBack) {
   const std::string text = WriteVCard30(card);
   EXPECT_TRUE(text.starts_with("BEGIN:VCARD\r\nVERSION:3.0\r\n"));
   EXPECT_TRUE(text.ends_with("END:VCARD\r\n"));
+  EXPECT_NE(text.find("\r\nNOTE;TYPE=work,voice:xxx"), std::string::npos) << text;
   std::size_t start = 0;
   while (start < text.size()) {
     const std::size_t end = text.find("\r\n", start);

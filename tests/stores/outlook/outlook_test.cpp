@@ -295,6 +295,7 @@ TEST_F(OutlookTest, DeletingCountsOnceAndTakesTheFirstItemThatOften) {
 
 TEST_F(OutlookTest, TheStoreRoutesToANewAdapterAtEachOpen) {
   Write("S/Kunden/1.vcf", Person("Alt", "Anna"));
+  Write("S/Kunden/2.vcf", Person("Berg", "Bert"));
   Write("S/Post/.ketrova-itemtype", "mail\n");
   CDatabase& store = project_.SourceDataBase();
   store.DatabaseType = dbtOutlook;
@@ -311,7 +312,13 @@ TEST_F(OutlookTest, TheStoreRoutesToANewAdapterAtEachOpen) {
   EXPECT_FALSE(store.ObjectExists("Post"));
   std::shared_ptr<ado::Recordset> rs;
   EXPECT_EQ(store.RecordSetOpen(rs, "", "Kunden", 1, 1, 2), "");
-  EXPECT_EQ(store.RecordsetRecordCount(), 1);
+  EXPECT_EQ(store.RecordsetRecordCount(), 2);
+  EXPECT_EQ(rs->GetFields().Item("LastName").Value().ToText(), "Alt");
+  // Reading a folder's columns in between leaves the reading cursor alone.
+  store.Objects().Item(1).Fields().Clear();
+  EXPECT_EQ(store.Objects().Item(1).LoadColumns(), "");
+  EXPECT_FALSE(store.RecordsetMoveNext());
+  EXPECT_EQ(rs->GetFields().Item("LastName").Value().ToText(), "Berg");
   EXPECT_FALSE(store.RecordsetEOF());
   EXPECT_FALSE(store.RecordsetMoveNext());
   EXPECT_TRUE(store.RecordsetEOF());
