@@ -152,7 +152,10 @@ void CDatabase::OpenOutlook() {
   m_OutLook->Converter = Converter;
   // Through the store's hook as it stands at each refusal, so that a run may
   // set it after the store opened.
+  // A refused card is also kept for the run's reject file, as a refused
+  // record of any other store is.
   m_OutLook->RecordRefused = [this](const std::string& szError, ado::Recordset& objRecord) {
+    NoteRefusedWrite(szError);
     if (OnOutlookRecordRefused) OnOutlookRecordRefused(szError, objRecord);
   };
   m_OutLook->OpenConnection();
