@@ -59,7 +59,12 @@ TEST_F(AccessConversionTest, NwindConvertsIntoSqliteTableByTable) {
                                       (kData / "nwind.mdb").string() +
                                       "' --dest odbc --dest-driver SQLite3 "
                                       "--dest-database ziel.sqlite");
-  ASSERT_EQ(made.status, 0) << made.out << made.err;
+  // Thirteen saved queries do not translate: `new` names each and answers 1,
+  // and writes the project with a job for everything else.
+  ASSERT_EQ(made.status, 1) << made.out << made.err;
+  EXPECT_NE(made.err.find("Insgesammt konnten 13 Tabellen oder Views nicht analysiert werden"),
+            std::string::npos)
+      << made.err;
   auto run = testing::RunKetrova(folder_, "run nw.cpf --yes");
   EXPECT_EQ(run.status, 0) << run.out << run.err;
 
