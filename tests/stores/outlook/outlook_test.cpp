@@ -279,6 +279,25 @@ TEST_F(OutlookTest, ARefusedSaveAnswersFalseAndIsHeard) {
   EXPECT_TRUE(refused[0].ends_with("|Alt"));
 }
 
+// Through the store, a card that cannot be saved is also noted for the run's
+// reject file, while RecordSetWrite itself keeps silent.
+TEST_F(OutlookTest, TheStoreNotesARefusedCardForTheRejectFile) {
+  Write("S/Kunden/1.vcf", Person("Alt", "Anna", "X-KETROVA-USER1:k1\r\n"));
+  CDatabase& store = project_.SourceDataBase();
+  store.DatabaseType = dbtOutlook;
+  store.SetActive(true);
+  std::shared_ptr<ado::Recordset> rs;
+  ASSERT_EQ(store.RecordSetOpen(rs, "[User1] = 'k1'", "Kunden", 1, 1, 2), "");
+  fs::remove(root_ / "S/Kunden/1.vcf");
+  fs::create_directory(root_ / "S/Kunden/1.vcf");
+  std::string outlookError, error;
+  store.RecordSetWrite(rs, outlookError, error);
+  EXPECT_EQ(error, "");
+  EXPECT_NE(store.TakeRefusedWrite().find("Die Karte kann nicht geschrieben werden"),
+            std::string::npos);
+  EXPECT_EQ(store.TakeRefusedWrite(), "");  // answered once
+}
+
 TEST_F(OutlookTest, DeletingCountsOnceAndTakesTheFirstItemThatOften) {
   for (const char* n : {"A", "B", "C", "D"})
     Write(std::string("S/Kunden/") + n + ".vcf",
