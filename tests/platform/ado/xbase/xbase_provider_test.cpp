@@ -126,6 +126,12 @@ TEST_F(XbaseProviderTest, NewTableAndChangedRowsAreWrittenForOtherReaders) {
     // Too long for its field: refused, nothing changed.
     EXPECT_THROW(db->Execute("UPDATE [kunden] SET [NAME] = '" + std::string(31, 'x') + "'"),
                  VbError);
+    // A job's end flushes the connection: other readers see the rows before
+    // the connection closes.
+    const char* kCount = "import dbf\nt = dbf.Table('Neu_Liste.dbf')\nt.open()\nprint(len(t))\n";
+    EXPECT_EQ(Python(kCount), "0\n");
+    db->Flush();
+    EXPECT_EQ(Python(kCount), "2\n");
   }  // closing writes the files
   EXPECT_TRUE(std::filesystem::exists(Path("Neu_Liste.dbf")));
   std::string out = Python(R"(

@@ -59,8 +59,9 @@ class XbaseProvider : public ado::Provider {
   std::vector<ado::IndexInfo> TableIndexes(const std::string&) override { return {}; }
   std::string ColumnTypeSql(const ado::ColumnInfo& column) const override;
 
-  // Writes every changed table now. Raises kErrGeneral.
-  void Flush();
+  // Writes every changed table now: at a job's end, before the run waits on
+  // the user, and when the connection closes. Raises kErrGeneral.
+  void Flush() override;
 
  private:
   std::filesystem::path FileOf(const std::string& name) const;
