@@ -184,7 +184,7 @@ SqliteProvider::SqliteProvider(const std::string& file, const ConnectionSpec& sp
   int timeout = 100000;
   if (std::string t = spec.Get("Timeout"); !t.empty()) timeout = std::atoi(t.c_str());
   sqlite3_busy_timeout(db_, timeout);
-  // Each record commits on its own, as far as the spec's logic can tell; WAL
+  // Each record commits on its own, as far as the record loop can tell; WAL
   // with synchronous NORMAL makes a commit cheap and lets readers go on.
   sqlite3_exec(db_, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
   sqlite3_exec(db_, "PRAGMA synchronous=NORMAL", nullptr, nullptr, nullptr);
