@@ -11,6 +11,7 @@
 
 #include "platform/ado/enums.h"
 #include "platform/ado/file_engine/csv_writer.h"
+#include "platform/ado/file_engine/module_support.h"
 #include "platform/ado/file_engine/sql_rewrite.h"
 #include "platform/ado/file_engine/text_table.h"
 #include "support/vb_error.h"
@@ -147,22 +148,6 @@ int Disconnect(sqlite3_vtab* vtab) {
   }
   sqlite3_free(table->zErrMsg);
   delete table;
-  return SQLITE_OK;
-}
-
-int BestIndex(sqlite3_vtab*, sqlite3_index_info* info) {
-  info->estimatedCost = 1e6;
-  info->estimatedRows = 1000000;
-  return SQLITE_OK;
-}
-
-int Open(sqlite3_vtab*, sqlite3_vtab_cursor** out) {
-  *out = new CsvCursor();
-  return SQLITE_OK;
-}
-
-int Close(sqlite3_vtab_cursor* cursor) {
-  delete static_cast<CsvCursor*>(cursor);
   return SQLITE_OK;
 }
 
@@ -431,20 +416,10 @@ int Rename(sqlite3_vtab* vtab, const char*) {
 }
 
 sqlite3_module MakeModule() {
-  sqlite3_module m{};
-  m.iVersion = 1;
-  m.xCreate = Connect;
-  m.xConnect = Connect;
-  m.xBestIndex = BestIndex;
-  m.xDisconnect = Disconnect;
+  sqlite3_module m =
+      file_engine::ScanModule<CsvTable, CsvCursor>(Connect, Filter, Next, Eof, Column, Rowid);
+  m.xDisconnect = Disconnect;  // also forgets the table by name
   m.xDestroy = Disconnect;
-  m.xOpen = Open;
-  m.xClose = Close;
-  m.xFilter = Filter;
-  m.xNext = Next;
-  m.xEof = Eof;
-  m.xColumn = Column;
-  m.xRowid = Rowid;
   m.xUpdate = Update;
   m.xBegin = Begin;
   m.xSync = Sync;

@@ -90,29 +90,6 @@ int Connect(sqlite3* db, void* aux, int argc, const char* const* argv, sqlite3_v
   return SQLITE_ERROR;
 }
 
-int Disconnect(sqlite3_vtab* vtab) {
-  auto* table = static_cast<MdbTable*>(vtab);
-  sqlite3_free(table->zErrMsg);
-  delete table;
-  return SQLITE_OK;
-}
-
-int BestIndex(sqlite3_vtab*, sqlite3_index_info* info) {
-  info->estimatedCost = 1e6;
-  info->estimatedRows = 1000000;
-  return SQLITE_OK;
-}
-
-int Open(sqlite3_vtab*, sqlite3_vtab_cursor** out) {
-  *out = new MdbCursor();
-  return SQLITE_OK;
-}
-
-int Close(sqlite3_vtab_cursor* cursor) {
-  delete static_cast<MdbCursor*>(cursor);
-  return SQLITE_OK;
-}
-
 int Filter(sqlite3_vtab_cursor* base, int, const char*, int, sqlite3_value**) {
   auto* cursor = static_cast<MdbCursor*>(base);
   auto* table = static_cast<MdbTable*>(base->pVtab);
@@ -181,20 +158,8 @@ int Rowid(sqlite3_vtab_cursor* base, sqlite3_int64* rowid) {
 }
 
 sqlite3_module MakeModule() {
-  sqlite3_module m{};
-  m.iVersion = 1;
-  m.xCreate = Connect;
-  m.xConnect = Connect;
-  m.xBestIndex = BestIndex;
-  m.xDisconnect = Disconnect;
-  m.xDestroy = Disconnect;
-  m.xOpen = Open;
-  m.xClose = Close;
-  m.xFilter = Filter;
-  m.xNext = Next;
-  m.xEof = Eof;
-  m.xColumn = Column;
-  m.xRowid = Rowid;
+  sqlite3_module m =
+      file_engine::ScanModule<MdbTable, MdbCursor>(Connect, Filter, Next, Eof, Column, Rowid);
   return m;  // no xUpdate: SQLite refuses every write
 }
 

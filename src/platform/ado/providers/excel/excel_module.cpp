@@ -6,6 +6,7 @@
 
 #include "platform/ado/enums.h"
 #include "platform/ado/file_engine/csv_module.h"
+#include "platform/ado/file_engine/module_support.h"
 #include "platform/ado/file_engine/sql_rewrite.h"
 #include "platform/ado/providers/excel/workbook.h"
 #include "support/vb_error.h"
@@ -82,29 +83,6 @@ int Connect(sqlite3* db, void* aux, int argc, const char* const* argv, sqlite3_v
     file_engine::SetModuleErrorNumber(ado::kErrGeneral);
   }
   return SQLITE_ERROR;
-}
-
-int Disconnect(sqlite3_vtab* vtab) {
-  auto* table = static_cast<ExcelTable*>(vtab);
-  sqlite3_free(table->zErrMsg);
-  delete table;
-  return SQLITE_OK;
-}
-
-int BestIndex(sqlite3_vtab*, sqlite3_index_info* info) {
-  info->estimatedCost = 1e6;
-  info->estimatedRows = 1000000;
-  return SQLITE_OK;
-}
-
-int Open(sqlite3_vtab*, sqlite3_vtab_cursor** out) {
-  *out = new ExcelCursor();
-  return SQLITE_OK;
-}
-
-int Close(sqlite3_vtab_cursor* cursor) {
-  delete static_cast<ExcelCursor*>(cursor);
-  return SQLITE_OK;
 }
 
 int Filter(sqlite3_vtab_cursor* base, int, const char*, int, sqlite3_value**) {
@@ -341,20 +319,8 @@ int Rename(sqlite3_vtab* vtab, const char*) {
 }
 
 sqlite3_module MakeModule() {
-  sqlite3_module m{};
-  m.iVersion = 1;
-  m.xCreate = Connect;
-  m.xConnect = Connect;
-  m.xBestIndex = BestIndex;
-  m.xDisconnect = Disconnect;
-  m.xDestroy = Disconnect;
-  m.xOpen = Open;
-  m.xClose = Close;
-  m.xFilter = Filter;
-  m.xNext = Next;
-  m.xEof = Eof;
-  m.xColumn = Column;
-  m.xRowid = Rowid;
+  sqlite3_module m =
+      file_engine::ScanModule<ExcelTable, ExcelCursor>(Connect, Filter, Next, Eof, Column, Rowid);
   m.xUpdate = Update;
   m.xBegin = Begin;
   m.xSync = Sync;

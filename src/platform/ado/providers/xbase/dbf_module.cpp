@@ -122,27 +122,6 @@ int Connect(sqlite3* db, void* aux, int argc, const char* const* argv, sqlite3_v
   return SQLITE_ERROR;
 }
 
-int Disconnect(sqlite3_vtab* vtab) {
-  sqlite3_free(vtab->zErrMsg);
-  delete static_cast<DbfTable*>(vtab);
-  return SQLITE_OK;
-}
-
-int BestIndex(sqlite3_vtab*, sqlite3_index_info* info) {
-  info->estimatedCost = 1e5;
-  return SQLITE_OK;
-}
-
-int Open(sqlite3_vtab*, sqlite3_vtab_cursor** out) {
-  *out = new DbfCursor();
-  return SQLITE_OK;
-}
-
-int Close(sqlite3_vtab_cursor* cursor) {
-  delete static_cast<DbfCursor*>(cursor);
-  return SQLITE_OK;
-}
-
 void SkipDead(DbfCursor* cursor) {
   const auto& live = static_cast<DbfTable*>(cursor->pVtab)->table->live;
   while (cursor->row < live.size() && !live[cursor->row]) ++cursor->row;
@@ -232,20 +211,8 @@ int Update(sqlite3_vtab* vtab, int argc, sqlite3_value** argv, sqlite3_int64* ro
 }
 
 sqlite3_module MakeModule() {
-  sqlite3_module m{};
-  m.iVersion = 1;
-  m.xCreate = Connect;
-  m.xConnect = Connect;
-  m.xBestIndex = BestIndex;
-  m.xDisconnect = Disconnect;
-  m.xDestroy = Disconnect;
-  m.xOpen = Open;
-  m.xClose = Close;
-  m.xFilter = Filter;
-  m.xNext = Next;
-  m.xEof = Eof;
-  m.xColumn = Column;
-  m.xRowid = Rowid;
+  sqlite3_module m =
+      file_engine::ScanModule<DbfTable, DbfCursor>(Connect, Filter, Next, Eof, Column, Rowid);
   m.xUpdate = Update;
   return m;
 }
