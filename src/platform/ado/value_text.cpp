@@ -1,6 +1,7 @@
 #include "platform/ado/value_text.h"
 
 #include <cmath>
+#include <limits>
 
 namespace ketrova::ado {
 
@@ -193,6 +194,19 @@ std::string CurrencyToText(Currency c) {
   d.mantissa = c.scaled;
   d.scale = 4;
   return DecimalToText(d);
+}
+
+Variant IntegerValue(std::int64_t v, DataTypeEnum type) {
+  if (type == adSmallInt && v >= -32768 && v <= 32767)
+    return Variant::Integer(static_cast<std::int16_t>(v));
+  if (type == adUnsignedTinyInt && v >= 0 && v <= 255)
+    return Variant::Byte(static_cast<std::uint8_t>(v));
+  if (type == adTinyInt && v >= -128 && v <= 127)
+    return Variant::Integer(static_cast<std::int16_t>(v));
+  if (v >= std::numeric_limits<std::int32_t>::min() &&
+      v <= std::numeric_limits<std::int32_t>::max())
+    return Variant::Long(static_cast<std::int32_t>(v));
+  return Variant(static_cast<double>(v));
 }
 
 }  // namespace ketrova::ado

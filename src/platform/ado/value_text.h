@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/ado/enums.h"
 #include "support/variant.h"
 
 namespace ketrova::ado {
@@ -22,6 +23,11 @@ struct DateParts {
 
 double OleDateFromParts(const DateParts& p);
 DateParts PartsFromOleDate(double oleDate);
+
+// A whole number read from a store, as the Variant a column of `type` gives:
+// Integer for SMALLINT and TINYINT, Byte for an unsigned TINYINT, else Long,
+// and Double where a Long does not hold it.
+Variant IntegerValue(std::int64_t v, DataTypeEnum type);
 
 // "-123.4500" to a Decimal; Empty when the text is no decimal number or does
 // not fit 28 digits.

@@ -14,19 +14,6 @@
 namespace ketrova::ado::sqlite {
 namespace {
 
-Variant IntegerValue(std::int64_t v, DataTypeEnum type) {
-  if (type == adSmallInt && v >= -32768 && v <= 32767)
-    return Variant::Integer(static_cast<std::int16_t>(v));
-  if (type == adUnsignedTinyInt && v >= 0 && v <= 255)
-    return Variant::Byte(static_cast<std::uint8_t>(v));
-  if (type == adTinyInt && v >= -128 && v <= 127)
-    return Variant::Integer(static_cast<std::int16_t>(v));
-  if (v >= std::numeric_limits<std::int32_t>::min() &&
-      v <= std::numeric_limits<std::int32_t>::max())
-    return Variant::Long(static_cast<std::int32_t>(v));
-  return Variant(static_cast<double>(v));
-}
-
 std::string_view TrimBlanks(std::string_view s) {
   while (!s.empty() && std::isspace(static_cast<unsigned char>(s.front()))) s.remove_prefix(1);
   while (!s.empty() && std::isspace(static_cast<unsigned char>(s.back()))) s.remove_suffix(1);
