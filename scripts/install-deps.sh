@@ -16,8 +16,9 @@ packages=(
   # record access: the driver manager and the drivers
   unixodbc unixodbc-dev libsqliteodbc odbc-postgresql odbc-mariadb tdsodbc
   # Access files (libmdb; mdb-export is the tests' independent reader), dBase
-  # files (shapelib's DBF API; python3-dbf writes the tests' files)
-  mdbtools-dev mdbtools libshp-dev python3-dbf
+  # files (shapelib's DBF API; python3-dbf writes the tests' dBase files, pxlib their
+  # Paradox files)
+  mdbtools-dev mdbtools libshp-dev python3-dbf pxlib-dev
   # throwaway database servers for the server tests
   postgresql mariadb-server mariadb-client
   # the peers of the conversion benchmark (scripts/bench.sh) and its clock

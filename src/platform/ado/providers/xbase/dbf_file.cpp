@@ -1,6 +1,5 @@
 #include "platform/ado/providers/xbase/dbf_file.h"
 
-#include <iconv.h>
 #include <shapefil.h>
 #include <sys/stat.h>
 
@@ -14,6 +13,7 @@
 #include <sstream>
 
 #include "platform/ado/enums.h"
+#include "platform/ado/providers/xbase/file_bytes.h"
 #include "platform/ado/value_text.h"
 #include "support/text.h"
 #include "support/vb_error.h"
@@ -62,22 +62,6 @@ std::string CodePageOf(int ldid) {
   }
 }
 
-// Converts between encodings; false when a character has no counterpart.
-bool Convert(const std::string& from, const std::string& to, std::string_view in,
-             std::string& out) {
-  iconv_t cd = iconv_open(to.c_str(), from.c_str());
-  assert(cd != reinterpret_cast<iconv_t>(-1) && "glibc knows every code page named here");
-  std::unique_ptr<void, int (*)(iconv_t)> owner(cd, iconv_close);
-  out.assign(in.size() * 4 + 4, '\0');
-  char* src = const_cast<char*>(in.data());
-  std::size_t srcLeft = in.size();
-  char* dst = out.data();
-  std::size_t dstLeft = out.size();
-  if (iconv(cd, &src, &srcLeft, &dst, &dstLeft) == static_cast<std::size_t>(-1)) return false;
-  out.resize(out.size() - dstLeft);
-  return true;
-}
-
 std::int64_t Le(const unsigned char* p, int bytes) {
   std::uint64_t v = 0;
   for (int i = bytes - 1; i >= 0; --i) v = (v << 8) | p[i];
@@ -103,26 +87,6 @@ std::string Trim(std::string_view s) {
   while (b < e && (s[b] == ' ' || s[b] == '\0')) ++b;
   while (e > b && (s[e - 1] == ' ' || s[e - 1] == '\0')) --e;
   return std::string(s.substr(b, e - b));
-}
-
-std::string ReadWholeFile(const std::filesystem::path& file) {
-  std::ifstream in(file, std::ios::binary);
-  std::ostringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
-
-// The memo file beside a table, found without regard to the case of its
-// extension; empty when there is none.
-std::filesystem::path MemoFileOf(const std::filesystem::path& table, const char* extension) {
-  std::error_code ec;
-  for (const auto& entry : std::filesystem::directory_iterator(table.parent_path(), ec)) {
-    const auto& p = entry.path();
-    if (AsciiUpper(p.stem().string()) == AsciiUpper(table.stem().string()) &&
-        AsciiUpper(p.extension().string()) == extension)
-      return p;
-  }
-  return {};
 }
 
 bool IsFoxPro(int version) {
@@ -184,7 +148,7 @@ double OleFromYmd(int y, int m, int d) {
 
 }  // namespace
 
-ado::ColumnInfo DescribeDbfField(const std::string& name, char type, int width, int decimals) {
+ado::ColumnInfo DescribeTableField(const std::string& name, char type, int width, int decimals) {
   ado::ColumnInfo c;
   c.name = name;
   c.baseColumn = name;
@@ -265,7 +229,7 @@ DbfFile DbfFile::Read(const std::filesystem::path& file) {
     const char type = DBFGetNativeFieldType(dbf, i);
     used += width;
     if (type == '0') continue;  // Visual FoxPro's hidden _NullFlags
-    DbfField f{name, type, width, decimals, DescribeDbfField(name, type, width, decimals)};
+    TableField f{name, type, width, decimals, DescribeTableField(name, type, width, decimals)};
     if (f.info.type == ado::adEmpty)
       Fail(file, "hat im Feld '" + f.name + "' den unbekannten Feldtyp '" + type + "'");
     memo = memo || type == 'M' || type == 'G' || type == 'P';
@@ -302,7 +266,7 @@ DbfFile DbfFile::Read(const std::filesystem::path& file) {
     if (rec[0] == '*') continue;  // deleted
     ado::Row row;
     for (std::size_t i = 0; i < t.fields_.size(); ++i) {
-      const DbfField& f = t.fields_[i];
+      const TableField& f = t.fields_[i];
       const auto* p = rec + offsets[i];
       std::string_view bytes(reinterpret_cast<const char*>(p), static_cast<std::size_t>(f.width));
       auto bad = [&] {
@@ -395,13 +359,13 @@ DbfFile DbfFile::Read(const std::filesystem::path& file) {
   return t;
 }
 
-DbfFile DbfFile::Create(const std::filesystem::path& file, std::vector<DbfField> fields) {
+DbfFile DbfFile::Create(const std::filesystem::path& file, std::vector<TableField> fields) {
   DbfFile t;
   t.file_ = file;
   t.fields_ = std::move(fields);
   bool memo = false;
   for (auto& f : t.fields_) {
-    f.info = DescribeDbfField(f.name, f.type, f.width, f.decimals);
+    f.info = DescribeTableField(f.name, f.type, f.width, f.decimals);
     f.info.baseTable = file.stem().string();
     memo = memo || f.type == 'M';
   }
@@ -414,7 +378,7 @@ DbfFile DbfFile::Create(const std::filesystem::path& file, std::vector<DbfField>
 namespace {
 
 // A field's bytes for a value; raises kErrStatementRefused when it does not fit.
-std::string EncodeField(const DbfFile& table, const DbfField& f, const Variant& v,
+std::string EncodeField(const DbfFile& table, const TableField& f, const Variant& v,
                         const std::string& codePage, std::string& memo, std::size_t blockSize,
                         bool fox) {
   const auto width = static_cast<std::size_t>(f.width);
@@ -526,7 +490,7 @@ void DbfFile::Check(const ado::Row& row) const {
     EncodeField(*this, fields_[i], row[i], codePage_, memo, 512, IsFoxPro(version_));
 }
 
-void DbfFile::Write() const {
+void DbfFile::Write(const std::vector<ado::Row>& rows) const {
   const bool fox = IsFoxPro(version_);
   bool hasMemo = false;
   for (const auto& f : fields_)
@@ -546,7 +510,7 @@ void DbfFile::Write() const {
         Fail(file_, "kann das Feld '" + f.name + "' nicht anlegen");
     }
     int index = 0;
-    for (const auto& row : rows_) {
+    for (const auto& row : rows) {
       std::string record = " ";  // the deletion flag, then the fields
       for (std::size_t i = 0; i < fields_.size(); ++i) {
         record += EncodeField(*this, fields_[i], i < row.size() ? row[i] : Variant::Null(),

@@ -24,41 +24,31 @@
 #include <vector>
 
 #include "platform/ado/provider.h"
+#include "platform/ado/providers/xbase/table_file.h"
 #include "support/variant.h"
 
 namespace ketrova::xbase_provider {
 
-struct DbfField {
-  std::string name;
-  char type = 'C';
-  int width = 0;
-  int decimals = 0;
-  ado::ColumnInfo info;  // as Jet reports the field
-};
-
-class DbfFile {
+class DbfFile : public TableFile {
  public:
   // Reads the whole table. Raises kErrGeneral (see above).
   static DbfFile Read(const std::filesystem::path& file);
   // A new, empty table of dBase III (with a .dbt memo file when a field is M)
   // in code page 1252.
-  static DbfFile Create(const std::filesystem::path& file, std::vector<DbfField> fields);
+  static DbfFile Create(const std::filesystem::path& file, std::vector<TableField> fields);
 
-  const std::filesystem::path& file() const { return file_; }
-  const std::vector<DbfField>& fields() const { return fields_; }
-  std::vector<ado::Row>& rows() { return rows_; }
-  const std::vector<ado::Row>& rows() const { return rows_; }
+  const std::filesystem::path& file() const override { return file_; }
+  const std::vector<TableField>& fields() const override { return fields_; }
+  std::vector<ado::Row>& rows() override { return rows_; }
 
-  // Checks a row against the fields (lengths, numbers, code page); raises
-  // kErrStatementRefused naming the field. Write checks every row again.
-  void Check(const ado::Row& row) const;
-  // Writes the table and its memo file through temporary files renamed over
-  // the originals.
-  void Write() const;
+  // Checks lengths, numbers and the code page; Write checks every row again.
+  void Check(const ado::Row& row) const override;
+  // Writes the table and its memo file.
+  void Write(const std::vector<ado::Row>& rows) const override;
 
  private:
   std::filesystem::path file_;
-  std::vector<DbfField> fields_;
+  std::vector<TableField> fields_;
   std::vector<ado::Row> rows_;
   int version_ = 0x03;
   int languageDriver_ = 0x03;
@@ -66,6 +56,6 @@ class DbfFile {
 };
 
 // The ADO description of a dBase field type, as Jet reports it.
-ado::ColumnInfo DescribeDbfField(const std::string& name, char type, int width, int decimals);
+ado::ColumnInfo DescribeTableField(const std::string& name, char type, int width, int decimals);
 
 }  // namespace ketrova::xbase_provider

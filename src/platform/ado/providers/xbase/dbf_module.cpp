@@ -8,6 +8,7 @@
 
 #include "platform/ado/enums.h"
 #include "platform/ado/file_engine/csv_module.h"
+#include "platform/ado/file_engine/engine_access.h"
 #include "platform/ado/file_engine/module_support.h"
 #include "platform/ado/file_engine/sql_rewrite.h"
 #include "platform/ado/providers/xbase/xbase_provider.h"
@@ -26,29 +27,16 @@ struct DbfCursor : sqlite3_vtab_cursor {
   std::size_t row = 0;
 };
 
-const char* EngineType(const ado::ColumnInfo& c) {
-  switch (c.type) {
-    case ado::adInteger:
-      return "INTEGER";
-    case ado::adDouble:
-      return "DOUBLE";
-    case ado::adCurrency:
-      return "CURRENCY";
-    case ado::adDate:
-      return "DATETIME";
-    case ado::adBoolean:
-      return "BIT";
-    case ado::adLongVarWChar:
-      return "MEMO";
-    case ado::adLongVarBinary:
-      return "BLOB";
-    default:
-      return "TEXT";
-  }
+bool IsBinary(ado::DataTypeEnum type) {
+  return type == ado::adLongVarBinary || type == ado::adVarBinary;
+}
+
+std::string EngineType(const ado::ColumnInfo& c) {
+  return IsBinary(c.type) ? "BLOB" : file_engine::EngineTypeSql(c.type);
 }
 
 // The engine's value for a field as a Variant of the field's kind.
-Variant FromEngine(sqlite3_value* v, const DbfField& f) {
+Variant FromEngine(sqlite3_value* v, const TableField& f) {
   switch (sqlite3_value_type(v)) {
     case SQLITE_NULL:
       return Variant::Null();
@@ -84,7 +72,8 @@ Variant FromEngine(sqlite3_value* v, const DbfField& f) {
     }
   }
   if (f.info.type == ado::adDouble || f.info.type == ado::adInteger ||
-      f.info.type == ado::adCurrency) {
+      f.info.type == ado::adSmallInt || f.info.type == ado::adCurrency ||
+      f.info.type == ado::adNumeric) {
     std::string dotted = text;
     for (char& c : dotted)
       if (c == ',') c = '.';
@@ -103,7 +92,7 @@ int Connect(sqlite3* db, void* aux, int argc, const char* const* argv, sqlite3_v
     auto vtab = std::make_unique<DbfTable>();
     vtab->table = &(*loader)(file_engine::UnquoteModuleArgument(argv[3]));
     std::string sql = "CREATE TABLE x(";
-    const auto& fields = vtab->table->file.fields();
+    const auto& fields = vtab->table->file->fields();
     for (std::size_t i = 0; i < fields.size(); ++i) {
       if (i > 0) sql += ", ";
       sql += file_engine::QuoteSqlIdentifier(fields[i].name) + " " + EngineType(fields[i].info);
@@ -149,8 +138,8 @@ int Eof(sqlite3_vtab_cursor* base) {
 int Column(sqlite3_vtab_cursor* base, sqlite3_context* ctx, int n) {
   auto* cursor = static_cast<DbfCursor*>(base);
   LoadedTable& t = *static_cast<DbfTable*>(base->pVtab)->table;
-  const Variant& v = t.file.rows()[cursor->row][static_cast<std::size_t>(n)];
-  const auto type = t.file.fields()[static_cast<std::size_t>(n)].info.type;
+  const Variant& v = t.file->rows()[cursor->row][static_cast<std::size_t>(n)];
+  const auto type = t.file->fields()[static_cast<std::size_t>(n)].info.type;
   if (v.IsNull() || v.IsEmpty()) {
     sqlite3_result_null(ctx);
   } else if (type == ado::adDate) {
@@ -158,11 +147,11 @@ int Column(sqlite3_vtab_cursor* base, sqlite3_context* ctx, int n) {
     sqlite3_result_text(ctx, iso.data(), static_cast<int>(iso.size()), SQLITE_TRANSIENT);
   } else if (type == ado::adBoolean) {
     sqlite3_result_int(ctx, v.ToBool() ? 1 : 0);
-  } else if (type == ado::adInteger) {
+  } else if (type == ado::adInteger || type == ado::adSmallInt) {
     sqlite3_result_int64(ctx, v.ToLong());
-  } else if (type == ado::adDouble || type == ado::adCurrency) {
+  } else if (type == ado::adDouble || type == ado::adCurrency || type == ado::adNumeric) {
     sqlite3_result_double(ctx, v.ToDouble());
-  } else if (type == ado::adLongVarBinary) {
+  } else if (IsBinary(type)) {
     std::string bytes;
     for (const auto& b : v.AsArray()->data) bytes.push_back(static_cast<char>(b.ToLong()));
     sqlite3_result_blob(ctx, bytes.data(), static_cast<int>(bytes.size()), SQLITE_TRANSIENT);
@@ -187,21 +176,21 @@ int Update(sqlite3_vtab* vtab, int argc, sqlite3_value** argv, sqlite3_int64* ro
       t.changed = true;
       return SQLITE_OK;
     }
-    const auto& fields = t.file.fields();
+    const auto& fields = t.file->fields();
     ado::Row row;
     for (std::size_t i = 0; i < fields.size(); ++i)
       row.push_back(static_cast<int>(i) + 2 < argc ? FromEngine(argv[i + 2], fields[i])
                                                    : Variant::Null());
-    t.file.Check(row);
+    t.file->Check(row);
     if (sqlite3_value_type(argv[0]) == SQLITE_NULL) {
-      t.file.rows().push_back(std::move(row));
+      t.file->rows().push_back(std::move(row));
       t.live.push_back(true);
       *rowid = static_cast<sqlite3_int64>(t.live.size() - 1);
     } else {
       auto id = static_cast<std::size_t>(sqlite3_value_int64(argv[0]));
       if (sqlite3_value_int64(argv[1]) != sqlite3_value_int64(argv[0]))
         throw VbError(ado::kErrStatementRefused, "Die Zeilennummer kann nicht geändert werden");
-      t.file.rows()[id] = std::move(row);
+      t.file->rows()[id] = std::move(row);
     }
     t.changed = true;
     return SQLITE_OK;

@@ -10,6 +10,7 @@
 #include "platform/ado/file_engine/sql_rewrite.h"
 #include "platform/ado/file_engine/store_folder.h"
 #include "platform/ado/providers/xbase/dbf_module.h"
+#include "platform/ado/providers/xbase/paradox_file.h"
 #include "support/text.h"
 #include "support/vb_error.h"
 
@@ -48,7 +49,7 @@ std::string FirstWords(std::string_view sql) {
 }
 
 // The field a declared engine type gives in a new dBase III table.
-DbfField FieldOf(const std::string& name, std::string declared) {
+TableField FieldOf(const std::string& name, std::string declared) {
   int width = 0;
   if (auto paren = declared.find('('); paren != std::string::npos) {
     width = std::atoi(declared.c_str() + paren + 1);
@@ -56,7 +57,7 @@ DbfField FieldOf(const std::string& name, std::string declared) {
   }
   declared = AsciiUpper(declared);
   while (!declared.empty() && declared.back() == ' ') declared.pop_back();
-  DbfField f;
+  TableField f;
   f.name = name;
   if (declared == "INTEGER" || declared == "LONG" || declared == "SHORT" || declared == "BYTE")
     f.type = 'N', f.width = 11;
@@ -72,6 +73,45 @@ DbfField FieldOf(const std::string& name, std::string declared) {
     f.type = 'M', f.width = 10;
   else
     f.type = 'C', f.width = width > 0 && width <= 254 ? width : 254;
+  return f;
+}
+
+// The field a declared engine type gives in a new Paradox table: TEXT(n)
+// alpha of n (255 without a size), whole numbers long, floating numbers and
+// currency as Paradox's number and money, dates as timestamps (a Paradox
+// date holds no time), memos with a 10-byte leading part.
+TableField ParadoxFieldOf(const std::string& name, std::string declared) {
+  int width = 0;
+  if (auto paren = declared.find('('); paren != std::string::npos) {
+    width = std::atoi(declared.c_str() + paren + 1);
+    declared.resize(paren);
+  }
+  declared = AsciiUpper(declared);
+  while (!declared.empty() && declared.back() == ' ') declared.pop_back();
+  TableField f;
+  f.name = name;
+  if (declared == "INTEGER" || declared == "LONG")
+    f.type = 'I', f.width = 4;
+  else if (declared == "SHORT" || declared == "SMALLINT" || declared == "BYTE")
+    f.type = 'S', f.width = 2;
+  else if (declared == "COUNTER" || declared == "AUTOINCREMENT")
+    f.type = '+', f.width = 4;
+  else if (declared == "DOUBLE" || declared == "SINGLE" || declared == "FLOAT" ||
+           declared == "REAL" || declared == "NUMERIC" || declared == "DECIMAL")
+    f.type = 'N', f.width = 8;
+  else if (declared == "CURRENCY" || declared == "MONEY")
+    f.type = '$', f.width = 8;
+  else if (declared == "DATETIME" || declared == "DATE" || declared == "TIMESTAMP")
+    f.type = '@', f.width = 8;
+  else if (declared == "BIT")
+    f.type = 'L', f.width = 1;
+  else if (declared == "MEMO" || declared == "LONGTEXT")
+    f.type = 'M', f.width = 20;
+  else if (declared == "BLOB" || declared == "LONGBINARY" || declared == "IMAGE" ||
+           declared == "OLEOBJECT")
+    f.type = 'B', f.width = 20;
+  else
+    f.type = 'A', f.width = width > 0 && width <= 255 ? width : 255;
   return f;
 }
 
@@ -93,6 +133,9 @@ void RegisterXbaseProvider() {
 
 XbaseProvider::XbaseProvider(const ado::ConnectionSpec& spec) {
   folder_ = file_engine::StoreFolder(spec.dataSource, "dBase-Tabellen", kSource);
+  const std::string asked = AsciiUpper(spec.Get("Extended Properties") + " " + spec.Get("Driver") +
+                                       " " + spec.Get("FIL"));
+  paradox_ = asked.find("PARADOX") != std::string::npos;
   engine_ = std::make_unique<file_engine::FileEngine>(
       [this](const std::string& name) -> std::optional<file_engine::TableSource> {
         auto file = FileOf(name);
@@ -104,14 +147,13 @@ XbaseProvider::XbaseProvider(const ado::ConnectionSpec& spec) {
     auto key = AsciiUpper(file);
     auto it = tables_.find(key);
     if (it == tables_.end()) {
-      if (IsParadox(file)) {
-        throw VbError(ado::kErrGeneral,
-                      "Die Paradox-Datei '" + file +
-                          "' kann noch nicht gelesen werden; gelesen werden dBase-Tabellen (.dbf)",
-                      kSource);
-      }
-      auto loaded = std::make_unique<LoadedTable>(LoadedTable{DbfFile::Read(file), {}, false});
-      loaded->live.assign(loaded->file.rows().size(), true);
+      std::unique_ptr<TableFile> read;
+      if (IsParadox(file))
+        read = std::make_unique<ParadoxFile>(ParadoxFile::Read(file));
+      else
+        read = std::make_unique<DbfFile>(DbfFile::Read(file));
+      auto loaded = std::make_unique<LoadedTable>(LoadedTable{std::move(read), {}, false});
+      loaded->live.assign(loaded->file->rows().size(), true);
       it = tables_.emplace(key, std::move(loaded)).first;
     }
     return *it->second;
@@ -131,13 +173,11 @@ XbaseProvider::~XbaseProvider() {
 void XbaseProvider::Flush() {
   for (auto& [key, table] : tables_) {
     if (!table->changed) continue;
-    auto& rows = table->file.rows();
+    auto& rows = table->file->rows();
     std::vector<ado::Row> kept;
     for (std::size_t i = 0; i < rows.size(); ++i)
       if (table->live[i]) kept.push_back(rows[i]);
-    DbfFile out = table->file;
-    out.rows() = std::move(kept);
-    out.Write();
+    table->file->Write(kept);
     table->changed = false;
   }
 }
@@ -190,7 +230,7 @@ std::vector<ado::ColumnInfo> XbaseProvider::TableColumns(const std::string& tabl
                   kSource);
   }
   std::vector<ado::ColumnInfo> out;
-  for (const auto& f : loader_(file.string()).file.fields()) out.push_back(f.info);
+  for (const auto& f : loader_(file.string()).file->fields()) out.push_back(f.info);
   return out;
 }
 
@@ -198,7 +238,7 @@ std::string XbaseProvider::ColumnTypeSql(const ado::ColumnInfo& column) const {
   return file_engine::EngineTypeSql(column.type);
 }
 
-// CREATE TABLE gives an empty dBase III file at once.
+// CREATE TABLE gives an empty Paradox or dBase III file at once.
 void XbaseProvider::CreateTable(const std::string& sql) {
   const file_engine::DeclaredTable declared = file_engine::ParseCreateTable(sql, kSource);
   const std::string& table = declared.name;
@@ -206,16 +246,25 @@ void XbaseProvider::CreateTable(const std::string& sql) {
     throw VbError(ado::kErrStatementRefused, "Die Tabelle '" + table + "' existiert bereits",
                   kSource);
   }
-  std::vector<DbfField> fields;
+  std::vector<TableField> fields;
   for (const auto& c : declared.columns) {
+    if (paradox_) {
+      fields.push_back(ParadoxFieldOf(c.name, c.declared));
+      continue;
+    }
     if (c.name.size() > 10) {
       throw VbError(ado::kErrStatementRefused,
                     "Der Feldname '" + c.name + "' ist für dBase länger als 10 Zeichen", kSource);
     }
     fields.push_back(FieldOf(c.name, c.declared));
   }
-  auto file = folder_ / (FileStemOf(table) + ".dbf");
-  DbfFile::Create(file, std::move(fields)).Write();
+  if (paradox_) {
+    const auto file = folder_ / (FileStemOf(table) + ".db");
+    ParadoxFile::Create(file, std::move(fields)).Write({});
+  } else {
+    const auto file = folder_ / (FileStemOf(table) + ".dbf");
+    DbfFile::Create(file, std::move(fields)).Write({});
+  }
   engine_->ForgetTable(table);
 }
 

@@ -1,18 +1,20 @@
-// The xBase provider: a folder of dBase tables as a store, opened by
-// "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=<folder>;Extended
+// The xBase provider: a folder of dBase and Paradox tables as a store, opened
+// by "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=<folder>;Extended
 // Properties=Paradox 5.x" (or "dBase ..."), and by an ODBC data source whose
 // driver is a Paradox or dBase driver, on its DBQ folder.
 //
-// Every .dbf file of the folder is a table named by its file name without the
-// extension. Paradox .db files are listed too, but not read yet: using one
-// raises a German text that names the file. A table is read whole when a statement first names it
-// (dbf_file.h) and served to the file SQL engine as a virtual table of the
-// module "ketrova_dbf"; INSERT, UPDATE and DELETE change that copy, so that
-// later statements see them, and each changed table is written back when the
-// connection closes. CREATE TABLE writes a new dBase III file at once: TEXT(n)
-// gives C(n) (C(254) without a size), INTEGER N(11), DOUBLE N(20,8), CURRENCY
-// N(20,4), DATETIME D, BIT L, MEMO M; "." and blanks in a name become "_" in
-// the file name.
+// Every .dbf and .db file of the folder is a table named by its file name
+// without the extension (a .dbf first where both exist). A table is read
+// whole when a statement first names it (dbf_file.h, paradox_file.h) and
+// served to the file SQL engine as a virtual table of the module
+// "ketrova_dbf"; INSERT, UPDATE and DELETE change that copy, so that later
+// statements see them, and each changed table is written back by Flush (a
+// job's end) and when the connection closes. CREATE TABLE writes a new file
+// at once: a Paradox 7 table (.db) on a connection that names Paradox, else
+// a dBase III table (.dbf); "." and blanks in a name become "_" in the file
+// name. Declared types: TEXT(n) gives alpha n / C(n) (255 / C(254) without a
+// size), INTEGER long / N(11), DOUBLE number / N(20,8), CURRENCY money /
+// N(20,4), DATETIME timestamp / D, BIT logical / L, MEMO memo / M.
 //
 // RegisterXbaseProvider() must be called once at program start.
 #pragma once
@@ -33,7 +35,7 @@ void RegisterXbaseProvider();
 
 // One table as the engine sees it: the file's rows, those deleted marked.
 struct LoadedTable {
-  DbfFile file;
+  std::unique_ptr<TableFile> file;
   std::vector<bool> live;
   bool changed = false;
 };
@@ -68,6 +70,7 @@ class XbaseProvider : public ado::Provider {
   void CreateTable(const std::string& sql);
 
   std::filesystem::path folder_;
+  bool paradox_ = false;  // new tables as Paradox .db (else dBase III .dbf)
   std::map<std::string, std::unique_ptr<LoadedTable>> tables_;  // by upper-case file path
   TableLoader loader_;  // reads a table on first use; the module's way to tables_
   std::unique_ptr<file_engine::FileEngine> engine_;

@@ -1,0 +1,39 @@
+// What the provider needs of a table file, dBase or Paradox: its fields as
+// Jet describes them, its rows in memory, a check of a row against the
+// fields, and a write of given rows over the file.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "platform/ado/provider.h"
+#include "support/variant.h"
+
+namespace ketrova::xbase_provider {
+
+struct TableField {
+  std::string name;
+  char type = 'C';  // the format's own letter for the field type
+  int width = 0;    // bytes in the record
+  int decimals = 0;
+  ado::ColumnInfo info;  // as Jet reports the field
+};
+
+class TableFile {
+ public:
+  virtual ~TableFile() = default;
+
+  virtual const std::filesystem::path& file() const = 0;
+  virtual const std::vector<TableField>& fields() const = 0;
+  virtual std::vector<ado::Row>& rows() = 0;
+
+  // Raises kErrStatementRefused naming the field when a value of the row
+  // does not fit it (length, digits, code page).
+  virtual void Check(const ado::Row& row) const = 0;
+  // Writes `rows` as the table's records through temporary files renamed
+  // over the originals; raises kErrGeneral naming the file.
+  virtual void Write(const std::vector<ado::Row>& rows) const = 0;
+};
+
+}  // namespace ketrova::xbase_provider
