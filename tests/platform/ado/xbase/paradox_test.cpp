@@ -103,6 +103,36 @@ TEST_F(ParadoxTest, RecordsComeInTheOrderOfTheBlockChain) {
   EXPECT_EQ(rows[199], "200|Satz 200");
 }
 
+TEST_F(ParadoxTest, OlderVersionsAndTheirCodePagesAreRead) {
+  // viele.db is Paradox 7: its 0x20 bytes of Paradox 4's header part, then
+  // two fields' types, 12 bytes of pointers and a table name of 261 bytes.
+  const std::string v7 = Read("viele.db");
+  ASSERT_EQ(v7[0x39], 0x0C);
+  const std::size_t name = 0x78 + 4 + 12;
+  std::string v5 =
+      v7.substr(0, name) + v7.substr(name, 79) + v7.substr(name + 261, 0x800 - name - 261);
+  v5.resize(0x800, '\0');
+  v5[0x39] = 0x0B;
+  PutLe(v5, 0x6A, 850, 2);
+  std::string v3 = v5.substr(0, 0x58) + v5.substr(0x78);
+  v3.resize(0x800, '\0');
+  v3[0x39] = 0x03;        // no code page: DOS's 437
+  PutLe(v3, 0x25, 0, 4);  // not encrypted, as Paradox 3 says it
+  for (auto* table : {&v5, &v3}) {
+    *table += v7.substr(0x800);
+    (*table)[0x800 + 6 + 4 + 1] = '\x81';  // "ü" in both code pages
+  }
+  Write("fuenf.db", v5);
+  Write("drei.db", v3);
+  auto db = Open("Paradox 5.x");
+  for (const char* table : {"fuenf", "drei"}) {
+    EXPECT_EQ(
+        Rows(*db, std::string("SELECT [Nr], [Text] FROM [") + table + "] WHERE [Nr] IN (1, 200)"),
+        (std::vector<std::string>{"1|Sütz 1", "200|Satz 200"}))
+        << table;
+  }
+}
+
 TEST_F(ParadoxTest, ChangedRowsAreWrittenForPxlibAndBackForUs) {
   const std::string memo(300, 'x');
   {
@@ -221,6 +251,9 @@ TEST_F(ParadoxTest, DamagedFilesFailNamingTheFileAndStayUntouched) {
   bytes = good;
   bytes[0x04] = 1;
   expect(bytes, "ist keine Paradox-Tabelle (Dateityp 1)");
+  bytes = good;
+  PutLe(bytes, 0x5C, 0x12345678, 4);
+  expect(bytes, "ist mit einem Kennwort verschlüsselt");
   bytes = good;
   PutLe(bytes, 0x0E, 7, 2);
   expect(bytes, "hat eine beschädigte Blockkette (Block 7)");

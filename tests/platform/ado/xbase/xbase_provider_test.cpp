@@ -89,9 +89,11 @@ TEST_F(XbaseProviderTest, NewTableAndChangedRowsAreWrittenForOtherReaders) {
     db->Execute("INSERT INTO [kunden] ([NR], [NAME], [NOTIZ]) VALUES (4, 'Neu', 'lang ü')");
     EXPECT_EQ(Rows(*db, "SELECT [Nr], [Name] FROM [Neu.Liste]"),
               (std::vector<std::string>{"1|Bäcker", "2|Öl"}));
-    // Too long for its field: refused, nothing changed.
+    // Too long for its field, or a fraction in a field of whole numbers:
+    // refused, nothing changed.
     EXPECT_THROW(db->Execute("UPDATE [kunden] SET [NAME] = '" + std::string(31, 'x') + "'"),
                  VbError);
+    EXPECT_THROW(db->Execute("UPDATE [kunden] SET [NR] = 2.5"), VbError);
     // A job's end flushes the connection: other readers see the rows before
     // the connection closes.
     const char* kCount = "import dbf\nt = dbf.Table('Neu_Liste.dbf')\nt.open()\nprint(len(t))\n";

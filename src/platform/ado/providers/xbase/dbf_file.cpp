@@ -400,8 +400,13 @@ std::string EncodeField(const DbfFile& table, const TableField& f, const Variant
     case 'N':
     case 'F': {
       if (null) return std::string(width, ' ');
+      // A field without decimals holds whole numbers only; a fraction (a
+      // Single column created as LONG) is refused rather than rounded away.
+      const double number = v.ToDouble();
+      if (f.decimals == 0 && number != std::round(number))
+        refuse("nur ganze Zahlen halten, nicht " + v.ToString());
       char buf[64];
-      std::snprintf(buf, sizeof buf, "%*.*f", f.width, f.decimals, v.ToDouble());
+      std::snprintf(buf, sizeof buf, "%*.*f", f.width, f.decimals, number);
       if (std::strlen(buf) > width)
         refuse("die Zahl " + v.ToString() + " nicht in " + std::to_string(width) +
                " Stellen halten");

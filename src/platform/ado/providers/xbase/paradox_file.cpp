@@ -378,9 +378,10 @@ ParadoxFile ParadoxFile::Read(const std::filesystem::path& file) {
   head.resize(headerSize);
   if (!in.read(head.data() + kBaseHeader, static_cast<std::streamsize>(headerSize - kBaseHeader)))
     Fail(file, "ist abgeschnitten (der Kopf ist unvollständig)");
+  // Paradox 4 and later keep the key's check in the second header part.
+  const std::uint32_t encryption1 = Le(head, kEncryption1, 4);
   const bool encrypted =
-      v4 ? Le(head, kEncryption2, 4) != 0 && Le(head, kEncryption1, 4) != kNotEncrypted4
-         : Le(head, kEncryption1, 4) != 0;
+      v4 ? Le(head, kEncryption2, 4) != 0 : encryption1 != 0 && encryption1 != kNotEncrypted4;
   if (encrypted) Fail(file, "ist mit einem Kennwort verschlüsselt");
   t.header_ = head;
   t.blockSize_ = blockKb * 1024;
