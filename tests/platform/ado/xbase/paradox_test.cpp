@@ -7,6 +7,7 @@
 
 #include "platform/ado/connection_string.h"
 #include "platform/ado/enums.h"
+#include "platform/ado/providers/xbase/file_bytes.h"
 #include "platform/ado/value_text.h"
 #include "support/vb_error.h"
 #include "xbase_folder_test.h"
@@ -19,18 +20,6 @@ constexpr const char* kColumns =
     "[Stempel], [Betrag]";
 constexpr const char* kLongMemo =
     "Eine lange Notiz, die nicht in den Datensatz passt: Grüße aus Köln.";
-
-std::uint32_t Le(const std::string& s, std::size_t at, int bytes) {
-  std::uint32_t v = 0;
-  for (int i = bytes - 1; i >= 0; --i)
-    v = (v << 8) | static_cast<unsigned char>(s[at + static_cast<std::size_t>(i)]);
-  return v;
-}
-
-void PutLe(std::string& s, std::size_t at, std::uint32_t v, int bytes) {
-  for (int i = 0; i < bytes; ++i)
-    s[at + static_cast<std::size_t>(i)] = static_cast<char>(v >> (8 * i));
-}
 
 class ParadoxTest : public XbaseFolderTest {
  protected:
@@ -86,14 +75,14 @@ TEST_F(ParadoxTest, RecordsComeInTheOrderOfTheBlockChain) {
   // viele.db holds records 1-145 in block 1 and 146-200 in block 2; swap the
   // blocks in the file and link them the other way round.
   std::string bytes = Read("viele.db");
-  const std::size_t header = Le(bytes, 2, 2), block = bytes[5] * 1024u;
+  const std::size_t header = LittleEndian(bytes, 2, 2), block = bytes[5] * 1024u;
   ASSERT_EQ(bytes.size(), header + 2 * block);
   std::string first = bytes.substr(header, block), second = bytes.substr(header + block, block);
-  PutLe(second, 0, 0, 2), PutLe(second, 2, 2, 2);  // now block 1: the last
-  PutLe(first, 0, 1, 2), PutLe(first, 2, 0, 2);    // now block 2: the first
+  PutLittleEndian(second, 0, 0, 2), PutLittleEndian(second, 2, 2, 2);  // now block 1: the last
+  PutLittleEndian(first, 0, 1, 2), PutLittleEndian(first, 2, 0, 2);    // now block 2: the first
   bytes.replace(header, block, second);
   bytes.replace(header + block, block, first);
-  PutLe(bytes, 0x0E, 2, 2), PutLe(bytes, 0x10, 1, 2);
+  PutLittleEndian(bytes, 0x0E, 2, 2), PutLittleEndian(bytes, 0x10, 1, 2);
   Write("viele.db", bytes);
 
   auto rows = Rows(*Open("Paradox 5.x"), "SELECT [Nr], [Text] FROM [viele]");
@@ -113,11 +102,11 @@ TEST_F(ParadoxTest, OlderVersionsAndTheirCodePagesAreRead) {
       v7.substr(0, name) + v7.substr(name, 79) + v7.substr(name + 261, 0x800 - name - 261);
   v5.resize(0x800, '\0');
   v5[0x39] = 0x0B;
-  PutLe(v5, 0x6A, 850, 2);
+  PutLittleEndian(v5, 0x6A, 850, 2);
   std::string v3 = v5.substr(0, 0x58) + v5.substr(0x78);
   v3.resize(0x800, '\0');
-  v3[0x39] = 0x03;        // no code page: DOS's 437
-  PutLe(v3, 0x25, 0, 4);  // not encrypted, as Paradox 3 says it
+  v3[0x39] = 0x03;                  // no code page: DOS's 437
+  PutLittleEndian(v3, 0x25, 0, 4);  // not encrypted, as Paradox 3 says it
   for (auto* table : {&v5, &v3}) {
     *table += v7.substr(0x800);
     (*table)[0x800 + 6 + 4 + 1] = '\x81';  // "ü" in both code pages
@@ -174,8 +163,8 @@ TEST_F(ParadoxTest, ChangedRowsAreWrittenForPxlibAndBackForUs) {
 
 TEST_F(ParadoxTest, KeyedTableIsWrittenInKeyOrderWithItsIndexMarkedOutOfDate) {
   std::string bytes = Read("kunden.db");
-  bytes[4] = 0;              // keyed
-  PutLe(bytes, 0x23, 1, 2);  // on the first field
+  bytes[4] = 0;                        // keyed
+  PutLittleEndian(bytes, 0x23, 1, 2);  // on the first field
   Write("kunden.db", bytes);
   {
     auto db = Open("Paradox 5.x");
@@ -183,10 +172,10 @@ TEST_F(ParadoxTest, KeyedTableIsWrittenInKeyOrderWithItsIndexMarkedOutOfDate) {
     db->Execute("INSERT INTO [kunden] ([Nr], [Name]) VALUES (0, 'null')");
   }
   std::string written = Read("kunden.db");
-  EXPECT_EQ(Le(written, 0x06, 4), 5u);        // records
-  EXPECT_EQ(Le(written, 0x49, 4), 10u);       // autoincrement
-  EXPECT_EQ(written[0x2D], bytes[0x2D] + 1);  // change counter
-  EXPECT_EQ(written[0x4F], 1);                // index update required
+  EXPECT_EQ(LittleEndian(written, 0x06, 4), 5u);   // records
+  EXPECT_EQ(LittleEndian(written, 0x49, 4), 10u);  // autoincrement
+  EXPECT_EQ(written[0x2D], bytes[0x2D] + 1);       // change counter
+  EXPECT_EQ(written[0x4F], 1);                     // index update required
   EXPECT_EQ(Rows(*Open("Paradox 5.x"), "SELECT [Nr] FROM [kunden]"),
             (std::vector<std::string>{"0", "1", "2", "3", "10"}));
 }
@@ -207,18 +196,18 @@ TEST_F(ParadoxTest, NewTableFollowsTheDocumentedLayout) {
         VbError);
   }
   const std::string h = Read("Neu_Liste.db");
-  EXPECT_EQ(Le(h, 0x00, 2), 4u + 20 + 8 + 8 + 20 + 1 + 8 + 255);  // record size
-  EXPECT_EQ(Le(h, 0x02, 2), 0x800u);                              // header size
-  EXPECT_EQ(h[0x04], 2);                                          // table without key
-  EXPECT_EQ(h[0x05], 2);                                          // 2 KB blocks
-  EXPECT_EQ(Le(h, 0x06, 4), 2u);                                  // records
-  EXPECT_EQ(Le(h, 0x0C, 2), 1u);                                  // blocks
-  EXPECT_EQ(Le(h, 0x0E, 2), 1u);                                  // first block
-  EXPECT_EQ(Le(h, 0x10, 2), 1u);                                  // last block
-  EXPECT_EQ(Le(h, 0x21, 2), 8u);                                  // fields
-  EXPECT_EQ(Le(h, 0x25, 4), 0xFF00FF00u);                         // not encrypted
-  EXPECT_EQ(h[0x39], 0x0C);                                       // Paradox 7
-  EXPECT_EQ(Le(h, 0x6A, 2), 1252u);                               // code page
+  EXPECT_EQ(LittleEndian(h, 0x00, 2), 4u + 20 + 8 + 8 + 20 + 1 + 8 + 255);  // record size
+  EXPECT_EQ(LittleEndian(h, 0x02, 2), 0x800u);                              // header size
+  EXPECT_EQ(h[0x04], 2);                                                    // table without key
+  EXPECT_EQ(h[0x05], 2);                                                    // 2 KB blocks
+  EXPECT_EQ(LittleEndian(h, 0x06, 4), 2u);                                  // records
+  EXPECT_EQ(LittleEndian(h, 0x0C, 2), 1u);                                  // blocks
+  EXPECT_EQ(LittleEndian(h, 0x0E, 2), 1u);                                  // first block
+  EXPECT_EQ(LittleEndian(h, 0x10, 2), 1u);                                  // last block
+  EXPECT_EQ(LittleEndian(h, 0x21, 2), 8u);                                  // fields
+  EXPECT_EQ(LittleEndian(h, 0x25, 4), 0xFF00FF00u);                         // not encrypted
+  EXPECT_EQ(h[0x39], 0x0C);                                                 // Paradox 7
+  EXPECT_EQ(LittleEndian(h, 0x6A, 2), 1252u);                               // code page
   EXPECT_EQ(h.substr(0x78, 16), std::string("\x04\x04\x01\x14\x06\x08\x15\x08\x0C\x14\x09\x01"
                                             "\x05\x08\x01\xFF",
                                             16));
@@ -243,7 +232,7 @@ TEST_F(ParadoxTest, DamagedFilesFailNamingTheFileAndStayUntouched) {
   expect(good.substr(0, 0x800 + 100), "ist abgeschnitten (Block 1)");
   expect(good.substr(0, 0x40), "ist zu kurz für einen Paradox-Kopf");
   std::string bytes = good;
-  PutLe(bytes, 0x06, 5, 4);
+  PutLittleEndian(bytes, 0x06, 5, 4);
   expect(bytes, "enthält 3 Datensätze, ihr Kopf nennt 5");
   bytes = good;
   bytes[0x78] = 0x30;
@@ -252,10 +241,10 @@ TEST_F(ParadoxTest, DamagedFilesFailNamingTheFileAndStayUntouched) {
   bytes[0x04] = 1;
   expect(bytes, "ist keine Paradox-Tabelle (Dateityp 1)");
   bytes = good;
-  PutLe(bytes, 0x5C, 0x12345678, 4);
+  PutLittleEndian(bytes, 0x5C, 0x12345678, 4);
   expect(bytes, "ist mit einem Kennwort verschlüsselt");
   bytes = good;
-  PutLe(bytes, 0x0E, 7, 2);
+  PutLittleEndian(bytes, 0x0E, 7, 2);
   expect(bytes, "hat eine beschädigte Blockkette (Block 7)");
   Write("kunden.db", good);
   std::filesystem::remove(Path("kunden.mb"));

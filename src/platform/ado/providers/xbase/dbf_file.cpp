@@ -148,46 +148,22 @@ double OleFromYmd(int y, int m, int d) {
 
 }  // namespace
 
-ado::ColumnInfo DescribeTableField(const std::string& name, char type, int width, int decimals) {
-  ado::ColumnInfo c;
-  c.name = name;
-  c.baseColumn = name;
-  c.typeName = std::string(1, type);
-  switch (type) {
-    case 'C':
-      c.type = ado::adVarWChar, c.definedSize = width;
-      break;
-    case 'N':
-    case 'F':
-    case 'B':
-      c.type = ado::adDouble, c.definedSize = 8, c.precision = 15;
-      c.numericScale = static_cast<std::uint8_t>(decimals);
-      break;
-    case 'I':
-      c.type = ado::adInteger, c.definedSize = 4, c.precision = 10;
-      break;
-    case 'Y':
-      c.type = ado::adCurrency, c.definedSize = 8, c.precision = 19;
-      break;
-    case 'D':
-    case 'T':
-      c.type = ado::adDate, c.definedSize = 8;
-      break;
-    case 'L':
-      c.type = ado::adBoolean, c.definedSize = 2;
-      break;
-    case 'M':
-      c.type = ado::adLongVarWChar, c.definedSize = 65535;
-      break;
-    case 'G':
-    case 'P':
-      c.type = ado::adLongVarBinary, c.definedSize = 1073741823;
-      break;
-    default:
-      c.type = ado::adEmpty;
-      break;
-  }
-  return c;
+ado::ColumnInfo DescribeDbfField(const std::string& name, char type, int width, int decimals) {
+  static constexpr FieldKind kKinds[] = {
+      {'C', ado::adVarWChar, FieldKind::kWidth},
+      {'N', ado::adDouble, 8, 15, true},
+      {'F', ado::adDouble, 8, 15, true},
+      {'B', ado::adDouble, 8, 15, true},
+      {'I', ado::adInteger, 4, 10},
+      {'Y', ado::adCurrency, 8, 19},
+      {'D', ado::adDate, 8},
+      {'T', ado::adDate, 8},
+      {'L', ado::adBoolean, 2},
+      {'M', ado::adLongVarWChar, 65535},
+      {'G', ado::adLongVarBinary, 1073741823},
+      {'P', ado::adLongVarBinary, 1073741823},
+  };
+  return DescribeField(kKinds, name, type, width, decimals);
 }
 
 DbfFile DbfFile::Read(const std::filesystem::path& file) {
@@ -229,7 +205,7 @@ DbfFile DbfFile::Read(const std::filesystem::path& file) {
     const char type = DBFGetNativeFieldType(dbf, i);
     used += width;
     if (type == '0') continue;  // Visual FoxPro's hidden _NullFlags
-    TableField f{name, type, width, decimals, DescribeTableField(name, type, width, decimals)};
+    TableField f{name, type, width, decimals, DescribeDbfField(name, type, width, decimals)};
     if (f.info.type == ado::adEmpty)
       Fail(file, "hat im Feld '" + f.name + "' den unbekannten Feldtyp '" + type + "'");
     memo = memo || type == 'M' || type == 'G' || type == 'P';
@@ -365,7 +341,7 @@ DbfFile DbfFile::Create(const std::filesystem::path& file, std::vector<TableFiel
   t.fields_ = std::move(fields);
   bool memo = false;
   for (auto& f : t.fields_) {
-    f.info = DescribeTableField(f.name, f.type, f.width, f.decimals);
+    f.info = DescribeDbfField(f.name, f.type, f.width, f.decimals);
     f.info.baseTable = file.stem().string();
     memo = memo || f.type == 'M';
   }

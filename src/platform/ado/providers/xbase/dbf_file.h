@@ -56,6 +56,6 @@ class DbfFile : public TableFile {
 };
 
 // The ADO description of a dBase field type, as Jet reports it.
-ado::ColumnInfo DescribeTableField(const std::string& name, char type, int width, int decimals);
+ado::ColumnInfo DescribeDbfField(const std::string& name, char type, int width, int decimals);
 
 }  // namespace ketrova::xbase_provider

@@ -26,6 +26,20 @@ bool Convert(const std::string& from, const std::string& to, std::string_view in
   return true;
 }
 
+std::uint32_t LittleEndian(const std::string& s, std::size_t at, int bytes) {
+  assert(at + static_cast<std::size_t>(bytes) <= s.size());
+  std::uint32_t v = 0;
+  for (int i = bytes - 1; i >= 0; --i)
+    v = (v << 8) | static_cast<unsigned char>(s[at + static_cast<std::size_t>(i)]);
+  return v;
+}
+
+void PutLittleEndian(std::string& s, std::size_t at, std::uint32_t value, int bytes) {
+  assert(at + static_cast<std::size_t>(bytes) <= s.size());
+  for (int i = 0; i < bytes; ++i)
+    s[at + static_cast<std::size_t>(i)] = static_cast<char>((value >> (8 * i)) & 0xFF);
+}
+
 std::string ReadWholeFile(const std::filesystem::path& file) {
   std::ifstream in(file, std::ios::binary);
   std::ostringstream s;

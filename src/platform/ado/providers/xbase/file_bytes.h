@@ -2,6 +2,7 @@
 // conversion, a whole file read, and the memo file beside a table.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -11,6 +12,11 @@ namespace ketrova::xbase_provider {
 // Converts between encodings known to iconv; false when a character has no
 // counterpart in `to` or the input is not valid in `from`.
 bool Convert(const std::string& from, const std::string& to, std::string_view in, std::string& out);
+
+// An unsigned little-endian number of 1 to 4 bytes at `at`, and its writing;
+// the caller ensures the bytes exist.
+std::uint32_t LittleEndian(const std::string& s, std::size_t at, int bytes);
+void PutLittleEndian(std::string& s, std::size_t at, std::uint32_t value, int bytes);
 
 // The file's bytes; empty when it cannot be read.
 std::string ReadWholeFile(const std::filesystem::path& file);

@@ -61,18 +61,6 @@ constexpr double kMsPerDay = 86400000.0;
   throw VbError(number, "Die Paradox-Datei '" + file.string() + "' " + what, kSource);
 }
 
-std::uint32_t Le(const std::string& s, std::size_t at, int bytes) {
-  std::uint32_t v = 0;
-  for (int i = bytes - 1; i >= 0; --i)
-    v = (v << 8) | static_cast<unsigned char>(s[at + static_cast<std::size_t>(i)]);
-  return v;
-}
-
-void PutLe(std::string& s, std::size_t at, std::uint32_t v, int bytes) {
-  for (int i = 0; i < bytes; ++i)
-    s[at + static_cast<std::size_t>(i)] = static_cast<char>((v >> (8 * i)) & 0xFF);
-}
-
 bool AllZero(std::string_view bytes) {
   return std::all_of(bytes.begin(), bytes.end(), [](char c) { return c == '\0'; });
 }
@@ -302,55 +290,26 @@ Variant BcdValue(std::string_view b) {
 }  // namespace
 
 ado::ColumnInfo DescribeParadoxField(const std::string& name, char type, int width, int decimals) {
-  ado::ColumnInfo c;
-  c.name = name;
-  c.baseColumn = name;
-  c.typeName = std::string(1, type);
-  switch (type) {
-    case 'A':
-      c.type = ado::adVarWChar, c.definedSize = width;
-      break;
-    case 'S':
-      c.type = ado::adSmallInt, c.definedSize = 2, c.precision = 5;
-      break;
-    case 'I':
-    case '+':
-      c.type = ado::adInteger, c.definedSize = 4, c.precision = 10;
-      c.autoIncrement = type == '+';
-      break;
-    case '$':
-    case 'N':
-      c.type = ado::adDouble, c.definedSize = 8, c.precision = 15;
-      break;
-    case '#':
-      c.type = ado::adNumeric, c.definedSize = 17, c.precision = 32;
-      c.numericScale = static_cast<std::uint8_t>(decimals);
-      break;
-    case 'D':
-    case 'T':
-    case '@':
-      c.type = ado::adDate, c.definedSize = 8;
-      break;
-    case 'L':
-      c.type = ado::adBoolean, c.definedSize = 2;
-      break;
-    case 'M':
-      c.type = ado::adLongVarWChar, c.definedSize = 536870910;
-      break;
-    case 'F':
-    case 'B':
-    case 'O':
-    case 'G':
-      c.type = ado::adLongVarBinary, c.definedSize = 1073741823;
-      break;
-    case 'Y':
-      c.type = ado::adVarBinary, c.definedSize = width;
-      break;
-    default:
-      c.type = ado::adEmpty;
-      break;
-  }
-  return c;
+  static constexpr FieldKind kKinds[] = {
+      {'A', ado::adVarWChar, FieldKind::kWidth},
+      {'S', ado::adSmallInt, 2, 5},
+      {'I', ado::adInteger, 4, 10},
+      {'+', ado::adInteger, 4, 10, false, true},
+      {'$', ado::adDouble, 8, 15},
+      {'N', ado::adDouble, 8, 15},
+      {'#', ado::adNumeric, 17, 32, true},
+      {'D', ado::adDate, 8},
+      {'T', ado::adDate, 8},
+      {'@', ado::adDate, 8},
+      {'L', ado::adBoolean, 2},
+      {'M', ado::adLongVarWChar, 536870910},
+      {'F', ado::adLongVarBinary, 1073741823},
+      {'B', ado::adLongVarBinary, 1073741823},
+      {'O', ado::adLongVarBinary, 1073741823},
+      {'G', ado::adLongVarBinary, 1073741823},
+      {'Y', ado::adVarBinary, FieldKind::kWidth},
+  };
+  return DescribeField(kKinds, name, type, width, decimals);
 }
 
 ParadoxFile ParadoxFile::Read(const std::filesystem::path& file) {
@@ -363,8 +322,8 @@ ParadoxFile ParadoxFile::Read(const std::filesystem::path& file) {
   std::string head(kBaseHeader, '\0');
   if (!in.read(head.data(), static_cast<std::streamsize>(head.size())))
     Fail(file, "ist zu kurz für einen Paradox-Kopf");
-  const std::uint32_t recordSize = Le(head, kRecordSize, 2);
-  const std::uint32_t headerSize = Le(head, kHeaderSize, 2);
+  const std::uint32_t recordSize = LittleEndian(head, kRecordSize, 2);
+  const std::uint32_t headerSize = LittleEndian(head, kHeaderSize, 2);
   const int fileType = static_cast<unsigned char>(head[kFileType]);
   const int blockKb = static_cast<unsigned char>(head[kBlockKb]);
   t.version_ = static_cast<unsigned char>(head[kVersion]);
@@ -379,22 +338,22 @@ ParadoxFile ParadoxFile::Read(const std::filesystem::path& file) {
   if (!in.read(head.data() + kBaseHeader, static_cast<std::streamsize>(headerSize - kBaseHeader)))
     Fail(file, "ist abgeschnitten (der Kopf ist unvollständig)");
   // Paradox 4 and later keep the key's check in the second header part.
-  const std::uint32_t encryption1 = Le(head, kEncryption1, 4);
-  const bool encrypted =
-      v4 ? Le(head, kEncryption2, 4) != 0 : encryption1 != 0 && encryption1 != kNotEncrypted4;
+  const std::uint32_t encryption1 = LittleEndian(head, kEncryption1, 4);
+  const bool encrypted = v4 ? LittleEndian(head, kEncryption2, 4) != 0
+                            : encryption1 != 0 && encryption1 != kNotEncrypted4;
   if (encrypted) Fail(file, "ist mit einem Kennwort verschlüsselt");
   t.header_ = head;
   t.blockSize_ = blockKb * 1024;
-  t.keyFields_ = fileType == 0 ? static_cast<int>(Le(head, kKeyFields, 2)) : 0;
+  t.keyFields_ = fileType == 0 ? static_cast<int>(LittleEndian(head, kKeyFields, 2)) : 0;
   if (v4) {
-    t.codePage_ = CodePageName(Le(head, kCodePage, 2));
+    t.codePage_ = CodePageName(LittleEndian(head, kCodePage, 2));
     if (t.codePage_.empty())
-      Fail(file, "hat die unbekannte Codepage " + std::to_string(Le(head, kCodePage, 2)));
+      Fail(file, "hat die unbekannte Codepage " + std::to_string(LittleEndian(head, kCodePage, 2)));
   }
 
   // Field types and sizes, the pointers Paradox keeps in memory, the table
   // name, then the field names one after the other.
-  const std::size_t numFields = Le(head, kNumFields, 2);
+  const std::size_t numFields = LittleEndian(head, kNumFields, 2);
   std::size_t at = v4 ? kDataHeader : kBaseHeader;
   const std::size_t names =
       at + numFields * 2 + 4 + numFields * 4 + (t.version_ >= kVersion7 ? 261 : 79);
@@ -430,9 +389,9 @@ ParadoxFile ParadoxFile::Read(const std::filesystem::path& file) {
   }
 
   // The data blocks along their chain.
-  const std::uint32_t fileBlocks = Le(head, kFileBlocks, 2);
-  const std::uint32_t expected = Le(head, kNumRecords, 4);
-  std::uint32_t block = fileBlocks ? Le(head, kFirstBlock, 2) : 0;
+  const std::uint32_t fileBlocks = LittleEndian(head, kFileBlocks, 2);
+  const std::uint32_t expected = LittleEndian(head, kNumRecords, 4);
+  std::uint32_t block = fileBlocks ? LittleEndian(head, kFirstBlock, 2) : 0;
   std::uint32_t visited = 0;
   BlobFile mb;
   std::string data(static_cast<std::size_t>(t.blockSize_), '\0');
@@ -443,7 +402,7 @@ ParadoxFile ParadoxFile::Read(const std::filesystem::path& file) {
              static_cast<std::streamoff>(block - 1) * t.blockSize_);
     if (!in.read(data.data(), 6))
       Fail(file, "ist abgeschnitten (Block " + std::to_string(block) + ")");
-    const auto last = static_cast<std::int16_t>(Le(data, 4, 2));
+    const auto last = static_cast<std::int16_t>(LittleEndian(data, 4, 2));
     const std::size_t count = last < 0 ? 0 : static_cast<std::size_t>(last) / recordSize + 1;
     if (6 + count * recordSize > data.size())
       Fail(file, "hat einen beschädigten Block " + std::to_string(block));
@@ -459,7 +418,7 @@ ParadoxFile ParadoxFile::Read(const std::filesystem::path& file) {
         if (IsBlob(f.type)) {
           const std::size_t lead = b.size() - kBlobPointer;
           std::string tail(b.substr(lead));
-          const std::uint32_t offset = Le(tail, 0, 4), length = Le(tail, 4, 4);
+          const std::uint32_t offset = LittleEndian(tail, 0, 4), length = LittleEndian(tail, 4, 4);
           if (length == 0) {
             row.push_back(Variant::Null());
             continue;
@@ -528,7 +487,7 @@ ParadoxFile ParadoxFile::Read(const std::filesystem::path& file) {
       }
       t.rows_.push_back(std::move(row));
     }
-    block = Le(data, 0, 2);
+    block = LittleEndian(data, 0, 2);
   }
   if (t.rows_.size() != expected) {
     Fail(file, "enthält " + std::to_string(t.rows_.size()) + " Datensätze, ihr Kopf nennt " +
@@ -642,15 +601,15 @@ std::string EncodeField(const std::filesystem::path& file, const TableField& f, 
     const std::size_t blocks = (data.size() + 9 + kMbBlock - 1) / kMbBlock;
     std::string head(9, '\0');
     head[0] = 2;
-    PutLe(head, 1, static_cast<std::uint32_t>(blocks), 2);
-    PutLe(head, 3, static_cast<std::uint32_t>(data.size()), 4);
-    PutLe(head, 7, 1, 2);
+    PutLittleEndian(head, 1, static_cast<std::uint32_t>(blocks), 2);
+    PutLittleEndian(head, 3, static_cast<std::uint32_t>(data.size()), 4);
+    PutLittleEndian(head, 7, 1, 2);
     mb += head + data;
     mb.resize(mb.size() + (kMbBlock - mb.size() % kMbBlock) % kMbBlock, '\0');
   }
-  PutLe(out, lead, offset, 4);
-  PutLe(out, lead + 4, static_cast<std::uint32_t>(data.size()), 4);
-  PutLe(out, lead + 8, 1, 2);
+  PutLittleEndian(out, lead, offset, 4);
+  PutLittleEndian(out, lead + 4, static_cast<std::uint32_t>(data.size()), 4);
+  PutLittleEndian(out, lead + 8, 1, 2);
   return out;
 }
 
@@ -687,13 +646,13 @@ void WriteFile(const std::filesystem::path& target, const std::string& bytes,
 // The header block of a new BLOb file.
 std::string NewMbHeader() {
   std::string head(kMbBlock, '\0');
-  PutLe(head, 1, 1, 2);  // blocks of this header
-  PutLe(head, 3, 1, 2);  // modification count
-  PutLe(head, 0x0B, kMbBlock, 2);
-  PutLe(head, 0x0D, kMbBlock, 2);
-  head[0x10] = 16;             // bytes of a chunk in a shared block
-  PutLe(head, 0x11, 64, 2);    // BLObs in a shared block
-  PutLe(head, 0x13, 2048, 2);  // the largest BLOb of a shared block
+  PutLittleEndian(head, 1, 1, 2);  // blocks of this header
+  PutLittleEndian(head, 3, 1, 2);  // modification count
+  PutLittleEndian(head, 0x0B, kMbBlock, 2);
+  PutLittleEndian(head, 0x0D, kMbBlock, 2);
+  head[0x10] = 16;                       // bytes of a chunk in a shared block
+  PutLittleEndian(head, 0x11, 64, 2);    // BLObs in a shared block
+  PutLittleEndian(head, 0x13, 2048, 2);  // the largest BLOb of a shared block
   return head;
 }
 
@@ -722,19 +681,19 @@ void ParadoxFile::Write(const std::vector<ado::Row>& rows) const {
     if (mb.size() != kMbBlock || mb[0] != 0) mb = NewMbHeader();
   }
 
-  const std::size_t recordSize = Le(header_, kRecordSize, 2);
+  const std::size_t recordSize = LittleEndian(header_, kRecordSize, 2);
   const std::size_t perBlock = (static_cast<std::size_t>(blockSize_) - 6) / recordSize;
   assert(perBlock > 0 && "a block holds at least one record");
   const std::size_t blocks = (order.size() + perBlock - 1) / perBlock;
   if (blocks > 0xFFFF) Fail(file_, "kann nicht mehr als 65535 Blöcke halten");
   std::string out = header_;
-  std::uint32_t autoInc = Le(header_, kAutoInc, 4);
+  std::uint32_t autoInc = LittleEndian(header_, kAutoInc, 4);
   for (std::size_t b = 0; b < blocks; ++b) {
     std::string block(static_cast<std::size_t>(blockSize_), '\0');
     const std::size_t first = b * perBlock, count = std::min(perBlock, order.size() - first);
-    PutLe(block, 0, b + 1 < blocks ? static_cast<std::uint32_t>(b + 2) : 0, 2);
-    PutLe(block, 2, static_cast<std::uint32_t>(b), 2);
-    PutLe(block, 4, static_cast<std::uint32_t>((count - 1) * recordSize), 2);
+    PutLittleEndian(block, 0, b + 1 < blocks ? static_cast<std::uint32_t>(b + 2) : 0, 2);
+    PutLittleEndian(block, 2, static_cast<std::uint32_t>(b), 2);
+    PutLittleEndian(block, 4, static_cast<std::uint32_t>((count - 1) * recordSize), 2);
     std::size_t at = 6;
     for (std::size_t r = first; r < first + count; ++r) {
       const ado::Row& row = *order[r];
@@ -749,13 +708,13 @@ void ParadoxFile::Write(const std::vector<ado::Row>& rows) const {
     }
     out += block;
   }
-  PutLe(out, kNumRecords, static_cast<std::uint32_t>(order.size()), 4);
-  PutLe(out, kNextBlock, static_cast<std::uint32_t>(blocks), 2);
-  PutLe(out, kFileBlocks, static_cast<std::uint32_t>(blocks), 2);
-  PutLe(out, kFirstBlock, blocks ? 1 : 0, 2);
-  PutLe(out, kLastBlock, static_cast<std::uint32_t>(blocks), 2);
-  PutLe(out, kFirstFreeBlock, 0, 2);
-  PutLe(out, kAutoInc, autoInc, 4);
+  PutLittleEndian(out, kNumRecords, static_cast<std::uint32_t>(order.size()), 4);
+  PutLittleEndian(out, kNextBlock, static_cast<std::uint32_t>(blocks), 2);
+  PutLittleEndian(out, kFileBlocks, static_cast<std::uint32_t>(blocks), 2);
+  PutLittleEndian(out, kFirstBlock, blocks ? 1 : 0, 2);
+  PutLittleEndian(out, kLastBlock, static_cast<std::uint32_t>(blocks), 2);
+  PutLittleEndian(out, kFirstFreeBlock, 0, 2);
+  PutLittleEndian(out, kAutoInc, autoInc, 4);
   if (keyFields_ > 0) {
     // The index files now describe other blocks: an advanced change counter
     // tells Paradox they are out of date.
@@ -763,7 +722,7 @@ void ParadoxFile::Write(const std::vector<ado::Row>& rows) const {
     out[kIndexUpdateRequired] = 1;
   }
   if (hasBlob) {
-    PutLe(mb, 1, 1, 2);
+    PutLittleEndian(mb, 1, 1, 2);
     WriteFile(mbPath.empty() ? file_.parent_path() / (file_.stem().string() + ".mb") : mbPath, mb,
               file_);
   }
@@ -808,32 +767,32 @@ ParadoxFile ParadoxFile::Create(const std::filesystem::path& file, std::vector<T
   if (!Convert("UTF-8", t.codePage_, file.stem().string(), table)) table = "table";
   table.resize(std::min<std::size_t>(table.size(), 260));
   std::string head(kDataHeader, '\0');
-  PutLe(head, kRecordSize, static_cast<std::uint32_t>(recordSize), 2);
+  PutLittleEndian(head, kRecordSize, static_cast<std::uint32_t>(recordSize), 2);
   head[kFileType] = 2;
   head[kBlockKb] = static_cast<char>(blockKb);
-  PutLe(head, kNumFields, static_cast<std::uint32_t>(fields.size()), 2);
-  PutLe(head, kEncryption1, kNotEncrypted4, 4);
+  PutLittleEndian(head, kNumFields, static_cast<std::uint32_t>(fields.size()), 2);
+  PutLittleEndian(head, kEncryption1, kNotEncrypted4, 4);
   head[kSortOrder] = 0x62;  // ANSI international
   head[kVersion] = static_cast<char>(kVersion7);
-  PutLe(head, kMaxBlocks, 1, 2);
-  PutLe(head, kVersionId3, 0x0100 | kVersion7, 2);
-  PutLe(head, kVersionId4, 0x0100 | kVersion7, 2);
-  PutLe(head, kHighFieldId, static_cast<std::uint32_t>(fields.size() + 1), 2);
-  PutLe(head, kCodePage, 1252, 2);
+  PutLittleEndian(head, kMaxBlocks, 1, 2);
+  PutLittleEndian(head, kVersionId3, 0x0100 | kVersion7, 2);
+  PutLittleEndian(head, kVersionId4, 0x0100 | kVersion7, 2);
+  PutLittleEndian(head, kHighFieldId, static_cast<std::uint32_t>(fields.size() + 1), 2);
+  PutLittleEndian(head, kCodePage, 1252, 2);
   head += info;
   head += std::string(4 + fields.size() * 4, '\0');
   head += table + std::string(261 - table.size(), '\0');
   head += names;
   for (std::size_t i = 0; i < fields.size(); ++i) {
     std::string number(2, '\0');
-    PutLe(number, 0, static_cast<std::uint32_t>(i + 1), 2);
+    PutLittleEndian(number, 0, static_cast<std::uint32_t>(i + 1), 2);
     head += number;
   }
   head += std::string("ANSIINTL") + '\0';
-  PutLe(head, kRealHeaderSize, static_cast<std::uint32_t>(head.size()), 2);
+  PutLittleEndian(head, kRealHeaderSize, static_cast<std::uint32_t>(head.size()), 2);
   const std::size_t headerSize = (head.size() + 0x7FF) / 0x800 * 0x800;
   head.resize(headerSize, '\0');
-  PutLe(head, kHeaderSize, static_cast<std::uint32_t>(headerSize), 2);
+  PutLittleEndian(head, kHeaderSize, static_cast<std::uint32_t>(headerSize), 2);
   t.header_ = std::move(head);
   t.fields_ = std::move(fields);
   return t;

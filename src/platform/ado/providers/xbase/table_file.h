@@ -3,7 +3,9 @@
 // fields, and a write of given rows over the file.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -19,6 +21,24 @@ struct TableField {
   int decimals = 0;
   ado::ColumnInfo info;  // as Jet reports the field
 };
+
+// How Jet reports one field type of a format: the ADO type, the size (kWidth:
+// the field's width), the precision, whether the field's decimals are the
+// scale, whether it counts up by itself.
+struct FieldKind {
+  static constexpr std::int64_t kWidth = -1;
+  char letter;
+  ado::DataTypeEnum type;
+  std::int64_t size;
+  std::uint8_t precision = 0;
+  bool scaled = false;
+  bool autoIncrement = false;
+};
+
+// The column of a field by its format's kinds; type adEmpty for a letter
+// that none of them has.
+ado::ColumnInfo DescribeField(std::span<const FieldKind> kinds, const std::string& name, char type,
+                              int width, int decimals);
 
 class TableFile {
  public:

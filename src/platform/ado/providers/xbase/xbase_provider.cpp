@@ -48,8 +48,9 @@ std::string FirstWords(std::string_view sql) {
   return out;
 }
 
-// The field a declared engine type gives in a new dBase III table.
-TableField FieldOf(const std::string& name, std::string declared) {
+// Splits "TEXT(20)" into the upper-case type ("TEXT") and the size (20, or 0
+// without one).
+int SplitDeclared(std::string& declared) {
   int width = 0;
   if (auto paren = declared.find('('); paren != std::string::npos) {
     width = std::atoi(declared.c_str() + paren + 1);
@@ -57,6 +58,12 @@ TableField FieldOf(const std::string& name, std::string declared) {
   }
   declared = AsciiUpper(declared);
   while (!declared.empty() && declared.back() == ' ') declared.pop_back();
+  return width;
+}
+
+// The field a declared engine type gives in a new dBase III table.
+TableField FieldOf(const std::string& name, std::string declared) {
+  const int width = SplitDeclared(declared);
   TableField f;
   f.name = name;
   if (declared == "INTEGER" || declared == "LONG" || declared == "SHORT" || declared == "BYTE")
@@ -81,13 +88,7 @@ TableField FieldOf(const std::string& name, std::string declared) {
 // currency as Paradox's number and money, dates as timestamps (a Paradox
 // date holds no time), memos with a 10-byte leading part.
 TableField ParadoxFieldOf(const std::string& name, std::string declared) {
-  int width = 0;
-  if (auto paren = declared.find('('); paren != std::string::npos) {
-    width = std::atoi(declared.c_str() + paren + 1);
-    declared.resize(paren);
-  }
-  declared = AsciiUpper(declared);
-  while (!declared.empty() && declared.back() == ' ') declared.pop_back();
+  const int width = SplitDeclared(declared);
   TableField f;
   f.name = name;
   if (declared == "INTEGER" || declared == "LONG")
