@@ -142,6 +142,10 @@ TEST_F(XbaseProviderTest, DamagedFilesFailNamingTheFileAndStayUntouched) {
   unknown[32 + 11] = 'Q';  // the type of the first field
   Write("kunden.dbf", unknown);
   expectFails("hat im Feld 'NR' den unbekannten Feldtyp 'Q'");
+  std::string seven = good;
+  seven[0] = '\x8C';  // dBase 7 with memo: 48-byte field descriptors we do not read
+  Write("kunden.dbf", seven);
+  expectFails("ist eine Tabelle von dBase 7; gelesen werden dBase III und IV und FoxPro");
   Write("kunden.dbf", good);
   std::filesystem::remove(Path("kunden.dbt"));
   expectFails("hat Memofelder, aber ihre Memodatei (.dbt) fehlt");

@@ -175,6 +175,8 @@ DbfFile DbfFile::Read(const std::filesystem::path& file) {
   if (raw.size() < 32) Fail(file, "ist zu kurz für einen dBase-Kopf");
   const auto* head = reinterpret_cast<const unsigned char*>(raw.data());
   t.version_ = head[0];
+  if (t.version_ == 0x04 || t.version_ == 0x8C)
+    Fail(file, "ist eine Tabelle von dBase 7; gelesen werden dBase III und IV und FoxPro");
   const auto records = static_cast<std::uint64_t>(Le(head + 4, 4) & 0xFFFFFFFF);
   const auto headerLength = static_cast<std::uint64_t>(head[8] | (head[9] << 8));
   const auto recordLength = static_cast<std::uint64_t>(head[10] | (head[11] << 8));
