@@ -32,10 +32,11 @@ class ParadoxTest : public XbaseFolderTest {
     return Run(std::string(KETROVA_PX_TOOL) + " dump '" + file + "'");
   }
 
-  // The message a statement on `table` fails with.
+  // The message reading all of `table` fails with (rows are streamed: a
+  // record count the header contradicts shows at the end).
   std::string Failure(const std::string& table) {
     try {
-      Open("Paradox 5.x")->Execute("SELECT * FROM [" + table + "]");
+      Rows(*Open("Paradox 5.x"), "SELECT * FROM [" + table + "]");
     } catch (const VbError& e) {
       return e.Description;
     }

@@ -23,9 +23,35 @@ struct DbfTable : sqlite3_vtab {
   LoadedTable* table = nullptr;
 };
 
+// A scan over the loaded rows, or, while the table is not loaded, over the
+// file's blocks as they are read.
 struct DbfCursor : sqlite3_vtab_cursor {
-  std::size_t row = 0;
+  std::size_t row = 0;  // the record's number in the table, its rowid
+  std::unique_ptr<RowStream> stream;
+  std::vector<ado::Row> block;  // the streamed rows from blockStart on
+  std::size_t blockStart = 0;
+  bool streamEnded = false;
 };
+
+LoadedTable& TableOf(sqlite3_vtab_cursor* base) {
+  return *static_cast<DbfTable*>(base->pVtab)->table;
+}
+
+// Reads blocks until the cursor's row is in the block or the stream ends.
+void FillBlock(DbfCursor* cursor) {
+  while (!cursor->streamEnded && cursor->row >= cursor->blockStart + cursor->block.size()) {
+    cursor->blockStart += cursor->block.size();
+    cursor->block.clear();
+    if (!cursor->stream->Next(cursor->block)) cursor->streamEnded = true;
+  }
+}
+
+// Reads the whole table before its first change.
+void EnsureLoaded(LoadedTable& t) {
+  if (t.file->loaded()) return;
+  t.file->Load();
+  t.live.assign(t.file->rows().size(), true);
+}
 
 bool IsBinary(ado::DataTypeEnum type) {
   return type == ado::adLongVarBinary || type == ado::adVarBinary;
@@ -112,33 +138,56 @@ int Connect(sqlite3* db, void* aux, int argc, const char* const* argv, sqlite3_v
 }
 
 void SkipDead(DbfCursor* cursor) {
-  const auto& live = static_cast<DbfTable*>(cursor->pVtab)->table->live;
+  const auto& live = TableOf(cursor).live;
   while (cursor->row < live.size() && !live[cursor->row]) ++cursor->row;
 }
 
 int Filter(sqlite3_vtab_cursor* base, int, const char*, int, sqlite3_value**) {
   auto* cursor = static_cast<DbfCursor*>(base);
   cursor->row = 0;
-  SkipDead(cursor);
-  return SQLITE_OK;
+  try {
+    if (TableOf(base).file->loaded()) {
+      cursor->stream.reset();
+      SkipDead(cursor);
+    } else {
+      cursor->stream = TableOf(base).file->Stream();
+      cursor->block.clear();
+      cursor->blockStart = 0;
+      cursor->streamEnded = false;
+      FillBlock(cursor);
+    }
+    return SQLITE_OK;
+  } catch (const VbError& e) {
+    return file_engine::FailModule(base->pVtab, e);
+  }
 }
 
 int Next(sqlite3_vtab_cursor* base) {
   auto* cursor = static_cast<DbfCursor*>(base);
   ++cursor->row;
-  SkipDead(cursor);
-  return SQLITE_OK;
+  try {
+    if (cursor->stream)
+      FillBlock(cursor);
+    else
+      SkipDead(cursor);
+    return SQLITE_OK;
+  } catch (const VbError& e) {
+    return file_engine::FailModule(base->pVtab, e);
+  }
 }
 
 int Eof(sqlite3_vtab_cursor* base) {
   auto* cursor = static_cast<DbfCursor*>(base);
-  return cursor->row >= static_cast<DbfTable*>(base->pVtab)->table->live.size() ? 1 : 0;
+  if (cursor->stream) return cursor->row >= cursor->blockStart + cursor->block.size() ? 1 : 0;
+  return cursor->row >= TableOf(base).live.size() ? 1 : 0;
 }
 
 int Column(sqlite3_vtab_cursor* base, sqlite3_context* ctx, int n) {
   auto* cursor = static_cast<DbfCursor*>(base);
-  LoadedTable& t = *static_cast<DbfTable*>(base->pVtab)->table;
-  const Variant& v = t.file->rows()[cursor->row][static_cast<std::size_t>(n)];
+  LoadedTable& t = TableOf(base);
+  const ado::Row& row = cursor->stream ? cursor->block[cursor->row - cursor->blockStart]
+                                       : t.file->rows()[cursor->row];
+  const Variant& v = row[static_cast<std::size_t>(n)];
   const auto type = t.file->fields()[static_cast<std::size_t>(n)].info.type;
   if (v.IsNull() || v.IsEmpty()) {
     sqlite3_result_null(ctx);
@@ -170,6 +219,7 @@ int Rowid(sqlite3_vtab_cursor* base, sqlite3_int64* rowid) {
 int Update(sqlite3_vtab* vtab, int argc, sqlite3_value** argv, sqlite3_int64* rowid) {
   LoadedTable& t = *static_cast<DbfTable*>(vtab)->table;
   try {
+    EnsureLoaded(t);
     if (argc == 1) {
       auto id = static_cast<std::size_t>(sqlite3_value_int64(argv[0]));
       if (id < t.live.size()) t.live[id] = false;

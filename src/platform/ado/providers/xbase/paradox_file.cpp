@@ -224,36 +224,43 @@ int StoredWidth(char type, int headerSize) {
 // The BLOb file of a table, read once when a value lies outside its record.
 struct BlobFile {
   std::filesystem::path path;
-  std::string bytes;
-  bool loaded = false;
+  std::ifstream in;
+  std::uintmax_t size = 0;
 };
 
 std::string BlobOf(const std::filesystem::path& table, BlobFile& mb, std::uint32_t offset,
                    std::uint32_t length) {
-  if (!mb.loaded) {
+  if (!mb.in.is_open()) {
     mb.path = MemoFileOf(table, ".MB");
     if (mb.path.empty()) Fail(table, "verweist auf eine BLOb-Datei (.MB), die fehlt");
-    mb.bytes = ReadWholeFile(mb.path);
-    mb.loaded = true;
+    std::error_code ec;
+    mb.size = std::filesystem::file_size(mb.path, ec);
+    mb.in.open(mb.path, std::ios::binary);
+    if (ec || !mb.in) Fail(table, "kann ihre BLOb-Datei '" + mb.path.string() + "' nicht lesen");
   }
-  auto damaged = [&]() -> std::string {
-    Fail(table, "hat eine beschädigte BLOb-Datei '" + mb.path.filename().string() + "' (Verweis " +
-                    std::to_string(offset) + ")");
+  auto piece = [&](std::uintmax_t at, std::size_t n) {
+    std::string bytes(n, '\0');
+    mb.in.clear();
+    if (at + n > mb.size || !mb.in.seekg(static_cast<std::streamoff>(at)) ||
+        !mb.in.read(bytes.data(), static_cast<std::streamsize>(n))) {
+      Fail(table, "hat eine beschädigte BLOb-Datei '" + mb.path.filename().string() +
+                      "' (Verweis " + std::to_string(offset) + ")");
+    }
+    return bytes;
   };
-  const std::size_t block = offset & ~0xFFu;
+  const std::uintmax_t block = offset & ~0xFFu;
   const std::uint32_t index = offset & 0xFFu;
-  if (block + 12 > mb.bytes.size()) return damaged();
-  std::size_t data = 0;
-  if (index == 0xFF) {  // a block of one BLOb
-    if (mb.bytes[block] != 2) return damaged();
-    data = block + 9;
-  } else {  // a block shared by up to 64 small BLObs, in 16-byte chunks
-    const std::size_t entry = block + 12 + index * 5;
-    if (mb.bytes[block] != 3 || index >= 64 || entry + 5 > mb.bytes.size()) return damaged();
-    data = block + static_cast<unsigned char>(mb.bytes[entry]) * 16u;
+  const std::string head = piece(block, 12);
+  // A block of one BLOb (type 2), or one shared by up to 64 small BLObs in
+  // 16-byte chunks (type 3), its table of entries after the header.
+  std::uintmax_t data = block + 9;
+  if (index != 0xFF) {
+    if (head[0] != 3 || index >= 64) piece(mb.size, 1);
+    data = block + static_cast<unsigned char>(piece(block + 12 + index * 5, 1)[0]) * 16u;
+  } else if (head[0] != 2) {
+    piece(mb.size, 1);
   }
-  if (data + length > mb.bytes.size()) return damaged();
-  return mb.bytes.substr(data, length);
+  return piece(data, length);
 }
 
 Variant BytesValue(std::string_view bytes) {
@@ -312,7 +319,154 @@ ado::ColumnInfo DescribeParadoxField(const std::string& name, char type, int wid
   return DescribeField(kKinds, name, type, width, decimals);
 }
 
-ParadoxFile ParadoxFile::Read(const std::filesystem::path& file) {
+namespace {
+
+// One record's values.
+ado::Row DecodeRecord(const std::filesystem::path& file, const std::vector<TableField>& fields,
+                      const std::string& codePage, std::string_view rec, BlobFile& mb) {
+  ado::Row row;
+  std::size_t off = 0;
+  for (const auto& f : fields) {
+    std::string_view b = rec.substr(off, static_cast<std::size_t>(f.width));
+    off += static_cast<std::size_t>(f.width);
+    if (IsBlob(f.type)) {
+      const std::size_t lead = b.size() - kBlobPointer;
+      std::string tail(b.substr(lead));
+      const std::uint32_t offset = LittleEndian(tail, 0, 4), length = LittleEndian(tail, 4, 4);
+      if (length == 0) {
+        row.push_back(Variant::Null());
+        continue;
+      }
+      std::string value = length <= lead && offset == 0 ? std::string(b.substr(0, length))
+                                                        : BlobOf(file, mb, offset, length);
+      if (f.type == 'M') {
+        std::string text;
+        if (!Convert(codePage, "UTF-8", value, text))
+          Fail(file, "hat im Memofeld '" + f.name + "' Zeichen außerhalb von " + codePage);
+        row.push_back(Variant(text));
+      } else {
+        row.push_back(BytesValue(value));
+      }
+      continue;
+    }
+    if (AllZero(b)) {
+      row.push_back(Variant::Null());
+      continue;
+    }
+    switch (f.type) {
+      case 'A': {
+        std::string_view raw = b.substr(0, std::min(b.size(), b.find('\0')));
+        std::string text;
+        if (!Convert(codePage, "UTF-8", raw, text))
+          Fail(file, "hat im Feld '" + f.name + "' Zeichen außerhalb von " + codePage);
+        row.push_back(Variant(text));
+        break;
+      }
+      case 'S':
+        row.push_back(Variant::Integer(static_cast<std::int16_t>(FlippedInt(b))));
+        break;
+      case 'I':
+      case '+':
+        row.push_back(Variant::Long(static_cast<std::int32_t>(FlippedInt(b))));
+        break;
+      case '$':
+      case 'N':
+        row.push_back(Variant(FlippedDouble(b)));
+        break;
+      case 'L':
+        row.push_back(Variant(static_cast<unsigned char>(b[0]) != 0x80));
+        break;
+      case 'D':
+        row.push_back(Variant::FromDate(OleOf(FlippedInt(b), 0)));
+        break;
+      case 'T':
+        row.push_back(Variant::FromDate(OleOf(kOleDay0, FlippedInt(b))));
+        break;
+      case '@': {
+        const double ms = std::floor(FlippedDouble(b));
+        const double day = std::floor(ms / kMsPerDay);
+        row.push_back(Variant::FromDate(OleOf(static_cast<std::int64_t>(day),
+                                              static_cast<std::int64_t>(ms - day * kMsPerDay))));
+        break;
+      }
+      case '#':
+        row.push_back(BcdValue(b));
+        break;
+      case 'Y':
+        row.push_back(BytesValue(b));
+        break;
+      default:
+        assert(false && "field types are checked with the header");
+    }
+  }
+  return row;
+}
+
+// The records block by block along the data blocks' chain.
+class BlockStream : public RowStream {
+ public:
+  BlockStream(const std::filesystem::path& file, const std::vector<TableField>& fields,
+              const std::string& codePage, std::size_t headerSize, std::size_t recordSize,
+              std::size_t blockSize, std::uint32_t fileBlocks, std::uint32_t firstBlock,
+              std::uint32_t expected)
+      : file_(file),
+        fields_(fields),
+        codePage_(codePage),
+        headerSize_(headerSize),
+        recordSize_(recordSize),
+        fileBlocks_(fileBlocks),
+        next_(firstBlock),
+        expected_(expected),
+        data_(blockSize, '\0'),
+        in_(file, std::ios::binary) {
+    if (!in_) Fail(file, "kann nicht gelesen werden");
+  }
+
+  bool Next(std::vector<ado::Row>& rows) override {
+    if (next_ == 0) {
+      if (delivered_ != expected_) {
+        Fail(file_, "enthält " + std::to_string(delivered_) + " Datensätze, ihr Kopf nennt " +
+                        std::to_string(expected_));
+      }
+      return false;
+    }
+    const std::uint32_t block = next_;
+    if (++visited_ > fileBlocks_ || block > fileBlocks_)
+      Fail(file_, "hat eine beschädigte Blockkette (Block " + std::to_string(block) + ")");
+    in_.seekg(static_cast<std::streamoff>(headerSize_ + (block - 1) * data_.size()));
+    if (!in_.read(data_.data(), 6))
+      Fail(file_, "ist abgeschnitten (Block " + std::to_string(block) + ")");
+    const auto last = static_cast<std::int16_t>(LittleEndian(data_, 4, 2));
+    const std::size_t count = last < 0 ? 0 : static_cast<std::size_t>(last) / recordSize_ + 1;
+    if (6 + count * recordSize_ > data_.size())
+      Fail(file_, "hat einen beschädigten Block " + std::to_string(block));
+    if (!in_.read(data_.data() + 6, static_cast<std::streamsize>(count * recordSize_)))
+      Fail(file_, "ist abgeschnitten (Block " + std::to_string(block) + ")");
+    for (std::size_t r = 0; r < count; ++r) {
+      std::string_view rec(data_.data() + 6 + r * recordSize_, recordSize_);
+      rows.push_back(DecodeRecord(file_, fields_, codePage_, rec, mb_));
+    }
+    delivered_ += count;
+    next_ = LittleEndian(data_, 0, 2);
+    return true;
+  }
+
+ private:
+  std::filesystem::path file_;
+  const std::vector<TableField>& fields_;  // the table's, which outlives its streams
+  std::string codePage_;
+  std::size_t headerSize_, recordSize_;
+  std::uint32_t fileBlocks_, next_, expected_;
+  std::uint32_t visited_ = 0;
+  std::size_t delivered_ = 0;
+  std::string data_;
+  std::ifstream in_;
+  BlobFile mb_;
+};
+
+}  // namespace
+
+ParadoxFile ParadoxFile::Open(const std::filesystem::path& file) {
   ParadoxFile t;
   t.file_ = file;
   std::error_code ec;
@@ -387,113 +541,32 @@ ParadoxFile ParadoxFile::Read(const std::filesystem::path& file) {
     Fail(file, "hat eine Satzlänge von " + std::to_string(recordSize) +
                    " Bytes, die Felder ergeben " + std::to_string(sum));
   }
-
-  // The data blocks along their chain.
-  const std::uint32_t fileBlocks = LittleEndian(head, kFileBlocks, 2);
-  const std::uint32_t expected = LittleEndian(head, kNumRecords, 4);
-  std::uint32_t block = fileBlocks ? LittleEndian(head, kFirstBlock, 2) : 0;
-  std::uint32_t visited = 0;
-  BlobFile mb;
-  std::string data(static_cast<std::size_t>(t.blockSize_), '\0');
-  while (block != 0) {
-    if (++visited > fileBlocks || block > fileBlocks)
-      Fail(file, "hat eine beschädigte Blockkette (Block " + std::to_string(block) + ")");
-    in.seekg(static_cast<std::streamoff>(headerSize) +
-             static_cast<std::streamoff>(block - 1) * t.blockSize_);
-    if (!in.read(data.data(), 6))
-      Fail(file, "ist abgeschnitten (Block " + std::to_string(block) + ")");
-    const auto last = static_cast<std::int16_t>(LittleEndian(data, 4, 2));
-    const std::size_t count = last < 0 ? 0 : static_cast<std::size_t>(last) / recordSize + 1;
-    if (6 + count * recordSize > data.size())
-      Fail(file, "hat einen beschädigten Block " + std::to_string(block));
-    if (!in.read(data.data() + 6, static_cast<std::streamsize>(count * recordSize)))
-      Fail(file, "ist abgeschnitten (Block " + std::to_string(block) + ")");
-    for (std::size_t r = 0; r < count; ++r) {
-      std::string_view rec(data.data() + 6 + r * recordSize, recordSize);
-      ado::Row row;
-      std::size_t off = 0;
-      for (const auto& f : t.fields_) {
-        std::string_view b = rec.substr(off, static_cast<std::size_t>(f.width));
-        off += static_cast<std::size_t>(f.width);
-        if (IsBlob(f.type)) {
-          const std::size_t lead = b.size() - kBlobPointer;
-          std::string tail(b.substr(lead));
-          const std::uint32_t offset = LittleEndian(tail, 0, 4), length = LittleEndian(tail, 4, 4);
-          if (length == 0) {
-            row.push_back(Variant::Null());
-            continue;
-          }
-          std::string value = length <= lead && offset == 0 ? std::string(b.substr(0, length))
-                                                            : BlobOf(file, mb, offset, length);
-          if (f.type == 'M') {
-            std::string text;
-            if (!Convert(t.codePage_, "UTF-8", value, text))
-              Fail(file, "hat im Memofeld '" + f.name + "' Zeichen außerhalb von " + t.codePage_);
-            row.push_back(Variant(text));
-          } else {
-            row.push_back(BytesValue(value));
-          }
-          continue;
-        }
-        if (AllZero(b)) {
-          row.push_back(Variant::Null());
-          continue;
-        }
-        switch (f.type) {
-          case 'A': {
-            std::string_view raw = b.substr(0, std::min(b.size(), b.find('\0')));
-            std::string text;
-            if (!Convert(t.codePage_, "UTF-8", raw, text))
-              Fail(file, "hat im Feld '" + f.name + "' Zeichen außerhalb von " + t.codePage_);
-            row.push_back(Variant(text));
-            break;
-          }
-          case 'S':
-            row.push_back(Variant::Integer(static_cast<std::int16_t>(FlippedInt(b))));
-            break;
-          case 'I':
-          case '+':
-            row.push_back(Variant::Long(static_cast<std::int32_t>(FlippedInt(b))));
-            break;
-          case '$':
-          case 'N':
-            row.push_back(Variant(FlippedDouble(b)));
-            break;
-          case 'L':
-            row.push_back(Variant(static_cast<unsigned char>(b[0]) != 0x80));
-            break;
-          case 'D':
-            row.push_back(Variant::FromDate(OleOf(FlippedInt(b), 0)));
-            break;
-          case 'T':
-            row.push_back(Variant::FromDate(OleOf(kOleDay0, FlippedInt(b))));
-            break;
-          case '@': {
-            const double ms = std::floor(FlippedDouble(b));
-            const double day = std::floor(ms / kMsPerDay);
-            row.push_back(Variant::FromDate(OleOf(
-                static_cast<std::int64_t>(day), static_cast<std::int64_t>(ms - day * kMsPerDay))));
-            break;
-          }
-          case '#':
-            row.push_back(BcdValue(b));
-            break;
-          case 'Y':
-            row.push_back(BytesValue(b));
-            break;
-          default:
-            assert(false && "field types are checked with the header");
-        }
-      }
-      t.rows_.push_back(std::move(row));
-    }
-    block = LittleEndian(data, 0, 2);
-  }
-  if (t.rows_.size() != expected) {
-    Fail(file, "enthält " + std::to_string(t.rows_.size()) + " Datensätze, ihr Kopf nennt " +
-                   std::to_string(expected));
-  }
+  t.headerSize_ = headerSize;
+  t.fileBlocks_ = LittleEndian(head, kFileBlocks, 2);
+  t.firstBlock_ = t.fileBlocks_ ? LittleEndian(head, kFirstBlock, 2) : 0;
+  t.expected_ = LittleEndian(head, kNumRecords, 4);
+  t.loaded_ = false;
   return t;
+}
+
+ParadoxFile ParadoxFile::Read(const std::filesystem::path& file) {
+  ParadoxFile t = Open(file);
+  t.Load();
+  return t;
+}
+
+void ParadoxFile::Load() {
+  if (loaded_) return;
+  auto stream = Stream();
+  while (stream->Next(rows_)) {
+  }
+  loaded_ = true;
+}
+
+std::unique_ptr<RowStream> ParadoxFile::Stream() const {
+  return std::make_unique<BlockStream>(
+      file_, fields_, codePage_, headerSize_, LittleEndian(header_, kRecordSize, 2),
+      static_cast<std::size_t>(blockSize_), fileBlocks_, firstBlock_, expected_);
 }
 
 namespace {

@@ -1,5 +1,5 @@
-// A Paradox table (.DB of Paradox 3 to 7) with its BLOb file (.MB), read
-// whole into memory and written back whole.
+// A Paradox table (.DB of Paradox 3 to 7) with its BLOb file (.MB), streamed
+// block by block or read whole into memory, and written back whole.
 //
 // The header gives record size, header size, block size, record count, the
 // field types and sizes, the field names and (from Paradox 4 on) the DOS code
@@ -40,6 +40,9 @@ namespace ketrova::xbase_provider {
 
 class ParadoxFile : public TableFile {
  public:
+  // Reads the header only; the rows are streamed or loaded later. Raises
+  // kErrGeneral (above) for the header.
+  static ParadoxFile Open(const std::filesystem::path& file);
   // Reads the whole table and its BLOb values. Raises kErrGeneral (above).
   static ParadoxFile Read(const std::filesystem::path& file);
   // A new, empty table of Paradox 7 without a key, in code page 1252; the
@@ -50,6 +53,9 @@ class ParadoxFile : public TableFile {
   const std::filesystem::path& file() const override { return file_; }
   const std::vector<TableField>& fields() const override { return fields_; }
   std::vector<ado::Row>& rows() override { return rows_; }
+  bool loaded() const override { return loaded_; }
+  void Load() override;
+  std::unique_ptr<RowStream> Stream() const override;
 
   void Check(const ado::Row& row) const override;
   void Write(const std::vector<ado::Row>& rows) const override;
@@ -65,6 +71,9 @@ class ParadoxFile : public TableFile {
   int blockSize_ = 0;   // bytes of one data block
   int keyFields_ = 0;   // leading fields that form the primary key
   int version_ = 0;     // the header's file version byte
+  std::size_t headerSize_ = 0;
+  std::uint32_t fileBlocks_ = 0, firstBlock_ = 0, expected_ = 0;  // as the header says
+  bool loaded_ = true;
   std::string codePage_ = "CP437";
 };
 

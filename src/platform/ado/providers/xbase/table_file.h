@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <span>
 #include <string>
 #include <vector>
@@ -40,6 +41,15 @@ struct FieldKind {
 ado::ColumnInfo DescribeField(std::span<const FieldKind> kinds, const std::string& name, char type,
                               int width, int decimals);
 
+// Rows read block by block from a table's file.
+class RowStream {
+ public:
+  virtual ~RowStream() = default;
+  // Appends the next rows; false at the end. Raises kErrGeneral naming the
+  // file (a damaged file; at the end, a record count the header contradicts).
+  virtual bool Next(std::vector<ado::Row>& rows) = 0;
+};
+
 class TableFile {
  public:
   virtual ~TableFile() = default;
@@ -47,6 +57,12 @@ class TableFile {
   virtual const std::filesystem::path& file() const = 0;
   virtual const std::vector<TableField>& fields() const = 0;
   virtual std::vector<ado::Row>& rows() = 0;
+
+  // Whether rows() holds the table. A table not loaded is read through
+  // Stream() until something changes it, and then loaded by Load().
+  virtual bool loaded() const { return true; }
+  virtual void Load() {}
+  virtual std::unique_ptr<RowStream> Stream() const { return nullptr; }
 
   // Raises kErrStatementRefused naming the field when a value of the row
   // does not fit it (length, digits, code page).

@@ -150,7 +150,7 @@ XbaseProvider::XbaseProvider(const ado::ConnectionSpec& spec) {
     if (it == tables_.end()) {
       std::unique_ptr<TableFile> read;
       if (IsParadox(file))
-        read = std::make_unique<ParadoxFile>(ParadoxFile::Read(file));
+        read = std::make_unique<ParadoxFile>(ParadoxFile::Open(file));
       else
         read = std::make_unique<DbfFile>(DbfFile::Read(file));
       auto loaded = std::make_unique<LoadedTable>(LoadedTable{std::move(read), {}, false});
