@@ -165,6 +165,13 @@ TEST_F(XbaseProviderTest, OdbcDataSourcesOfParadoxAndDbaseDriversOpenTheFolder) 
   auto db = std::make_shared<Connection>();
   db->Open("ODBC;Driver={Microsoft dBase Driver (*.dbf)};DBQ=" + folder_.string());
   EXPECT_EQ(Rows(*db, "SELECT COUNT(*) FROM [kunden]"), (std::vector<std::string>{"2"}));
+  // The driver decides the format of a new table.
+  db->Execute("CREATE TABLE [D] ([A] TEXT(5))");
+  auto paradox = std::make_shared<Connection>();
+  paradox->Open("ODBC;Driver={Microsoft Paradox Driver (*.db )};DBQ=" + folder_.string());
+  paradox->Execute("CREATE TABLE [P] ([A] TEXT(5))");
+  EXPECT_TRUE(std::filesystem::exists(Path("D.dbf")));
+  EXPECT_TRUE(std::filesystem::exists(Path("P.db")));
 }
 
 }  // namespace

@@ -557,9 +557,12 @@ ParadoxFile ParadoxFile::Read(const std::filesystem::path& file) {
 
 void ParadoxFile::Load() {
   if (loaded_) return;
+  // Into a vector of its own, so that a failed read leaves rows_ empty.
+  std::vector<ado::Row> rows;
   auto stream = Stream();
-  while (stream->Next(rows_)) {
+  while (stream->Next(rows)) {
   }
+  rows_ = std::move(rows);
   loaded_ = true;
 }
 
