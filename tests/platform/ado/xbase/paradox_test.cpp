@@ -171,14 +171,16 @@ TEST_F(ParadoxTest, KeyedTableIsWrittenInKeyOrderWithItsIndexMarkedOutOfDate) {
     auto db = Open("Paradox 5.x");
     db->Execute("INSERT INTO [kunden] ([Nr], [Name]) VALUES (10, 'zehn')");
     db->Execute("INSERT INTO [kunden] ([Nr], [Name]) VALUES (0, 'null')");
+    // Left out, the autoincrement field counts on from the highest number.
+    db->Execute("INSERT INTO [kunden] ([Name]) VALUES ('elf')");
   }
   std::string written = Read("kunden.db");
-  EXPECT_EQ(LittleEndian(written, 0x06, 4), 5u);   // records
-  EXPECT_EQ(LittleEndian(written, 0x49, 4), 10u);  // autoincrement
+  EXPECT_EQ(LittleEndian(written, 0x06, 4), 6u);   // records
+  EXPECT_EQ(LittleEndian(written, 0x49, 4), 11u);  // autoincrement
   EXPECT_EQ(written[0x2D], bytes[0x2D] + 1);       // change counter
   EXPECT_EQ(written[0x4F], 1);                     // index update required
   EXPECT_EQ(Rows(*Open("Paradox 5.x"), "SELECT [Nr] FROM [kunden]"),
-            (std::vector<std::string>{"0", "1", "2", "3", "10"}));
+            (std::vector<std::string>{"0", "1", "2", "3", "10", "11"}));
 }
 
 TEST_F(ParadoxTest, NewTableFollowsTheDocumentedLayout) {

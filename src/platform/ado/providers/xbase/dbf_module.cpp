@@ -231,6 +231,7 @@ int Update(sqlite3_vtab* vtab, int argc, sqlite3_value** argv, sqlite3_int64* ro
     for (std::size_t i = 0; i < fields.size(); ++i)
       row.push_back(static_cast<int>(i) + 2 < argc ? FromEngine(argv[i + 2], fields[i])
                                                    : Variant::Null());
+    if (sqlite3_value_type(argv[0]) == SQLITE_NULL) t.file->CompleteNewRow(row);
     t.file->Check(row);
     if (sqlite3_value_type(argv[0]) == SQLITE_NULL) {
       t.file->rows().push_back(std::move(row));

@@ -734,6 +734,17 @@ std::string NewMbHeader() {
 
 }  // namespace
 
+void ParadoxFile::CompleteNewRow(ado::Row& row) {
+  assert(loaded_ && "rows are added to a loaded table");
+  for (std::size_t i = 0; i < fields_.size() && i < row.size(); ++i) {
+    if (fields_[i].type != '+' || !row[i].IsNull()) continue;
+    std::int32_t next = static_cast<std::int32_t>(LittleEndian(header_, kAutoInc, 4));
+    for (const auto& r : rows_)
+      if (!r[i].IsNull()) next = std::max(next, r[i].ToLong());
+    row[i] = Variant::Long(next + 1);
+  }
+}
+
 void ParadoxFile::Check(const ado::Row& row) const {
   std::string mb;
   for (std::size_t i = 0; i < fields_.size() && i < row.size(); ++i)

@@ -57,6 +57,7 @@ class ParadoxFile : public TableFile {
   void Load() override;
   std::unique_ptr<RowStream> Stream() const override;
 
+  void CompleteNewRow(ado::Row& row) override;
   void Check(const ado::Row& row) const override;
   void Write(const std::vector<ado::Row>& rows) const override;
 

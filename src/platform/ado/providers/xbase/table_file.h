@@ -64,6 +64,9 @@ class TableFile {
   virtual void Load() {}
   virtual std::unique_ptr<RowStream> Stream() const { return nullptr; }
 
+  // Fills what the format fills itself in a new row (a Paradox autoincrement
+  // field left Null gets the next number).
+  virtual void CompleteNewRow(ado::Row&) {}
   // Raises kErrStatementRefused naming the field when a value of the row
   // does not fit it (length, digits, code page).
   virtual void Check(const ado::Row& row) const = 0;
