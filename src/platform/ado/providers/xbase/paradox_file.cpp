@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
-#include <optional>
 
 #include "platform/ado/enums.h"
 #include "platform/ado/providers/xbase/file_bytes.h"
@@ -153,7 +152,6 @@ std::string CodePageName(std::uint32_t number) {
     case 863:
     case 865:
     case 866:
-      return "CP" + std::to_string(number);
     case 1250:
     case 1251:
     case 1252:
