@@ -30,6 +30,13 @@ struct Builtin {
 // there is none.
 const Builtin* FindBuiltin(std::string_view name);
 
+// The form of a built-in a call binds to, by where the call stands. Most run
+// the same either way. The conversions CByte, CCur, CDate, CDbl, CInt, CLng
+// and CSng called as a statement (Call CInt(1)) convert and then raise 458,
+// as VBScript does; Randomize, a statement, raises 13 where its value is used
+// (x = Randomize(1)).
+const Builtin* BuiltinAs(const Builtin* builtin, bool statement);
+
 // A new RegExp object (VBScript's "New RegExp").
 ObjectPtr CreateRegExp();
 

@@ -566,7 +566,7 @@ class Compiler {
       // A built-in's argument count is checked when it is called (450, which
       // On Error Resume Next traps).
       b.kind = BindKind::kBuiltin;
-      b.builtin = builtin;
+      b.builtin = BuiltinAs(builtin, calling_);
       return;
     }
     // Unknown now. At top level without Option Explicit the name becomes a

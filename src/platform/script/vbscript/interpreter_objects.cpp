@@ -91,16 +91,20 @@ class ErrObjectRef : public Object {
         if (put) return err_.HelpContext = Last(args).ToLong(), Variant();
         return Variant::Long(err_.HelpContext);
       case 6: {
+        // What Raise leaves out keeps the Err object's value (Err.Raise 5
+        // after Err.Raise 1, "Quelle" keeps the source); only where that is
+        // empty the defaults stand in. 0 and numbers above 65535 that are no
+        // COM codes raise 5.
         if (args.empty() || args[0].IsMissing()) throw VbError(450);
-        std::int32_t number = VbNumberOfRaisedCode(args[0].ToLong());
+        std::int32_t code = args[0].ToLong();
+        std::int32_t number = code == 0 || code > 0xFFFF ? 5 : VbNumberOfRaisedCode(code);
         auto given = [&](size_t i) { return i < args.size() && !args[i].IsMissing(); };
-        auto text = [&](size_t i) { return given(i) ? args[i].ToString() : std::string(); };
-        std::string source = text(1);
+        std::string source = given(1) ? args[1].ToString() : err_.Source;
         if (source.empty()) source = kRuntimeErrorSource;
-        std::string description = text(2);
+        std::string description = given(2) ? args[2].ToString() : err_.Description;
         if (description.empty()) description = RaisedErrorText(number);
-        err_.HelpFile = text(3);
-        err_.HelpContext = given(4) ? args[4].ToLong() : 0;
+        if (given(3)) err_.HelpFile = args[3].ToString();
+        if (given(4)) err_.HelpContext = args[4].ToLong();
         throw VbError(number, description, source);
       }
       case 7:

@@ -13,6 +13,7 @@ T "VarType(&hFFFF&)"
 T "&h7FFF&"
 T "&hFFFFFFFF&"
 T "&o17"
+' Round keeps a Boolean (Wine's api.vbs, run against Windows: VT_BOOL)
 T "Round(True)"
 T "CByte(True)"
 T "CByte(False)"
