@@ -30,3 +30,7 @@ T "Oct(-2147483648.51)"
 T "LBound(Null)"
 T "UBound(Empty)"
 T "IsNumeric(Null)"
+' The Boolean texts of Write # count as Booleans wherever a Boolean is
+' expected (Wine's lang.vbs: If "#TRUE#" takes the Then branch)
+If "#TRUE#" Then Print "If ""#TRUE#"": Then"
+If "#false#" Then Print "Then" Else Print "If ""#false#"": Else"
