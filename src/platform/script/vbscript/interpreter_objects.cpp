@@ -103,9 +103,9 @@ class ErrObjectRef : public Object {
         if (source.empty()) source = kRuntimeErrorSource;
         std::string description = given(2) ? args[2].ToString() : err_.Description;
         if (description.empty()) description = RaisedErrorText(number);
-        if (given(3)) err_.HelpFile = args[3].ToString();
-        if (given(4)) err_.HelpContext = args[4].ToLong();
-        throw VbError(number, description, source);
+        throw RaisedError(number, description, source,
+                          given(3) ? args[3].ToString() : err_.HelpFile,
+                          given(4) ? args[4].ToLong() : err_.HelpContext);
       }
       case 7:
         err_.Clear();

@@ -50,3 +50,7 @@ Print Err.Number, Err.Source, Err.Description
 Err.Clear
 Err.Raise &h8007000E&
 Print Err.Number, Err.Source, Err.Description, "[" & Err.HelpFile & "]", Err.HelpContext
+' A run-time error empties what Raise set: the help file and context too
+Err.Raise 1, 2, "Text", "hilfe.chm", 7
+Err.Unbekannt
+Print Err.Number, "[" & Err.HelpFile & "]", Err.HelpContext
