@@ -54,3 +54,15 @@ Print Err.Number, Err.Source, Err.Description, "[" & Err.HelpFile & "]", Err.Hel
 Err.Raise 1, 2, "Text", "hilfe.chm", 7
 Err.Unbekannt
 Print Err.Number, "[" & Err.HelpFile & "]", Err.HelpContext
+' More system codes and their VB numbers, as Wine's VBScript tests (error.vbs)
+' pin them against Windows
+Err.Raise &h80020003&
+Print "DISP_E_MEMBERNOTFOUND", Err.Number
+Err.Raise &h80030002&
+Print "STG_E_FILENOTFOUND", Err.Number
+Err.Raise &h800706BA&
+Print "RPC_S_SERVER_UNAVAILABLE", Err.Number
+Err.Raise &h800A10AA&
+Print "&h800A10AA&", Err.Number
+Err.Raise &h80080008&
+Print "unmapped", Hex(Err.Number)
