@@ -432,7 +432,10 @@ class Compiler {
         if (!currentClass_) RaiseCompileError(kErrInvalidMe, e.line, e.column);
         break;
       case ExprKind::kNew: {
+        // A class of the script may be named RegExp, but New RegExp still
+        // makes the built-in one, as in VBScript.
         std::string lower = ToLower(e.name);
+        if (lower == "regexp") break;
         if (auto it = newClassIndex(lower)) e.newClass = it;
         break;
       }
