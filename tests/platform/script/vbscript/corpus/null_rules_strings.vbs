@@ -53,3 +53,9 @@ T "InStrRev(""abcd"", ""bc"", 2.6)"
 T "Space(4.5) & ""|"""
 T "Left(""123456"", 2.5)"
 T "Chr(119.5)"
+' Join: Empty elements join as "", a Null element raises 13, as does a list of
+' two dimensions
+T "Join(Array(1, Empty), ""-"")"
+T "Join(Array(1, Null))"
+T "Join(Array(Array(1, 2), Array(3, 4)))"
+T "Join(Array(), Null)"
