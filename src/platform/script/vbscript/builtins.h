@@ -37,6 +37,10 @@ const Builtin* FindBuiltin(std::string_view name);
 // (x = Randomize(1)).
 const Builtin* BuiltinAs(const Builtin* builtin, bool statement);
 
+// What a ".member" outside any With stands on: it raises 505 when it runs, as
+// VBScript compiles such a line and fails only there.
+const Builtin* UnqualifiedReference();
+
 // A new RegExp object (VBScript's "New RegExp").
 ObjectPtr CreateRegExp();
 

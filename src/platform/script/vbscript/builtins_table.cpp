@@ -189,7 +189,17 @@ constexpr RefusedUse kRefusedUses[] = {
     {false, Builtin{"Randomize", 0, 1, RefusedAsValue}},
 };
 
+Variant RaiseUnqualifiedReference(std::span<const Variant>) {
+  throw VbError(505);
+}
+
+constexpr Builtin kUnqualifiedReference{"", 0, -1, RaiseUnqualifiedReference};
+
 }  // namespace
+
+const Builtin* UnqualifiedReference() {
+  return &kUnqualifiedReference;
+}
 
 const Builtin* BuiltinAs(const Builtin* builtin, bool statement) {
   assert(builtin);

@@ -425,7 +425,18 @@ class Compiler {
         Bind(*e.right);
         break;
       case ExprKind::kWithMember:
-        if (withSlots_.empty()) RaiseCompileError(kErrSyntax, e.line, e.column);
+        if (withSlots_.empty()) {
+          // Outside any With: a member of a target that raises 505 when it runs.
+          auto nowhere = std::make_unique<Expr>();
+          nowhere->kind = ExprKind::kName;
+          nowhere->line = e.line;
+          nowhere->column = e.column;
+          nowhere->bind.kind = BindKind::kBuiltin;
+          nowhere->bind.builtin = UnqualifiedReference();
+          e.kind = ExprKind::kMember;
+          e.target = std::move(nowhere);
+          break;
+        }
         e.bind.index = withSlots_.back();
         break;
       case ExprKind::kMe:

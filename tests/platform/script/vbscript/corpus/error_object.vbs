@@ -66,3 +66,14 @@ Err.Raise &h800A10AA&
 Print "&h800A10AA&", Err.Number
 Err.Raise &h80080008&
 Print "unmapped", Hex(Err.Number)
+' A ".member" outside any With compiles, and raises 505 where it runs (Wine's
+' error.vbs)
+Err.Clear
+.Name = 1
+Print ".Name = 1 ohne With", Err.Number, Err.Description
+Err.Clear
+s = .Name
+Print "s = .Name ohne With", Err.Number
+Err.Clear
+.Run
+Print ".Run ohne With", Err.Number
