@@ -269,7 +269,9 @@ Variant BiSpace(Args args) {
 
 // String(number, character): the character is the first of a text or a code,
 // taken modulo 256.
+// A Null count, like a Null character, gives Null (the language reference).
 Variant BiString(Args args) {
+  if (args[0].IsNull()) return Variant::Null();
   std::int32_t n = NonNegative(args[0]);
   if (args[1].IsNull()) return Variant::Null();
   char32_t c;

@@ -106,6 +106,7 @@ TEST_F(StringFunctions, SpaceStringAndStrReverse) {
   EXPECT_EQ(Text("String", 2, 65), "AA");
   EXPECT_EQ(Text("String", 2, 321), "AA");  // codes wrap at 256
   EXPECT_EQ(Text("String", 2, Null()), "Null");
+  EXPECT_EQ(Text("String", Null(), "a"), "Null");
   EXPECT_EQ(Text("StrReverse", "Straße"), "eßartS");
   EXPECT_EQ(ErrorOf("Space", -1), 5);
   EXPECT_EQ(ErrorOf("String", -1, "a"), 5);
