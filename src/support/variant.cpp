@@ -343,8 +343,9 @@ bool Variant::ToBool() const {
       while (!s.empty() && s.front() == ' ') s.remove_prefix(1);
       while (!s.empty() && s.back() == ' ') s.remove_suffix(1);
       auto is = [&](std::string_view word) { return CompareText(s, word, true) == 0; };
-      if (is("True") || is("Wahr")) return true;
-      if (is("False") || is("Falsch")) return false;
+      // Also the forms Write # stores Booleans in, as VB's conversion reads them.
+      if (is("True") || is("Wahr") || is("#TRUE#")) return true;
+      if (is("False") || is("Falsch") || is("#FALSE#")) return false;
       return TextToDouble(AsString()) != 0;
     }
     case kObject:

@@ -96,6 +96,8 @@ TEST_F(VariantTest, CBoolReadsBothLanguagesAndNumbers) {
   EXPECT_TRUE(Variant(" TRUE").ToBool());
   EXPECT_FALSE(Variant("Falsch").ToBool());
   EXPECT_FALSE(Variant("false").ToBool());
+  EXPECT_TRUE(Variant("#True#").ToBool());  // as Write # stores it
+  EXPECT_FALSE(Variant("#FALSE#").ToBool());
   EXPECT_TRUE(Variant("-1").ToBool());
   EXPECT_FALSE(Variant("0").ToBool());
   EXPECT_TRUE(Variant(0.1).ToBool());

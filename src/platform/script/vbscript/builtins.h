@@ -30,6 +30,17 @@ struct Builtin {
 // there is none.
 const Builtin* FindBuiltin(std::string_view name);
 
+// The form of a built-in a call binds to, by where the call stands. Most run
+// the same either way. The conversions CByte, CCur, CDate, CDbl, CInt, CLng
+// and CSng called as a statement (Call CInt(1)) convert and then raise 458,
+// as VBScript does; Randomize, a statement, raises 13 where its value is used
+// (x = Randomize(1)).
+const Builtin* BuiltinAs(const Builtin* builtin, bool statement);
+
+// What a ".member" outside any With stands on: it raises 505 when it runs, as
+// VBScript compiles such a line and fails only there.
+const Builtin* UnqualifiedReference();
+
 // A new RegExp object (VBScript's "New RegExp").
 ObjectPtr CreateRegExp();
 

@@ -73,15 +73,17 @@ Variant BiSplit(Args args) {
   return MakeArray(std::move(parts), vbString);
 }
 
-// Join(list[, delimiter]): Null and Empty elements join as "".
+// Join(list[, delimiter]): Empty elements join as ""; a Null element, like a
+// list of more than one dimension, raises 13.
 Variant BiJoin(Args args) {
   if (args[0].IsNull()) throw VbError(94);
   const SafeArray& array = ArrayArg(args[0]);
-  if (array.bounds.size() != 1) RaiseInvalidArgument();
+  if (array.bounds.size() != 1) throw VbError(13);
   std::string delimiter = Missing(args, 1) ? std::string(" ") : args[1].ToString();
   std::string out;
   for (std::size_t i = 0; i < array.data.size(); ++i) {
     if (i > 0) out += delimiter;
+    if (array.data[i].IsNull()) throw VbError(13);
     out += array.data[i].ToText();
   }
   return Variant(out);

@@ -9,14 +9,7 @@
 
 namespace ketrova::script::vbscript {
 
-// CBool also reads the text forms "#TRUE#" and "#FALSE#" (how Write #
-// stores booleans).
 Variant BiCBool(Args args) {
-  if (args[0].Type() == vbString) {
-    std::string text = ToLower(args[0].AsString());
-    if (text == "#true#") return Variant(true);
-    if (text == "#false#") return Variant(false);
-  }
   return Variant(args[0].ToBool());
 }
 // CByte(True) is 255: the Boolean's 16 bits, not the number -1.

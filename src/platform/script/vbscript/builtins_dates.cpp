@@ -211,6 +211,7 @@ Variant BiWeekday(Args args) {
 }
 
 Variant BiMonthName(Args args) {
+  if (!Missing(args, 1) && args[1].IsNull()) throw VbError(94);  // before the month
   std::int32_t month = args[0].ToLong();
   if (month < 1 || month > 12) RaiseInvalidArgument();
   bool abbreviate = Missing(args, 1) ? false : args[1].ToBool();
@@ -350,6 +351,7 @@ Variant BiFormatDateTime(Args args) {
                                                   "Long Time", "Short Time"};
   std::int32_t format = LongArg(args, 1, 0);
   if (format < 0 || format > 4) RaiseInvalidArgument();
+  if (args[0].IsNull()) throw VbError(13);  // a Null date: 13, not 94
   Variant date = Variant(args[0].ToDate());
   return Variant(Format(date, kNamedFormats[format]));
 }

@@ -31,7 +31,9 @@ std::string NumberPattern(Args args, bool parensByDefault, bool& parens) {
 }
 
 // The value under `positive`, and in parentheses when negative and asked for.
+// A Null value raises 13 (a Null switch 94).
 Variant FormatWith(const Variant& value, const std::string& positive, bool parens) {
+  if (value.IsNull()) throw VbError(13);
   double number = value.ToDouble();
   return Variant(Format(Variant(number), parens ? positive + ";(" + positive + ")" : positive));
 }

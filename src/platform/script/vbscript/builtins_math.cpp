@@ -81,6 +81,7 @@ Variant BiInt(Args args) {
 Variant BiRound(Args args) {
   std::int32_t places = LongArg(args, 1, 0);
   if (places < 0) RaiseInvalidArgument();
+  if (args[0].Type() == vbBoolean) return args[0];  // Round(True) stays Boolean
   double scale = std::pow(10.0, places);
   return KeepSubtype(args[0], [scale, places](double x) {
     if (places == 0) return RoundHalfEven(x);

@@ -118,6 +118,8 @@ Variant BiRight(Args args) {
 }
 
 Variant BiMid(Args args) {
+  // A Null length raises 94 before the start is looked at.
+  if (!Missing(args, 2) && args[2].IsNull()) throw VbError(94);
   std::int32_t start = Positive(args[1]);
   std::int32_t length = Missing(args, 2) ? -1 : NonNegative(args[2]);
   if (args[0].IsNull()) return Variant::Null();
@@ -193,7 +195,8 @@ Variant BiInStrRev(Args args) {
   std::int32_t start = LongArg(args, 2, -1);
   if (start == 0 || start < -1) RaiseInvalidArgument();
   bool text = TextCompareArg(args, 3);
-  if (args[0].IsNull() || args[1].IsNull()) return Variant::Null();
+  // Unlike InStr, a Null text is no Null result but 94.
+  if (args[0].IsNull() || args[1].IsNull()) throw VbError(94);
   std::u32string hay = Fold(ToCodePoints(args[0].ToString()), text);
   std::u32string needle = Fold(ToCodePoints(args[1].ToString()), text);
   std::size_t length = hay.size();
@@ -266,7 +269,9 @@ Variant BiSpace(Args args) {
 
 // String(number, character): the character is the first of a text or a code,
 // taken modulo 256.
+// A Null count, like a Null character, gives Null (the language reference).
 Variant BiString(Args args) {
+  if (args[0].IsNull()) return Variant::Null();
   std::int32_t n = NonNegative(args[0]);
   if (args[1].IsNull()) return Variant::Null();
   char32_t c;

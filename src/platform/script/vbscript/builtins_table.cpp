@@ -2,6 +2,7 @@
 // that FindBuiltin can search it by halves.
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <vector>
 
 #include "platform/script/vbscript/builtins.h"
@@ -161,7 +162,51 @@ constexpr auto kBuiltins = [] {
   return table;
 }();
 
+// A conversion called as a statement: its errors come first, then 458.
+template <BuiltinFunction F>
+Variant Discarded(std::span<const Variant> args) {
+  (void)F(args);
+  throw VbError(458);
+}
+
+Variant RefusedAsValue(std::span<const Variant>) {
+  throw VbError(13);
+}
+
+struct RefusedUse {
+  bool statement;  // the form for a call as a statement, else for a value
+  Builtin form;
+};
+
+constexpr RefusedUse kRefusedUses[] = {
+    {true, Builtin{"CByte", 1, 1, Discarded<ByValue<BiCByte>>}},
+    {true, Builtin{"CCur", 1, 1, Discarded<ByValue<BiCCur>>}},
+    {true, Builtin{"CDate", 1, 1, Discarded<ByValue<BiCDate>>}},
+    {true, Builtin{"CDbl", 1, 1, Discarded<ByValue<BiCDbl>>}},
+    {true, Builtin{"CInt", 1, 1, Discarded<ByValue<BiCInt>>}},
+    {true, Builtin{"CLng", 1, 1, Discarded<ByValue<BiCLng>>}},
+    {true, Builtin{"CSng", 1, 1, Discarded<ByValue<BiCSng>>}},
+    {false, Builtin{"Randomize", 0, 1, RefusedAsValue}},
+};
+
+Variant RaiseUnqualifiedReference(std::span<const Variant>) {
+  throw VbError(505);
+}
+
+constexpr Builtin kUnqualifiedReference{"", 0, -1, RaiseUnqualifiedReference};
+
 }  // namespace
+
+const Builtin* UnqualifiedReference() {
+  return &kUnqualifiedReference;
+}
+
+const Builtin* BuiltinAs(const Builtin* builtin, bool statement) {
+  assert(builtin);
+  for (const RefusedUse& refused : kRefusedUses)
+    if (refused.statement == statement && refused.form.Name == builtin->Name) return &refused.form;
+  return builtin;
+}
 
 const Builtin* FindBuiltin(std::string_view name) {
   auto it = std::lower_bound(

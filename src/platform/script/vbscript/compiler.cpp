@@ -425,14 +425,28 @@ class Compiler {
         Bind(*e.right);
         break;
       case ExprKind::kWithMember:
-        if (withSlots_.empty()) RaiseCompileError(kErrSyntax, e.line, e.column);
+        if (withSlots_.empty()) {
+          // Outside any With: a member of a target that raises 505 when it runs.
+          auto nowhere = std::make_unique<Expr>();
+          nowhere->kind = ExprKind::kName;
+          nowhere->line = e.line;
+          nowhere->column = e.column;
+          nowhere->bind.kind = BindKind::kBuiltin;
+          nowhere->bind.builtin = UnqualifiedReference();
+          e.kind = ExprKind::kMember;
+          e.target = std::move(nowhere);
+          break;
+        }
         e.bind.index = withSlots_.back();
         break;
       case ExprKind::kMe:
         if (!currentClass_) RaiseCompileError(kErrInvalidMe, e.line, e.column);
         break;
       case ExprKind::kNew: {
+        // A class of the script may be named RegExp, but New RegExp still
+        // makes the built-in one, as in VBScript.
         std::string lower = ToLower(e.name);
+        if (lower == "regexp") break;
         if (auto it = newClassIndex(lower)) e.newClass = it;
         break;
       }
@@ -566,7 +580,7 @@ class Compiler {
       // A built-in's argument count is checked when it is called (450, which
       // On Error Resume Next traps).
       b.kind = BindKind::kBuiltin;
-      b.builtin = builtin;
+      b.builtin = BuiltinAs(builtin, calling_);
       return;
     }
     // Unknown now. At top level without Option Explicit the name becomes a

@@ -102,6 +102,9 @@ void Interpreter::Impl::Record(const VbError& e) {
   err.Number = e.Number;
   err.Description = e.Description;
   err.Source = e.Source.empty() ? kRuntimeErrorSource : e.Source;
+  const auto* raised = dynamic_cast<const RaisedError*>(&e);
+  err.HelpFile = raised ? raised->HelpFile : std::string();
+  err.HelpContext = raised ? raised->HelpContext : 0;
 }
 
 Interpreter::Interpreter() : impl_(std::make_unique<Impl>(this)) {}

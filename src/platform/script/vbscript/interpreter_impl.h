@@ -12,7 +12,6 @@
 #pragma once
 
 #include <cassert>
-
 #include <chrono>
 #include <cstdint>
 #include <limits>
@@ -71,6 +70,18 @@ inline ClassInstance* AsClassInstance(Object* object) {
   return object && typeid(*object) == typeid(ClassInstance) ? static_cast<ClassInstance*>(object)
                                                             : nullptr;
 }
+
+// An error Err.Raise raised, with the help file and context it gives the Err
+// object; any other error leaves those empty.
+struct RaisedError : VbError {
+  RaisedError(std::int32_t number, std::string description, std::string source,
+              std::string helpFile, std::int32_t helpContext)
+      : VbError(number, std::move(description), std::move(source)),
+        HelpFile(std::move(helpFile)),
+        HelpContext(helpContext) {}
+  std::string HelpFile;
+  std::int32_t HelpContext;
+};
 
 // The script's Err object, and the object GetRef answers for a procedure.
 ObjectPtr MakeErrObject(ErrObject& err);

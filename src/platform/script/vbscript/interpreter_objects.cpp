@@ -31,17 +31,16 @@ class ProcedureRef : public Object {
 
 // Err.Raise of a COM error code raises the VB error it stands for, as
 // VBScript maps them: a code of VB's own facility (&H800A0000 + n) is n, the
-// common system codes have their VB numbers, anything else stays as it is.
+// system codes below have their VB numbers (the table Wine's VBScript tests
+// pin against Windows), anything else stays as it is.
 std::int32_t VbNumberOfRaisedCode(std::int32_t code) {
   auto hresult = static_cast<std::uint32_t>(code);
   if ((hresult & 0xFFFF0000u) == 0x800A0000u) return static_cast<std::int32_t>(hresult & 0xFFFF);
   static constexpr std::pair<std::uint32_t, std::int32_t> kMapped[] = {
-      {0x8007000E, 7},    // E_OUTOFMEMORY
-      {0x80070057, 5},    // E_INVALIDARG
-      {0x80070005, 70},   // E_ACCESSDENIED
       {0x80004001, 445},  // E_NOTIMPL
       {0x80004002, 430},  // E_NOINTERFACE
-      {0x80020003, 451},  // DISP_E_MEMBERNOTFOUND
+      {0x80020001, 438},  // DISP_E_UNKNOWNINTERFACE
+      {0x80020003, 438},  // DISP_E_MEMBERNOTFOUND
       {0x80020004, 448},  // DISP_E_PARAMNOTFOUND
       {0x80020005, 13},   // DISP_E_TYPEMISMATCH
       {0x80020006, 438},  // DISP_E_UNKNOWNNAME
@@ -49,9 +48,45 @@ std::int32_t VbNumberOfRaisedCode(std::int32_t code) {
       {0x80020008, 458},  // DISP_E_BADVARTYPE
       {0x8002000A, 6},    // DISP_E_OVERFLOW
       {0x8002000B, 9},    // DISP_E_BADINDEX
+      {0x8002000C, 447},  // DISP_E_UNKNOWNLCID
+      {0x8002000D, 10},   // DISP_E_ARRAYISLOCKED
       {0x8002000E, 450},  // DISP_E_BADPARAMCOUNT
       {0x8002000F, 449},  // DISP_E_PARAMNOTOPTIONAL
+      {0x80020011, 451},  // DISP_E_NOTACOLLECTION
+      {0x8002802F, 453},  // TYPE_E_DLLFUNCTIONNOTFOUND
+      {0x80028CA0, 13},   // TYPE_E_TYPEMISMATCH
+      {0x80028CA1, 9},    // TYPE_E_OUTOFBOUNDS
+      {0x80028CA2, 57},   // TYPE_E_IOERROR
+      {0x80028CA3, 322},  // TYPE_E_CANTCREATETMPFILE
+      {0x80030002, 432},  // STG_E_FILENOTFOUND
+      {0x80030003, 76},   // STG_E_PATHNOTFOUND
+      {0x80030004, 67},   // STG_E_TOOMANYOPENFILES
+      {0x80030005, 70},   // STG_E_ACCESSDENIED
+      {0x80030008, 7},    // STG_E_INSUFFICIENTMEMORY
+      {0x80030012, 67},   // STG_E_NOMOREFILES
+      {0x80030013, 70},   // STG_E_DISKISWRITEPROTECTED
+      {0x8003001D, 57},   // STG_E_WRITEFAULT
+      {0x8003001E, 57},   // STG_E_READFAULT
+      {0x80030020, 75},   // STG_E_SHAREVIOLATION
+      {0x80030021, 70},   // STG_E_LOCKVIOLATION
+      {0x80030050, 58},   // STG_E_FILEALREADYEXISTS
+      {0x80030070, 61},   // STG_E_MEDIUMFULL
+      {0x800300FC, 53},   // STG_E_INVALIDNAME
+      {0x80030100, 70},   // STG_E_INUSE
+      {0x80030101, 70},   // STG_E_NOTCURRENT
+      {0x80030103, 57},   // STG_E_CANTSAVE
       {0x80040154, 429},  // REGDB_E_CLASSNOTREG
+      {0x800401E3, 429},  // MK_E_UNAVAILABLE
+      {0x800401E6, 432},  // MK_E_INVALIDEXTENSION
+      {0x800401EA, 432},  // MK_E_CANTOPENFILE
+      {0x800401F3, 429},  // CO_E_CLASSSTRING
+      {0x800401F5, 429},  // CO_E_APPNOTFOUND
+      {0x800401FE, 429},  // CO_E_APPDIDNTREG
+      {0x80070005, 70},   // E_ACCESSDENIED
+      {0x8007000E, 7},    // E_OUTOFMEMORY
+      {0x80070057, 5},    // E_INVALIDARG
+      {0x800706BA, 462},  // RPC_S_SERVER_UNAVAILABLE
+      {0x80080005, 429},  // CO_E_SERVER_EXEC_FAILURE
   };
   for (const auto& [from, to] : kMapped)
     if (from == hresult) return to;
@@ -91,17 +126,21 @@ class ErrObjectRef : public Object {
         if (put) return err_.HelpContext = Last(args).ToLong(), Variant();
         return Variant::Long(err_.HelpContext);
       case 6: {
+        // What Raise leaves out keeps the Err object's value (Err.Raise 5
+        // after Err.Raise 1, "Quelle" keeps the source); only where that is
+        // empty the defaults stand in. 0 and numbers above 65535 that are no
+        // COM codes raise 5.
         if (args.empty() || args[0].IsMissing()) throw VbError(450);
-        std::int32_t number = VbNumberOfRaisedCode(args[0].ToLong());
+        std::int32_t code = args[0].ToLong();
+        std::int32_t number = code == 0 || code > 0xFFFF ? 5 : VbNumberOfRaisedCode(code);
         auto given = [&](size_t i) { return i < args.size() && !args[i].IsMissing(); };
-        auto text = [&](size_t i) { return given(i) ? args[i].ToString() : std::string(); };
-        std::string source = text(1);
+        std::string source = given(1) ? args[1].ToString() : err_.Source;
         if (source.empty()) source = kRuntimeErrorSource;
-        std::string description = text(2);
+        std::string description = given(2) ? args[2].ToString() : err_.Description;
         if (description.empty()) description = RaisedErrorText(number);
-        err_.HelpFile = text(3);
-        err_.HelpContext = given(4) ? args[4].ToLong() : 0;
-        throw VbError(number, description, source);
+        throw RaisedError(number, description, source,
+                          given(3) ? args[3].ToString() : err_.HelpFile,
+                          given(4) ? args[4].ToLong() : err_.HelpContext);
       }
       case 7:
         err_.Clear();

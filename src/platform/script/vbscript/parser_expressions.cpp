@@ -128,7 +128,21 @@ ExprPtr Parser::Postfix(ExprPtr* seed) {
         ArgumentList(*index);
         e = std::move(index);
       } else if (e->kind == ExprKind::kParen) {
-        // (f)(x): the parenthesised value, indexed or called by default.
+        // (f)(x) and ((f))(x) call f with x, as VBScript does; any other
+        // parenthesised value is indexed or called by default.
+        const Expr* inner = e.get();
+        while (inner->kind == ExprKind::kParen) inner = inner->target.get();
+        if ((inner->kind == ExprKind::kName || inner->kind == ExprKind::kMember ||
+             inner->kind == ExprKind::kWithMember) &&
+            !inner->hasArgs) {
+          while (e->kind == ExprKind::kParen) {
+            ExprPtr unwrapped = std::move(e->target);
+            e = std::move(unwrapped);
+          }
+          ArgumentList(*e);
+          seed = nullptr;
+          continue;
+        }
         ExprPtr index = MakeExpr(ExprKind::kIndex, e->line, e->column);
         index->target = std::move(e);
         ArgumentList(*index);

@@ -228,8 +228,8 @@ class Scanner {
 
   // &Hxxxx, &Oooo and &ooo. Without a trailing "&", values that fit in 16
   // bits are Integers (so &HFFFF is -1), in 32 bits Longs. With it, the
-  // value is taken as it stands and gets the smallest type that holds it
-  // (&H10& is an Integer, &HFFFF& the Long 65535).
+  // value is read as 32 bits and gets the smallest type that holds it
+  // (&H10& is an Integer, &HFFFF& the Long 65535, &HFFFFFFFE& the Integer -2).
   void ScanRadix(int line, int column) {
     ++pos_;
     int radix = 8;
@@ -263,10 +263,13 @@ class Scanner {
     t.kind = TokenKind::kNumber;
     t.line = line;
     t.column = column;
-    if ((value <= 0xFFFF && !asLong) || (asLong && value <= 0x7FFF))
+    auto asInt32 = static_cast<std::int32_t>(static_cast<std::uint32_t>(value));
+    if (value <= 0xFFFF && !asLong)
       t.value = Variant::Integer(static_cast<std::int16_t>(static_cast<std::uint16_t>(value)));
+    else if (asLong && asInt32 >= -32768 && asInt32 <= 32767)
+      t.value = Variant::Integer(static_cast<std::int16_t>(asInt32));
     else
-      t.value = Variant::Long(static_cast<std::int32_t>(static_cast<std::uint32_t>(value)));
+      t.value = Variant::Long(asInt32);
     tokens_.push_back(std::move(t));
   }
 

@@ -26,7 +26,7 @@ TEST_F(ArrayFunctions, BoundsOfEveryDimension) {
   EXPECT_EQ(Text("UBound", a, 2), "7");
   EXPECT_EQ(Text("UBound", a, 1), "2");
   EXPECT_EQ(ErrorOf("UBound", a, 0), 9);
-  EXPECT_EQ(ErrorOf("Join", a), 5);
+  EXPECT_EQ(ErrorOf("Join", a), 13);
 }
 
 TEST_F(ArrayFunctions, SplitAnswersAStringArray) {
@@ -44,8 +44,9 @@ TEST_F(ArrayFunctions, SplitAnswersAStringArray) {
   EXPECT_EQ(ErrorOf("Split", "a", ",", -2), 5);
 }
 
-TEST_F(ArrayFunctions, JoinTurnsNullIntoNothing) {
-  EXPECT_EQ(Text("Join", Call("Array", "a", 1, Null(), 1.5), "-"), "a-1--1,5");
+TEST_F(ArrayFunctions, JoinTakesEmptyButNoNullElements) {
+  EXPECT_EQ(Text("Join", Call("Array", "a", 1, Variant(), 1.5), "-"), "a-1--1,5");
+  EXPECT_EQ(ErrorOf("Join", Call("Array", "a", Null())), 13);
   EXPECT_EQ(Text("Join", Call("Split", "x y z")), "x y z");
   EXPECT_EQ(Text("Join", Call("Array")), "");
   EXPECT_EQ(ErrorOf("Join", "abc"), 13);

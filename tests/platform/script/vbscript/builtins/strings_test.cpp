@@ -62,7 +62,7 @@ TEST_F(StringFunctions, InStrRevFindsTheLastMatchEndingBeforeStart) {
   EXPECT_EQ(Text("InStrRev", "abcABC", "bc", -1, 1), "5");
   EXPECT_EQ(Text("InStrRev", "abc", ""), "3");
   EXPECT_EQ(Text("InStrRev", "abc", "a", 9), "0");
-  EXPECT_EQ(Text("InStrRev", Null(), "a"), "Null");
+  EXPECT_EQ(ErrorOf("InStrRev", Null(), "a"), 94);  // unlike InStr, no Null result
   EXPECT_EQ(ErrorOf("InStrRev", "abc", "a", 0), 5);
 }
 
@@ -106,6 +106,7 @@ TEST_F(StringFunctions, SpaceStringAndStrReverse) {
   EXPECT_EQ(Text("String", 2, 65), "AA");
   EXPECT_EQ(Text("String", 2, 321), "AA");  // codes wrap at 256
   EXPECT_EQ(Text("String", 2, Null()), "Null");
+  EXPECT_EQ(Text("String", Null(), "a"), "Null");
   EXPECT_EQ(Text("StrReverse", "Straße"), "eßartS");
   EXPECT_EQ(ErrorOf("Space", -1), 5);
   EXPECT_EQ(ErrorOf("String", -1, "a"), 5);

@@ -36,6 +36,8 @@ s.hidden = 2
 Print "Private schreiben", Err.Number
 Err.Clear
 
+' A class may be named RegExp, but New RegExp makes the built-in one (Wine's
+' lang.vbs, run against Windows)
 Class RegExp
   Public Pattern
   Public Function Test(text)
@@ -44,7 +46,7 @@ Class RegExp
 End Class
 Dim r
 Set r = New RegExp
-Print r.Test("a")
+Print r.Test("a"), TypeName(r)
 
 Dim re
 Set re = CreateObject("VBScript.RegExp")

@@ -45,6 +45,8 @@ T "UCase(""äbc"")"
 T "Space(-1)"
 T "String(3, ""ab"")"
 T "String(2, 65)"
+' String: a Null count or character gives Null (the language reference: "If
+' number contains Null, Null is returned")
 T "String(3, Null)"
 T "String(Null, ""a"")"
 T "StrReverse(Null)"

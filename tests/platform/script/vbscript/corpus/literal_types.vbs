@@ -11,8 +11,12 @@ T "&hFFFF"
 T "&hFFFF&"
 T "VarType(&hFFFF&)"
 T "&h7FFF&"
+' With the "&", 32 bits that fit an Integer are one (Wine's lang.vbs, run
+' against Windows: VT_I2)
 T "&hFFFFFFFF&"
+T "&hFFFFFFFE&"
 T "&o17"
+' Round keeps a Boolean (Wine's api.vbs, run against Windows: VT_BOOL)
 T "Round(True)"
 T "CByte(True)"
 T "CByte(False)"

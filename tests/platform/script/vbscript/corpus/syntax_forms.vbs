@@ -28,12 +28,23 @@ Function Twice()
 End Function
 Print Twice()
 
-Function Numbers()
-  Numbers = Array(10, 20, 30)
+' (f)(x) calls f with x, by reference; ((x)) passes a copy (Wine's lang.vbs, run
+' against Windows: y = (seta0)(x), Call (((seta0))) ((x)))
+Function First(a)
+  First = a(0)
+  a(0) = "geändert"
 End Function
-Dim y
-y = (Numbers)(1)
-Print "Klammern", y
+Dim y, z
+z = Array("erste")
+y = (First)(z)
+Print "Klammern", y, z(0)
+z = Array("erste")
+Call (((First))) ((z))
+Print z(0)
+Call (((First))) (z)
+Print z(0)
+y = ((z))(0)
+Print y
 
 Dim Property
 Property = "Property als Name"
