@@ -21,18 +21,16 @@
 
 #include <sqlite3.h>
 
-#include <chrono>
-#include <condition_variable>
 #include <list>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "platform/ado/provider.h"
+#include "platform/ado/write_group.h"
 
 namespace ketrova::ado {
 
@@ -85,7 +83,6 @@ class SqliteProvider : public Provider {
   void BeforeWrite();
   void AfterWrite(bool succeeded);
   void CommitGroupLocked();
-  void TimerLoop();
   std::string DeclaredType(const std::string& table, const std::string& column);
 
   sqlite3* db_ = nullptr;
@@ -96,15 +93,8 @@ class SqliteProvider : public Provider {
   std::uint64_t queriesRun_ = 0;
 
   bool grouping_ = true;
-  bool inGroup_ = false;
   bool userTransaction_ = false;
-  std::chrono::steady_clock::time_point groupStart_{};
-  std::uint64_t groupWrites_ = 0;
-  std::uint64_t committedWrites_ = 0;
-
-  std::thread timer_;
-  std::condition_variable_any wake_;
-  bool stopping_ = false;
+  std::unique_ptr<WriteGroup> group_;
 };
 
 }  // namespace ketrova::ado
