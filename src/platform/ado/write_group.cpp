@@ -45,8 +45,10 @@ void WriteGroup::Committed() {
 }
 
 void WriteGroup::Lost() {
-  std::cerr << store_ << ": " << writes_
-            << " geschriebene Datensätze sind verloren; übernommen wurden " << committed_ << ".\n";
+  if (writes_ > 0)
+    std::cerr << store_ << ": " << writes_
+              << " geschriebene Datensätze sind verloren; übernommen wurden " << committed_
+              << ".\n";
   writes_ = 0;
   open_ = false;
 }

@@ -33,6 +33,18 @@ namespace {
 
 constexpr std::size_t kIdleStatements = 64;
 
+// The providers of this process that group their writes: a statement on one
+// has the others' groups committed first, so that it sees what they wrote.
+struct GroupingProviders {
+  std::mutex mutex;
+  std::vector<OdbcProvider*> all;
+};
+
+GroupingProviders& TheGroupingProviders() {
+  static GroupingProviders providers;
+  return providers;
+}
+
 class OdbcCursor : public Cursor {
  public:
   // Made with the provider's mutex held.
@@ -144,7 +156,32 @@ OdbcProvider::OdbcProvider(const ConnectionSpec& spec) {
         if (openCursors_ == 0) CommitGroupLocked();
       },
       dbms_);
-  if (grouping_) group_->StartTimer();
+  if (grouping_) {
+    group_->StartTimer();
+    auto& providers = TheGroupingProviders();
+    std::lock_guard lock(providers.mutex);
+    providers.all.push_back(this);
+  }
+}
+
+void OdbcProvider::CommitOthers() {
+  std::vector<OdbcProvider*> others;
+  {
+    auto& providers = TheGroupingProviders();
+    std::lock_guard lock(providers.mutex);
+    for (OdbcProvider* p : providers.all)
+      if (p != this) others.push_back(p);
+  }
+  for (OdbcProvider* other : others) other->CommitGroupFor();
+}
+
+void OdbcProvider::CommitGroupFor() {
+  std::lock_guard lock(mutex_);
+  try {
+    CommitGroupLocked();
+  } catch (const VbError&) {
+    // Its failure is this connection's own, which stderr has told.
+  }
 }
 
 void OdbcProvider::Connect(const std::string& odbcString) {
@@ -191,6 +228,11 @@ void OdbcProvider::Setup() {
 }
 
 OdbcProvider::~OdbcProvider() {
+  {
+    auto& providers = TheGroupingProviders();
+    std::lock_guard lock(providers.mutex);
+    std::erase(providers.all, this);
+  }
   if (group_) group_->Stop();
   std::lock_guard lock(mutex_);
   idle_.clear();
@@ -294,6 +336,7 @@ void OdbcProvider::Release(std::unique_ptr<OdbcStatement> statement) {
 std::optional<std::vector<ColumnInfo>> OdbcProvider::Prepare(const std::string& sql) {
   if (dialect_ != "postgresql" || IsDdlStatement(sql)) return std::nullopt;
   std::lock_guard lock(mutex_);
+  CommitOthers();
   auto s = Acquire(sql);
   if (!s->described) {
     // A statement the server refuses to describe ends the transaction it is
@@ -412,6 +455,7 @@ void OdbcProvider::Flush() {
 ExecuteResult OdbcProvider::Execute(const std::string& sql, std::span<const Variant> params,
                                     std::int64_t maxRows) {
   std::lock_guard lock(mutex_);
+  CommitOthers();
   const StatementKind kind = grouping_ ? KindOf(sql) : StatementKind::kOther;
   // A read, and whatever else changes something, sees the group committed
   // first, as if each of its writes had been: a read inside the group would

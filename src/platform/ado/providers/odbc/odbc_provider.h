@@ -26,7 +26,8 @@
 // committed while a cursor of the connection is open; it waits for the
 // cursor's end. Should the server drop the whole group (the connection gone,
 // a deadlock), stderr says how many writes were lost and how many had been
-// committed before.
+// committed before. A statement on any connection of the process has the
+// groups of the others committed first, so that it sees what they wrote.
 //
 // Every call that reaches the connection holds the provider's mutex (the
 // catalog calls rely on the driver's own lock of the connection), so that
@@ -120,6 +121,9 @@ class OdbcProvider : public Provider {
   ExecuteResult ExecuteNow(const std::string& sql, std::span<const Variant> params,
                            std::int64_t maxRows);
   void CommitGroupLocked();
+  // Commits the groups of the process's other connections; commits this one's.
+  void CommitOthers();
+  void CommitGroupFor();
   void EndGroup(SQLSMALLINT completion);
 
   SQLHDBC dbc_ = SQL_NULL_HDBC;

@@ -260,6 +260,7 @@ void SqliteProvider::Release(std::unique_ptr<SqliteStatement> statement) {
 
 void SqliteProvider::ForgetTableShapes() {
   std::lock_guard lock(mutex_);
+  lastPrepared_.reset();
   idle_.clear();
   declared_.clear();
 }
@@ -267,6 +268,8 @@ void SqliteProvider::ForgetTableShapes() {
 std::optional<std::vector<ColumnInfo>> SqliteProvider::Prepare(const std::string& sql) {
   std::lock_guard lock(mutex_);
   CommitOthers();
+  // A record loop opens its target with the same text for every record.
+  if (lastPrepared_ && lastPrepared_->first == sql) return lastPrepared_->second;
   if (IsDdlStatement(sql) || IsTransactionStatement(sql)) return std::nullopt;
   auto parameterized = WithTrailingParameter(sql);
   auto s = Acquire(parameterized ? parameterized->first : sql);
@@ -274,9 +277,9 @@ std::optional<std::vector<ColumnInfo>> SqliteProvider::Prepare(const std::string
     Release(std::move(s));
     return std::nullopt;
   }
-  std::vector<ColumnInfo> columns = s->columns;
+  lastPrepared_.emplace(sql, s->columns);
   Release(std::move(s));
-  return columns;
+  return lastPrepared_->second;
 }
 
 ExecuteResult SqliteProvider::Execute(const std::string& sql, std::span<const Variant> params,
@@ -285,6 +288,7 @@ ExecuteResult SqliteProvider::Execute(const std::string& sql, std::span<const Va
   CommitOthers();
   const bool ddl = IsDdlStatement(sql);
   if (ddl) {
+    lastPrepared_.reset();
     idle_.clear();
     declared_.clear();
   }

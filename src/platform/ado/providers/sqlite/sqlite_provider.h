@@ -89,6 +89,8 @@ class SqliteProvider : public Provider {
   std::string file_;  // as opened, made absolute
   mutable std::recursive_mutex mutex_;
   std::list<std::unique_ptr<SqliteStatement>> idle_;
+  // The text Prepare described last, with its columns.
+  std::optional<std::pair<std::string, std::vector<ColumnInfo>>> lastPrepared_;
   std::map<std::string, std::map<std::string, std::string>> declared_;
   std::uint64_t queriesRun_ = 0;
 
