@@ -12,6 +12,13 @@
 # Sizes: BENCH_ROWS (default 1000000), BENCH_UPDATE_ROWS (default 100000),
 # BENCH_SMALL_ROWS (default BENCH_ROWS / 10), BENCH_PG_ROWS (default 100000;
 # 0 leaves PostgreSQL out). Work folder: $KETROVA_BUILD_DIR/bench-convert.
+#
+# On a loaded machine CPU seconds wander too; instruction counts do not. To
+# compare those, run each tool under `valgrind --tool=callgrind` in a folder
+# made as prepare() makes one, at two sizes (say 10,000 and 20,000 rows), and
+# divide the differences by the difference in rows: that leaves out each
+# tool's start-up. Ketrova with grouping off (--no-grouping) shows what the
+# commit per record costs.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 cd "$here/../.."

@@ -68,6 +68,22 @@ bool IsDdlStatement(std::string_view sql) {
   return startsWith("CREATE") || startsWith("ALTER") || startsWith("DROP");
 }
 
+std::string FirstSqlWord(std::string_view sql) {
+  std::size_t i = sql.find_first_not_of(" \t\r\n");
+  if (i == std::string_view::npos) return {};
+  std::size_t end = i;
+  while (end < sql.size() && std::isalpha(static_cast<unsigned char>(sql[end]))) ++end;
+  std::string word(sql.substr(i, end - i));
+  for (char& c : word) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  return word;
+}
+
+bool IsTransactionStatement(std::string_view sql) {
+  std::string w = FirstSqlWord(sql);
+  return w == "BEGIN" || w == "START" || w == "COMMIT" || w == "END" || w == "ROLLBACK" ||
+         w == "SAVEPOINT" || w == "RELEASE";
+}
+
 std::string RewriteBrackets(std::string_view sql, std::string_view openQuote,
                             std::string_view closeQuote) {
   std::string out;

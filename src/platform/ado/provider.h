@@ -172,6 +172,12 @@ class Provider {
 // DROP as its first word.
 bool IsDdlStatement(std::string_view sql);
 
+// The first word of a statement in upper case ("SELECT", "INSERT" ...).
+std::string FirstSqlWord(std::string_view sql);
+// True for a statement that begins or ends a transaction or a savepoint
+// (BEGIN, START, COMMIT, END, ROLLBACK, SAVEPOINT, RELEASE).
+bool IsTransactionStatement(std::string_view sql);
+
 // Rewrites [name] to quote+name+quote outside string literals ('...').
 std::string RewriteBrackets(std::string_view sql, std::string_view openQuote,
                             std::string_view closeQuote);

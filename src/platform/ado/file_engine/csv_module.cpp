@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstring>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -204,7 +205,12 @@ int Eof(sqlite3_vtab_cursor* base) {
 }
 
 void ResultText(sqlite3_context* ctx, const std::string& text) {
-  sqlite3_result_text(ctx, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
+  // Given with its terminator, the copy SQLite makes needs no second
+  // allocation when the text is read as a C string; a text with a NUL in it
+  // goes by its length.
+  const bool terminated = std::strlen(text.c_str()) == text.size();
+  sqlite3_result_text(ctx, text.c_str(), terminated ? -1 : static_cast<int>(text.size()),
+                      SQLITE_TRANSIENT);
 }
 
 int Column(sqlite3_vtab_cursor* base, sqlite3_context* ctx, int n) {

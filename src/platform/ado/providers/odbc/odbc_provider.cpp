@@ -4,6 +4,8 @@
 #include "platform/ado/providers/odbc/odbc_provider.h"
 
 #include <algorithm>
+#include <cassert>
+#include <iostream>
 
 #include "platform/ado/providers/odbc/odbc_calls.h"
 #include "platform/ado/providers/odbc/odbc_columns.h"
@@ -31,21 +33,39 @@ namespace {
 
 constexpr std::size_t kIdleStatements = 64;
 
+// The providers of this process that group their writes: a statement on one
+// has the others' groups committed first, so that it sees what they wrote.
+struct GroupingProviders {
+  std::mutex mutex;
+  std::vector<OdbcProvider*> all;
+};
+
+GroupingProviders& TheGroupingProviders() {
+  static GroupingProviders providers;
+  return providers;
+}
+
 class OdbcCursor : public Cursor {
  public:
+  // Made with the provider's mutex held.
   OdbcCursor(OdbcProvider& provider, std::unique_ptr<OdbcStatement> statement)
-      : provider_(provider), statement_(std::move(statement)) {}
+      : provider_(provider), statement_(std::move(statement)) {
+    provider_.CursorOpened();
+  }
   ~OdbcCursor() override {
+    auto lock = provider_.Lock();
     SQLFreeStmt(statement_->stmt, SQL_CLOSE);
     // The SQLite3 driver neither resets a statement left before its end nor
     // ends its read, so it would go on where it stopped, and the open read
     // would hold back the checkpoints of the log. Prepared again at once on
     // its handle, it starts afresh and keeps its description.
-    if (!atEnd_ && provider_.Narrow() && !provider_.PrepareAgain(*statement_)) return;
-    provider_.Release(std::move(statement_));
+    if (atEnd_ || !provider_.Narrow() || provider_.PrepareAgain(*statement_))
+      provider_.Release(std::move(statement_));
+    provider_.CursorClosed();
   }
   const std::vector<ColumnInfo>& Columns() const override { return statement_->columns; }
   std::size_t Fetch(std::vector<Row>& rows, std::size_t count) override {
+    auto lock = provider_.Lock();
     std::size_t got = 0;
     SQLHSTMT stmt = statement_->stmt;
     const auto& cols = statement_->columns;
@@ -90,9 +110,30 @@ OdbcProvider::OdbcProvider(const ConnectionSpec& spec) {
   // block, not a table.
   std::string upperString = AsciiUpper(spec.odbcString);
   std::string more;
-  if (AsciiUpper(dbms_).find("POSTGRES") != std::string::npos) {
+  const std::string upperDbms = AsciiUpper(dbms_);
+  grouping_ = GroupedCommits() && (upperDbms.find("POSTGRES") != std::string::npos ||
+                                   upperDbms.find("MYSQL") != std::string::npos ||
+                                   upperDbms.find("MARIADB") != std::string::npos);
+  if (upperDbms.find("POSTGRES") != std::string::npos) {
     if (upperString.find("USEDECLAREFETCH") == std::string::npos)
       more = ";UseDeclareFetch=1;Fetch=64";
+    // A refused statement inside a group: the driver rolls the transaction
+    // back (Protocol=7.4-1), and the group's other writes are done again. Its
+    // statement-level rollback would cost a round trip per record for the
+    // savepoint; a string that asks for it keeps it. Without any rollback
+    // (-0) nothing is grouped.
+    std::size_t protocol = upperString.find("PROTOCOL=");
+    std::string level = "-1";
+    if (protocol == std::string::npos) {
+      if (grouping_) more += ";Protocol=7.4-1";
+    } else {
+      std::size_t end = upperString.find(';', protocol);
+      std::string value = upperString.substr(protocol, end - protocol);
+      std::size_t dash = value.find('-');
+      level = dash == std::string::npos ? "-2" : value.substr(dash);
+    }
+    replay_ = level == "-1";
+    if (level != "-1" && level != "-2") grouping_ = false;
     // The driver reports a boolean column as a text of five by default, which
     // makes a boolean value its text ("Wahr") that the server refuses.
     if (upperString.find("BOOLSASCHAR") == std::string::npos) more += ";BoolsAsChar=0";
@@ -109,6 +150,38 @@ OdbcProvider::OdbcProvider(const ConnectionSpec& spec) {
     Connect(spec.odbcString + more);
   }
   Setup();
+  group_ = std::make_unique<WriteGroup>(
+      mutex_,
+      [this] {
+        if (openCursors_ == 0) CommitGroupLocked();
+      },
+      dbms_);
+  if (grouping_) {
+    group_->StartTimer();
+    auto& providers = TheGroupingProviders();
+    std::lock_guard lock(providers.mutex);
+    providers.all.push_back(this);
+  }
+}
+
+void OdbcProvider::CommitOthers() {
+  std::vector<OdbcProvider*> others;
+  {
+    auto& providers = TheGroupingProviders();
+    std::lock_guard lock(providers.mutex);
+    for (OdbcProvider* p : providers.all)
+      if (p != this) others.push_back(p);
+  }
+  for (OdbcProvider* other : others) other->CommitGroupFor();
+}
+
+void OdbcProvider::CommitGroupFor() {
+  std::lock_guard lock(mutex_);
+  try {
+    CommitGroupLocked();
+  } catch (const VbError&) {
+    // Its failure is this connection's own, which stderr has told.
+  }
 }
 
 void OdbcProvider::Connect(const std::string& odbcString) {
@@ -155,7 +228,19 @@ void OdbcProvider::Setup() {
 }
 
 OdbcProvider::~OdbcProvider() {
+  {
+    auto& providers = TheGroupingProviders();
+    std::lock_guard lock(providers.mutex);
+    std::erase(providers.all, this);
+  }
+  if (group_) group_->Stop();
+  std::lock_guard lock(mutex_);
   idle_.clear();
+  try {
+    CommitGroupLocked();
+  } catch (const VbError& e) {
+    std::cerr << e.Description << "\n";
+  }
   if (dbc_) {
     if (inTransaction_) SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_ROLLBACK);
     SQLDisconnect(dbc_);
@@ -236,6 +321,7 @@ bool OdbcProvider::PrepareAgain(OdbcStatement& statement) {
 }
 
 void OdbcProvider::ForgetTableShapes() {
+  std::lock_guard lock(mutex_);
   idle_.clear();
   declaredTypes_.clear();
 }
@@ -249,8 +335,13 @@ void OdbcProvider::Release(std::unique_ptr<OdbcStatement> statement) {
 
 std::optional<std::vector<ColumnInfo>> OdbcProvider::Prepare(const std::string& sql) {
   if (dialect_ != "postgresql" || IsDdlStatement(sql)) return std::nullopt;
+  std::lock_guard lock(mutex_);
+  CommitOthers();
   auto s = Acquire(sql);
   if (!s->described) {
+    // A statement the server refuses to describe ends the transaction it is
+    // in: the group goes first.
+    CommitGroupLocked();
     SQLSMALLINT columns = 0;
     SQLRETURN rc = SQLNumResultCols(s->stmt, &columns);
     if (!SQL_SUCCEEDED(rc)) {
@@ -268,8 +359,133 @@ std::optional<std::vector<ColumnInfo>> OdbcProvider::Prepare(const std::string& 
   return columns;
 }
 
+OdbcProvider::StatementKind OdbcProvider::KindOf(const std::string& sql) const {
+  const std::string word = FirstSqlWord(sql);
+  if (word == "SELECT" || word == "WITH" || word == "SHOW" || word == "DESCRIBE" ||
+      word == "DESC" || word == "EXPLAIN" || word == "VALUES")
+    return StatementKind::kRead;
+  if (word == "INSERT" || word == "UPDATE" || word == "DELETE" || word == "REPLACE" ||
+      word == "MERGE")
+    return StatementKind::kGroupedWrite;
+  return StatementKind::kOther;
+}
+
+void OdbcProvider::BeforeWrite() {
+  if (!grouping_ || inTransaction_ || textTransaction_ || group_->IsOpen()) return;
+  // A group replayed after a refusal would take an open cursor with it.
+  if (replay_ && openCursors_ > 0) return;
+  Check(SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT,
+                          reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_OFF), 0),
+        SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther, narrow_);
+  group_->Opened();
+}
+
+void OdbcProvider::AfterWrite(const std::string& sql, std::span<const Variant> params) {
+  if (!group_->IsOpen()) {
+    group_->WroteAlone();
+    return;
+  }
+  if (replay_) groupLog_.push_back({sql, std::vector<Variant>(params.begin(), params.end())});
+  group_->Wrote();
+  if (openCursors_ == 0 && group_->Due()) CommitGroupLocked();
+}
+
+void OdbcProvider::WriteFailed() {
+  if (!group_->IsOpen()) return;
+  // The connection gone (08) or the transaction rolled back as a whole
+  // (40: a deadlock) takes the group with the statement.
+  for (const auto& record : lastFailure_) {
+    if (record.sqlState.starts_with("08") || record.sqlState.starts_with("40")) {
+      EndGroup(SQL_ROLLBACK);
+      group_->Lost();
+      return;
+    }
+  }
+  if (!replay_) return;  // the store rolled back the statement alone
+  // The driver rolled the whole group back with the statement: its writes go
+  // again, and are committed at once, so that a further refusal has little
+  // to repeat.
+  std::vector<LoggedWrite> writes = std::move(groupLog_);
+  groupLog_.clear();
+  try {
+    for (const auto& write : writes) ExecuteNow(write.sql, write.params, 0);
+    CommitGroupLocked();
+  } catch (const VbError&) {
+    if (group_->IsOpen()) {
+      EndGroup(SQL_ROLLBACK);
+      group_->Lost();
+    }
+  }
+}
+
+void OdbcProvider::EndGroup(SQLSMALLINT completion) {
+  groupLog_.clear();
+  SQLEndTran(SQL_HANDLE_DBC, dbc_, completion);
+  SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);
+}
+
+void OdbcProvider::CommitGroupLocked() {
+  if (!group_ || !group_->IsOpen()) return;
+  SQLRETURN rc = SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_COMMIT);
+  if (!SQL_SUCCEEDED(rc)) {
+    auto records = ReadDiagnostics(SQL_HANDLE_DBC, dbc_, narrow_);
+    EndGroup(SQL_ROLLBACK);
+    group_->Lost();
+    throw VbError(OdbcErrorNumber(records, OdbcPhase::kOther), OdbcErrorText(records),
+                  "Ketrova.ODBC");
+  }
+  groupLog_.clear();
+  group_->Committed();
+  Check(SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT,
+                          reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0),
+        SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther, narrow_);
+}
+
+void OdbcProvider::CursorClosed() {
+  assert(openCursors_ > 0);
+  --openCursors_;
+  if (openCursors_ == 0 && group_ && group_->Due()) group_->Nudge();
+}
+
+void OdbcProvider::Flush() {
+  std::lock_guard lock(mutex_);
+  CommitGroupLocked();
+}
+
 ExecuteResult OdbcProvider::Execute(const std::string& sql, std::span<const Variant> params,
                                     std::int64_t maxRows) {
+  std::lock_guard lock(mutex_);
+  CommitOthers();
+  const StatementKind kind = grouping_ ? KindOf(sql) : StatementKind::kOther;
+  // A read, and whatever else changes something, sees the group committed
+  // first, as if each of its writes had been: a read inside the group would
+  // see MariaDB's snapshot of the group's start, and its cursor would not
+  // outlive a rollback of the group on PostgreSQL.
+  if (kind != StatementKind::kGroupedWrite) CommitGroupLocked();
+  if (kind == StatementKind::kOther) {
+    if (grouping_ && IsTransactionStatement(sql)) {
+      const std::string word = FirstSqlWord(sql);
+      if (word == "BEGIN" || word == "START") textTransaction_ = true;
+      if (word == "COMMIT" || word == "END" ||
+          (word == "ROLLBACK" && AsciiUpper(sql).find(" TO ") == std::string::npos))
+        textTransaction_ = false;
+    }
+  }
+  if (kind != StatementKind::kGroupedWrite) return ExecuteNow(sql, params, maxRows);
+  BeforeWrite();
+  ExecuteResult result;
+  try {
+    result = ExecuteNow(sql, params, maxRows);
+  } catch (const VbError&) {
+    WriteFailed();
+    throw;
+  }
+  AfterWrite(sql, params);
+  return result;
+}
+
+ExecuteResult OdbcProvider::ExecuteNow(const std::string& sql, std::span<const Variant> params,
+                                       std::int64_t maxRows) {
   if (IsDdlStatement(sql)) {
     // The shape of tables may change: prepared statements would describe the old one.
     ForgetTableShapes();
@@ -297,6 +513,7 @@ ExecuteResult OdbcProvider::Execute(const std::string& sql, std::span<const Vari
     auto records = ReadDiagnostics(SQL_HANDLE_STMT, stmt, narrow_);
     // A statement that failed may be in a state the driver cannot reuse.
     s.reset();
+    lastFailure_ = records;
     throw VbError(OdbcErrorNumber(records, OdbcPhase::kStatement), OdbcErrorText(records),
                   "Ketrova.ODBC");
   }
@@ -331,6 +548,8 @@ Provider::RowIdentity OdbcProvider::RowIdentityOf() const {
 }
 
 void OdbcProvider::BeginTrans() {
+  std::lock_guard lock(mutex_);
+  CommitGroupLocked();
   Check(SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT,
                           reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_OFF), 0),
         SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther, narrow_);
@@ -338,6 +557,7 @@ void OdbcProvider::BeginTrans() {
 }
 
 void OdbcProvider::CommitTrans() {
+  std::lock_guard lock(mutex_);
   if (!inTransaction_) throw VbError(kErrGeneral, "Keine Transaktion aktiv.", "Ketrova.ODBC");
   SQLRETURN rc = SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_COMMIT);
   SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);
@@ -346,6 +566,7 @@ void OdbcProvider::CommitTrans() {
 }
 
 void OdbcProvider::RollbackTrans() {
+  std::lock_guard lock(mutex_);
   if (!inTransaction_) throw VbError(kErrGeneral, "Keine Transaktion aktiv.", "Ketrova.ODBC");
   SQLRETURN rc = SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_ROLLBACK);
   SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);

@@ -9,6 +9,29 @@
 // their brackets rewritten. PostgreSQL fetches through a server cursor; SQLite
 // steps row by row and runs in WAL with synchronous NORMAL (driver options
 // added to the connection string on a second connect).
+//
+// On PostgreSQL and MariaDB the writes (INSERT, UPDATE, DELETE, REPLACE,
+// MERGE) are grouped while GroupedCommits() is on: the first write turns
+// autocommit off, and the group is committed (autocommit on again) after
+// 100 ms or 10,000 writes, on Flush, on close, and before any other kind of
+// statement that changes something (DDL, transaction texts, KILL ...). A
+// refused statement fails alone: MariaDB rolls back the statement by itself.
+// The PostgreSQL driver rolls back the whole transaction (Protocol=7.4-1,
+// added unless the connection string names a protocol; its statement-level
+// rollback costs a savepoint's round trip per record), and the provider then
+// does the group's other writes again from its log of them and commits. A
+// read commits the group first (MariaDB's reads in a transaction would see
+// its start; a cursor on PostgreSQL would die with a rollback of the group),
+// and on PostgreSQL no group begins while a cursor is open. A group is never
+// committed while a cursor of the connection is open; it waits for the
+// cursor's end. Should the server drop the whole group (the connection gone,
+// a deadlock), stderr says how many writes were lost and how many had been
+// committed before. A statement on any connection of the process has the
+// groups of the others committed first, so that it sees what they wrote.
+//
+// Every call that reaches the connection holds the provider's mutex (the
+// catalog calls rely on the driver's own lock of the connection), so that
+// the timer thread of the group never commits in the middle of a statement.
 #pragma once
 
 #include <sql.h>
@@ -16,10 +39,13 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
 #include "platform/ado/provider.h"
+#include "platform/ado/providers/odbc/odbc_diagnostics.h"
+#include "platform/ado/write_group.h"
 
 namespace ketrova::ado {
 
@@ -48,6 +74,7 @@ class OdbcProvider : public Provider {
   // other drivers are not asked before they run it.
   std::optional<std::vector<ColumnInfo>> Prepare(const std::string& sql) override;
   std::uint64_t QueriesRun() const override { return queriesRun_; }
+  void Flush() override;
 
   // The DBMS name the driver reports ("SQLite", "PostgreSQL", "MariaDB" ...).
   const std::string& DbmsName() const { return dbms_; }
@@ -59,6 +86,11 @@ class OdbcProvider : public Provider {
   void Release(std::unique_ptr<OdbcStatement> statement);
   // Prepares a statement again on its handle; false when that fails.
   bool PrepareAgain(OdbcStatement& statement);
+  // For a cursor: the provider's mutex, held while it reads.
+  std::unique_lock<std::recursive_mutex> Lock() const { return std::unique_lock(mutex_); }
+  // A cursor of the connection was opened or has ended.
+  void CursorOpened() { ++openCursors_; }
+  void CursorClosed();
 
  private:
   void Connect(const std::string& odbcString);
@@ -78,6 +110,21 @@ class OdbcProvider : public Provider {
   SQLRETURN Prepare(SQLHSTMT stmt, const std::string& sql);
   SQLRETURN ExecDirectText(SQLHSTMT stmt, const std::string& sql);
   std::string ColumnText(SQLHSTMT stmt, SQLUSMALLINT col);
+  // Grouped writes: what a statement is to the group, opening it before a
+  // write, counting after it, committing.
+  enum class StatementKind { kRead, kGroupedWrite, kOther };
+  StatementKind KindOf(const std::string& sql) const;
+  void BeforeWrite();
+  void AfterWrite(const std::string& sql, std::span<const Variant> params);
+  void WriteFailed();
+  // Runs a statement, whatever the group.
+  ExecuteResult ExecuteNow(const std::string& sql, std::span<const Variant> params,
+                           std::int64_t maxRows);
+  void CommitGroupLocked();
+  // Commits the groups of the process's other connections; commits this one's.
+  void CommitOthers();
+  void CommitGroupFor();
+  void EndGroup(SQLSMALLINT completion);
 
   SQLHDBC dbc_ = SQL_NULL_HDBC;
   std::string dialect_ = "odbc";
@@ -87,6 +134,22 @@ class OdbcProvider : public Provider {
   std::uint64_t queriesRun_ = 0;
   bool inTransaction_ = false;
   bool narrow_ = false;
+  mutable std::recursive_mutex mutex_;
+  bool grouping_ = false;
+  // A transaction a script began by text (BEGIN, START TRANSACTION): no group
+  // until its COMMIT or ROLLBACK.
+  bool textTransaction_ = false;
+  int openCursors_ = 0;
+  std::unique_ptr<WriteGroup> group_;
+  // PostgreSQL: a refused statement rolls the group back, whose writes are
+  // then done again from this log.
+  bool replay_ = false;
+  struct LoggedWrite {
+    std::string sql;
+    std::vector<Variant> params;
+  };
+  std::vector<LoggedWrite> groupLog_;
+  std::vector<OdbcDiagRecord> lastFailure_;
   // Idle prepared statements by SQL text, most recently used first.
   std::list<std::unique_ptr<OdbcStatement>> idle_;
   // Declared column types of SQLite tables, by table and column.

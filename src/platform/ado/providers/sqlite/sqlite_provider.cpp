@@ -30,8 +30,6 @@ namespace ketrova::ado {
 namespace {
 
 constexpr std::size_t kIdleStatements = 64;
-constexpr auto kGroupAge = std::chrono::milliseconds(100);
-constexpr std::uint64_t kGroupWrites = 10000;
 // What the provider raises its failures as: the spelling the ODBC path used,
 // which run logs show ("Quelle: Ketrova.ODBC").
 constexpr const char* kSource = "Ketrova.ODBC";
@@ -84,27 +82,12 @@ class SqliteCursor : public Cursor {
   std::unique_ptr<SqliteStatement> statement_;
 };
 
-// The first word of a statement, upper case.
-std::string FirstWord(std::string_view sql) {
-  std::size_t i = sql.find_first_not_of(" \t\r\n");
-  if (i == std::string_view::npos) return {};
-  std::size_t end = i;
-  while (end < sql.size() && std::isalpha(static_cast<unsigned char>(sql[end]))) ++end;
-  return AsciiUpper(std::string(sql.substr(i, end - i)));
-}
-
-bool IsTransactionStatement(std::string_view sql) {
-  std::string w = FirstWord(sql);
-  return w == "BEGIN" || w == "COMMIT" || w == "END" || w == "ROLLBACK" || w == "SAVEPOINT" ||
-         w == "RELEASE";
-}
-
 // A SELECT that ends in "= literal" (an update by key searches so, with a
 // new literal per record) as the same text with "?" and the literal's value,
 // so that it is prepared once; SQLite compares a bound value as it compares
 // the literal. nullopt for any other statement.
 std::optional<std::pair<std::string, Variant>> WithTrailingParameter(const std::string& sql) {
-  if (FirstWord(sql) != "SELECT") return std::nullopt;
+  if (FirstSqlWord(sql) != "SELECT") return std::nullopt;
   std::size_t end = sql.find_last_not_of(" \t\r\n");
   if (end == std::string::npos || end < 8) return std::nullopt;
   std::size_t start = end;
@@ -189,21 +172,18 @@ SqliteProvider::SqliteProvider(const std::string& file, const ConnectionSpec& sp
   sqlite3_exec(db_, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
   sqlite3_exec(db_, "PRAGMA synchronous=NORMAL", nullptr, nullptr, nullptr);
   grouping_ = GroupedCommits();
+  group_ = std::make_unique<WriteGroup>(
+      mutex_, [this] { CommitGroupLocked(); }, "SQLite " + file_);
   {
     auto& files = TheOpenFiles();
     std::lock_guard lock(files.mutex);
     files.providers.emplace(file_, this);
   }
-  if (grouping_) timer_ = std::thread([this] { TimerLoop(); });
+  if (grouping_) group_->StartTimer();
 }
 
 SqliteProvider::~SqliteProvider() {
-  {
-    std::lock_guard lock(mutex_);
-    stopping_ = true;
-  }
-  wake_.notify_all();
-  if (timer_.joinable()) timer_.join();
+  group_->Stop();
   {
     auto& files = TheOpenFiles();
     std::lock_guard lock(files.mutex);
@@ -280,6 +260,7 @@ void SqliteProvider::Release(std::unique_ptr<SqliteStatement> statement) {
 
 void SqliteProvider::ForgetTableShapes() {
   std::lock_guard lock(mutex_);
+  lastPrepared_.reset();
   idle_.clear();
   declared_.clear();
 }
@@ -287,6 +268,8 @@ void SqliteProvider::ForgetTableShapes() {
 std::optional<std::vector<ColumnInfo>> SqliteProvider::Prepare(const std::string& sql) {
   std::lock_guard lock(mutex_);
   CommitOthers();
+  // A record loop opens its target with the same text for every record.
+  if (lastPrepared_ && lastPrepared_->first == sql) return lastPrepared_->second;
   if (IsDdlStatement(sql) || IsTransactionStatement(sql)) return std::nullopt;
   auto parameterized = WithTrailingParameter(sql);
   auto s = Acquire(parameterized ? parameterized->first : sql);
@@ -294,9 +277,9 @@ std::optional<std::vector<ColumnInfo>> SqliteProvider::Prepare(const std::string
     Release(std::move(s));
     return std::nullopt;
   }
-  std::vector<ColumnInfo> columns = s->columns;
+  lastPrepared_.emplace(sql, s->columns);
   Release(std::move(s));
-  return columns;
+  return lastPrepared_->second;
 }
 
 ExecuteResult SqliteProvider::Execute(const std::string& sql, std::span<const Variant> params,
@@ -305,6 +288,7 @@ ExecuteResult SqliteProvider::Execute(const std::string& sql, std::span<const Va
   CommitOthers();
   const bool ddl = IsDdlStatement(sql);
   if (ddl) {
+    lastPrepared_.reset();
     idle_.clear();
     declared_.clear();
   }
@@ -407,50 +391,34 @@ void SqliteProvider::CommitOthers() {
 }
 
 void SqliteProvider::BeforeWrite() {
-  if (!grouping_ || userTransaction_ || inGroup_ || !sqlite3_get_autocommit(db_)) return;
+  if (!grouping_ || userTransaction_ || group_->IsOpen() || !sqlite3_get_autocommit(db_)) return;
   ExecPlain("BEGIN");
-  inGroup_ = true;
-  groupStart_ = std::chrono::steady_clock::now();
-  groupWrites_ = 0;
-  wake_.notify_all();
+  group_->Opened();
 }
 
 void SqliteProvider::AfterWrite(bool succeeded) {
-  if (!inGroup_) {
-    if (succeeded && sqlite3_get_autocommit(db_)) ++committedWrites_;
+  if (!group_->IsOpen()) {
+    if (succeeded && sqlite3_get_autocommit(db_)) group_->WroteAlone();
     return;
   }
   if (sqlite3_get_autocommit(db_)) {
     // The failure took the whole group with it (a full disk, an I/O error).
-    std::cerr << "SQLite " << file_ << ": " << groupWrites_
-              << " geschriebene Datensätze sind verloren; übernommen wurden " << committedWrites_
-              << ".\n";
-    inGroup_ = false;
-    groupWrites_ = 0;
+    group_->Lost();
     return;
   }
-  if (succeeded) ++groupWrites_;
-  if (groupWrites_ >= kGroupWrites || std::chrono::steady_clock::now() - groupStart_ >= kGroupAge)
-    CommitGroupLocked();
+  if (succeeded) group_->Wrote();
+  if (group_->Due()) CommitGroupLocked();
 }
 
 void SqliteProvider::CommitGroupLocked() {
-  if (!inGroup_) return;
+  if (!group_->IsOpen()) return;
   int rc = sqlite3_exec(db_, "COMMIT", nullptr, nullptr, nullptr);
   if (rc != SQLITE_OK) {
-    if (sqlite3_get_autocommit(db_)) {
-      // Rolled back: nothing of the group is in the file.
-      std::cerr << "SQLite " << file_ << ": " << groupWrites_
-                << " geschriebene Datensätze sind verloren; übernommen wurden " << committedWrites_
-                << ".\n";
-      inGroup_ = false;
-      groupWrites_ = 0;
-    }
+    // Rolled back: nothing of the group is in the file.
+    if (sqlite3_get_autocommit(db_)) group_->Lost();
     Fail(rc, false);
   }
-  committedWrites_ += groupWrites_;
-  groupWrites_ = 0;
-  inGroup_ = false;
+  group_->Committed();
 }
 
 void SqliteProvider::CommitGroupFor(const SqliteProvider*) {
@@ -461,27 +429,6 @@ void SqliteProvider::CommitGroupFor(const SqliteProvider*) {
 void SqliteProvider::Flush() {
   std::lock_guard lock(mutex_);
   CommitGroupLocked();
-}
-
-void SqliteProvider::TimerLoop() {
-  std::unique_lock lock(mutex_);
-  while (!stopping_) {
-    if (!inGroup_) {
-      wake_.wait(lock);
-      continue;
-    }
-    auto due = groupStart_ + kGroupAge;
-    if (std::chrono::steady_clock::now() < due) {
-      wake_.wait_until(lock, due);
-      continue;
-    }
-    try {
-      CommitGroupLocked();
-    } catch (const VbError&) {
-      // Committed again at the next write or on close, which report it.
-      groupStart_ = std::chrono::steady_clock::now();
-    }
-  }
 }
 
 void SqliteProvider::BeginTrans() {

@@ -21,18 +21,16 @@
 
 #include <sqlite3.h>
 
-#include <chrono>
-#include <condition_variable>
 #include <list>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "platform/ado/provider.h"
+#include "platform/ado/write_group.h"
 
 namespace ketrova::ado {
 
@@ -85,26 +83,20 @@ class SqliteProvider : public Provider {
   void BeforeWrite();
   void AfterWrite(bool succeeded);
   void CommitGroupLocked();
-  void TimerLoop();
   std::string DeclaredType(const std::string& table, const std::string& column);
 
   sqlite3* db_ = nullptr;
   std::string file_;  // as opened, made absolute
   mutable std::recursive_mutex mutex_;
   std::list<std::unique_ptr<SqliteStatement>> idle_;
+  // The text Prepare described last, with its columns.
+  std::optional<std::pair<std::string, std::vector<ColumnInfo>>> lastPrepared_;
   std::map<std::string, std::map<std::string, std::string>> declared_;
   std::uint64_t queriesRun_ = 0;
 
   bool grouping_ = true;
-  bool inGroup_ = false;
   bool userTransaction_ = false;
-  std::chrono::steady_clock::time_point groupStart_{};
-  std::uint64_t groupWrites_ = 0;
-  std::uint64_t committedWrites_ = 0;
-
-  std::thread timer_;
-  std::condition_variable_any wake_;
-  bool stopping_ = false;
+  std::unique_ptr<WriteGroup> group_;
 };
 
 }  // namespace ketrova::ado

@@ -1,0 +1,85 @@
+// WriteGroup: the bookkeeping of a provider that holds its writes in a
+// transaction of its own (a group) and commits it at least every 100 ms or
+// every 10,000 writes.
+//
+// The provider begins and commits the transaction itself; the group keeps
+// when it began, how many writes it holds and how many went before, and runs
+// a timer thread that asks the provider to commit a group that has become
+// due while nothing else happens on the connection (the run waits in a
+// script, a box, another store).
+//
+// The caller's mutex guards everything: the provider holds it in each of its
+// calls, and the timer thread takes it before it commits, so that it never
+// commits in the middle of a write. Every member but the constructor and
+// Stop is called with that mutex held.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+
+namespace ketrova::ado {
+
+class WriteGroup {
+ public:
+  static constexpr auto kAge = std::chrono::milliseconds(100);
+  static constexpr std::uint64_t kWrites = 10000;
+
+  // `commit` commits the open group (it calls Committed) or, when it cannot
+  // now, leaves it open: the timer asks again after another kAge or when
+  // Nudge is called. It raises VbError when the commit fails. `store` names
+  // the connection in the messages on stderr.
+  WriteGroup(std::recursive_mutex& mutex, std::function<void()> commit, std::string store);
+  ~WriteGroup();
+  WriteGroup(const WriteGroup&) = delete;
+  WriteGroup& operator=(const WriteGroup&) = delete;
+
+  // Starts the timer thread; without it groups are committed only by count,
+  // by Flush and on close.
+  void StartTimer();
+  // Ends the timer thread. Call without holding the mutex, before the
+  // provider's own members go.
+  void Stop();
+
+  bool IsOpen() const { return open_; }
+  // The provider has begun a group.
+  void Opened();
+  // A write of the open group succeeded.
+  void Wrote() { ++writes_; }
+  // A write outside any group succeeded (committed on its own).
+  void WroteAlone() { ++committed_; }
+  // Whether the open group should be committed now.
+  bool Due() const;
+  // The group was committed.
+  void Committed();
+  // The group was rolled back with everything in it (the store failed as a
+  // whole: a full disk, a connection gone): says on stderr how many writes
+  // were lost and how many had been committed before.
+  void Lost();
+  // Wakes the timer: a commit it could not do may be possible now.
+  void Nudge() {
+    retry_ = start_;
+    wake_.notify_all();
+  }
+
+ private:
+  void TimerLoop();
+
+  std::recursive_mutex& mutex_;
+  std::function<void()> commit_;
+  std::string store_;
+  bool open_ = false;
+  std::chrono::steady_clock::time_point start_{};
+  std::chrono::steady_clock::time_point retry_{};  // not before, after a commit put off
+  std::uint64_t writes_ = 0;
+  std::uint64_t committed_ = 0;
+  std::thread timer_;
+  std::condition_variable_any wake_;
+  bool stopping_ = false;
+};
+
+}  // namespace ketrova::ado
