@@ -1,6 +1,6 @@
 // The catalogue side of the ODBC provider: tables, columns with their key,
-// indexes, and the declared decimals that SQLite keeps only in the table's
-// definition.
+// indexes, and what only a table's definition tells: the declared decimals of
+// SQLite and MySQL's BOOLEAN, a TINYINT(1).
 #include <algorithm>
 #include <cstdio>
 
@@ -8,6 +8,8 @@
 #include "platform/ado/providers/odbc/odbc_columns.h"
 #include "platform/ado/providers/odbc/odbc_provider.h"
 #include "support/collection.h"
+#include "support/text.h"
+#include "support/utf8.h"
 
 namespace ketrova::ado {
 
@@ -54,6 +56,33 @@ struct StmtGuard {
   ~StmtGuard() { SQLFreeHandle(SQL_HANDLE_STMT, stmt); }
 };
 }  // namespace
+
+void OdbcProvider::DeclaredBooleans(std::vector<ColumnInfo>& columns) {
+  // The driver describes a TINYINT(1) as any TINYINT. As a truth value, True
+  // is written as 1, which MySQL's TRUE is, rather than VB's -1.
+  for (auto& c : columns) {
+    if (c.type != adTinyInt || c.baseTable.empty()) continue;
+    auto& declared = declaredTypes_[c.baseTable];
+    if (declared.empty()) {
+      SQLHSTMT stmt = NewCatalogStatement();
+      StmtGuard guard{stmt};
+      const std::string sql =
+          "SELECT COLUMN_NAME, COLUMN_TYPE FROM information_schema.COLUMNS WHERE TABLE_SCHEMA = "
+          "DATABASE() AND TABLE_NAME = '" +
+          ReplaceAll(ReplaceAll(c.baseTable, "\\", "\\\\"), "'", "''") + "'";
+      if (SQL_SUCCEEDED(ExecDirectText(stmt, sql))) {
+        while (SQL_SUCCEEDED(SQLFetch(stmt)))
+          declared[AsciiLower(ColumnText(stmt, 1))] = AsciiLower(ColumnText(stmt, 2));
+      }
+    }
+    auto it = declared.find(AsciiLower(c.baseColumn.empty() ? c.name : c.baseColumn));
+    if (it == declared.end() || it->second != "tinyint(1)") continue;
+    c.type = adBoolean;
+    c.definedSize = 2;
+    c.precision = 255;
+    c.numericScale = 255;
+  }
+}
 
 SQLRETURN OdbcProvider::CatalogCall(SQLHSTMT stmt, CatalogFunction function,
                                     const std::string& table, const std::string& extra) {
@@ -161,6 +190,7 @@ std::vector<ColumnInfo> OdbcProvider::TableColumns(const std::string& table) {
     }
   }
   if (dialect_ == "sqlite") DeclaredDecimals(columns);
+  if (dialect_ == "mysql") DeclaredBooleans(columns);
   for (const auto& [seq, col] : PrimaryKey(name, nullptr))
     for (auto& c : columns)
       if (c.name == col) c.keyColumn = true;

@@ -309,6 +309,7 @@ ExecuteResult OdbcProvider::Execute(const std::string& sql, std::span<const Vari
       for (SQLSMALLINT c = 1; c <= columns; ++c)
         s->columns.push_back(Describe(stmt, static_cast<SQLUSMALLINT>(c), narrow_));
       if (dialect_ == "sqlite") DeclaredDecimals(s->columns);
+      if (dialect_ == "mysql") DeclaredBooleans(s->columns);
       s->described = true;
     }
     ++queriesRun_;
@@ -328,6 +329,13 @@ Provider::RowIdentity OdbcProvider::RowIdentityOf() const {
   // PostgreSQL's ctid is the row's place, which the driver reads as text.
   if (dialect_ == "postgresql") return {"ctid", "ctid = CAST(? AS tid)"};
   return {};
+}
+
+bool OdbcProvider::ConnectionLost() const {
+  SQLUINTEGER dead = SQL_CD_FALSE;
+  if (!SQL_SUCCEEDED(SQLGetConnectAttr(dbc_, SQL_ATTR_CONNECTION_DEAD, &dead, 0, nullptr)))
+    return false;
+  return dead == SQL_CD_TRUE;
 }
 
 void OdbcProvider::BeginTrans() {

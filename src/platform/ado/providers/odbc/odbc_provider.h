@@ -34,6 +34,7 @@ class OdbcProvider : public Provider {
   std::string IdentifierQuote() const override { return quote_; }
   ExecuteResult Execute(const std::string& sql, std::span<const Variant> params = {},
                         std::int64_t maxRows = 0) override;
+  bool ConnectionLost() const override;
   void BeginTrans() override;
   void CommitTrans() override;
   void RollbackTrans() override;
@@ -72,6 +73,8 @@ class OdbcProvider : public Provider {
                         const std::string& extra = {});
   std::vector<std::pair<int, std::string>> PrimaryKey(const std::string& table, std::string* name);
   void DeclaredDecimals(std::vector<ColumnInfo>& columns);
+  // MySQL and MariaDB: a TINYINT(1) column (BOOLEAN) becomes adBoolean.
+  void DeclaredBooleans(std::vector<ColumnInfo>& columns);
   std::string ActualTableName(const std::string& table);
   std::string Rewrite(const std::string& sql) const;
   // Statement text and catalog names through the wide or narrow calls.
@@ -89,7 +92,8 @@ class OdbcProvider : public Provider {
   bool narrow_ = false;
   // Idle prepared statements by SQL text, most recently used first.
   std::list<std::unique_ptr<OdbcStatement>> idle_;
-  // Declared column types of SQLite tables, by table and column.
+  // Declared column types of SQLite tables (by table and column) and of MySQL
+  // tables (by table and lower-case column).
   std::map<std::string, std::map<std::string, std::string>> declaredTypes_;
 };
 

@@ -345,11 +345,12 @@ ExecuteResult SqliteProvider::Execute(const std::string& sql, std::span<const Va
     std::string message = sqlite3_errmsg(db_);
     sqlite3_reset(stmt);
     Release(std::move(s));
-    if (writes) AfterWrite(false);
     int code = rc & 0xff;
     std::int32_t number = kErrStatementRefused;
     if (message.find("no such table") != std::string::npos) number = kErrUnknownTable;
-    throw VbError(number, "[SQLite]" + message + " (" + std::to_string(code) + ")", kSource);
+    const std::string text = "[SQLite]" + message + " (" + std::to_string(code) + ")";
+    if (writes) AfterWrite(false, text);
+    throw VbError(number, text, kSource);
   }
   result.rowsAffected = ddl ? -1 : sqlite3_changes(db_);
   Release(std::move(s));
@@ -410,47 +411,71 @@ void SqliteProvider::BeforeWrite() {
   if (!grouping_ || userTransaction_ || inGroup_ || !sqlite3_get_autocommit(db_)) return;
   ExecPlain("BEGIN");
   inGroup_ = true;
+  ++group_;
   groupStart_ = std::chrono::steady_clock::now();
   groupWrites_ = 0;
   wake_.notify_all();
 }
 
-void SqliteProvider::AfterWrite(bool succeeded) {
+void SqliteProvider::AfterWrite(bool succeeded, const std::string& failure) {
   if (!inGroup_) {
+    if (succeeded) lastWriteGroup_ = 0;
     if (succeeded && sqlite3_get_autocommit(db_)) ++committedWrites_;
     return;
   }
   if (sqlite3_get_autocommit(db_)) {
     // The failure took the whole group with it (a full disk, an I/O error).
-    std::cerr << "SQLite " << file_ << ": " << groupWrites_
-              << " geschriebene Datensätze sind verloren; übernommen wurden " << committedWrites_
-              << ".\n";
-    inGroup_ = false;
-    groupWrites_ = 0;
+    LoseGroup(failure);
     return;
   }
-  if (succeeded) ++groupWrites_;
+  if (succeeded) {
+    ++groupWrites_;
+    lastWriteGroup_ = group_;
+  }
   if (groupWrites_ >= kGroupWrites || std::chrono::steady_clock::now() - groupStart_ >= kGroupAge)
     CommitGroupLocked();
+}
+
+void SqliteProvider::LoseGroup(const std::string& text) {
+  assert(inGroup_);
+  std::cerr << "SQLite " << file_ << ": " << groupWrites_
+            << " geschriebene Datensätze sind verloren; übernommen wurden " << committedWrites_
+            << ".\n";
+  lostGroups_[group_] = text;
+  inGroup_ = false;
+  groupWrites_ = 0;
 }
 
 void SqliteProvider::CommitGroupLocked() {
   if (!inGroup_) return;
   int rc = sqlite3_exec(db_, "COMMIT", nullptr, nullptr, nullptr);
   if (rc != SQLITE_OK) {
-    if (sqlite3_get_autocommit(db_)) {
-      // Rolled back: nothing of the group is in the file.
-      std::cerr << "SQLite " << file_ << ": " << groupWrites_
-                << " geschriebene Datensätze sind verloren; übernommen wurden " << committedWrites_
-                << ".\n";
-      inGroup_ = false;
-      groupWrites_ = 0;
-    }
-    Fail(rc, false);
+    const std::string text =
+        "[SQLite]" + std::string(sqlite3_errmsg(db_)) + " (" + std::to_string(rc & 0xff) + ")";
+    // A commit that could not be made is not tried again later: the group is
+    // rolled back, so that what became of its writes is known now.
+    if (!sqlite3_get_autocommit(db_)) sqlite3_exec(db_, "ROLLBACK", nullptr, nullptr, nullptr);
+    LoseGroup(text);
+    throw VbError(kErrGeneral, text, kSource);
   }
   committedWrites_ += groupWrites_;
   groupWrites_ = 0;
   inGroup_ = false;
+}
+
+std::uint64_t SqliteProvider::LastWriteGroup() const {
+  std::lock_guard lock(mutex_);
+  return lastWriteGroup_;
+}
+
+Provider::GroupFate SqliteProvider::FateOfGroup(std::uint64_t group, std::string& text) const {
+  std::lock_guard lock(mutex_);
+  if (inGroup_ && group == group_) return GroupFate::kOpen;
+  if (auto lost = lostGroups_.find(group); lost != lostGroups_.end()) {
+    text = lost->second;
+    return GroupFate::kLost;
+  }
+  return GroupFate::kCommitted;
 }
 
 void SqliteProvider::CommitGroupFor(const SqliteProvider*) {
@@ -478,8 +503,7 @@ void SqliteProvider::TimerLoop() {
     try {
       CommitGroupLocked();
     } catch (const VbError&) {
-      // Committed again at the next write or on close, which report it.
-      groupStart_ = std::chrono::steady_clock::now();
+      // The group is lost; FateOfGroup tells whoever wrote it.
     }
   }
 }
