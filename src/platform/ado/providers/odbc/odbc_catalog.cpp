@@ -15,33 +15,12 @@ namespace ketrova::ado {
 
 using namespace odbc;
 
-void OdbcProvider::DeclaredDecimals(std::vector<ColumnInfo>& columns) {
-  // SQLite keeps the declared "DECIMAL(p,s)" only in the table's definition.
-  for (auto& c : columns) {
-    if (c.type != adNumeric || c.baseTable.empty()) continue;
-    auto& declared = declaredTypes_[c.baseTable];
-    if (declared.empty()) {
-      SQLHSTMT stmt = NewCatalogStatement();
-      std::string table = c.baseTable;
-      if (SQL_SUCCEEDED(SQLColumns(stmt, nullptr, 0, nullptr, 0, N(table), SQL_NTS, nullptr, 0))) {
-        while (SQL_SUCCEEDED(SQLFetch(stmt))) {
-          std::string column = ColumnText(stmt, 4);
-          declared[column] = ColumnText(stmt, 6);
-        }
-      }
-      SQLFreeHandle(SQL_HANDLE_STMT, stmt);
-    }
-    auto it = declared.find(c.baseColumn.empty() ? c.name : c.baseColumn);
-    if (it == declared.end()) continue;
-    unsigned p = 0, sc = 0;
-    auto open = it->second.find('(');
-    if (open == std::string::npos) continue;
-    if (std::sscanf(it->second.c_str() + open, "(%u,%u)", &p, &sc) >= 1) {
-      c.precision = static_cast<std::uint8_t>(std::min(p, 255u));
-      c.numericScale = static_cast<std::uint8_t>(std::min(sc, 255u));
-    }
-  }
-}
+namespace {
+struct StmtGuard {
+  SQLHSTMT stmt;
+  ~StmtGuard() { SQLFreeHandle(SQL_HANDLE_STMT, stmt); }
+};
+}  // namespace
 
 SQLHSTMT OdbcProvider::NewCatalogStatement() {
   SQLHSTMT stmt = SQL_NULL_HSTMT;
@@ -50,33 +29,61 @@ SQLHSTMT OdbcProvider::NewCatalogStatement() {
   return stmt;
 }
 
-namespace {
-struct StmtGuard {
-  SQLHSTMT stmt;
-  ~StmtGuard() { SQLFreeHandle(SQL_HANDLE_STMT, stmt); }
-};
-}  // namespace
+const std::string* OdbcProvider::DeclaredType(const ColumnInfo& c) {
+  // Read once per table: SQLite's through the catalogue, MySQL's from
+  // information_schema (the catalogue there gives the type without its width),
+  // by lower-case column name, since MySQL's column names ignore case.
+  const bool mysql = dialect_ == "mysql";
+  auto& declared = declaredTypes_[c.baseTable];
+  if (declared.empty()) {
+    SQLHSTMT stmt = NewCatalogStatement();
+    StmtGuard guard{stmt};
+    std::string table = c.baseTable;
+    SQLRETURN rc = SQL_ERROR;
+    if (mysql) {
+      rc = ExecDirectText(stmt,
+                          "SELECT NULL, NULL, NULL, COLUMN_NAME, NULL, COLUMN_TYPE FROM "
+                          "information_schema.COLUMNS WHERE TABLE_SCHEMA = DATABASE() AND "
+                          "TABLE_NAME = '" +
+                              ReplaceAll(ReplaceAll(table, "\\", "\\\\"), "'", "''") + "'");
+    } else {
+      rc = SQLColumns(stmt, nullptr, 0, nullptr, 0, N(table), SQL_NTS, nullptr, 0);
+    }
+    if (SQL_SUCCEEDED(rc)) {
+      while (SQL_SUCCEEDED(SQLFetch(stmt))) {
+        const std::string column = ColumnText(stmt, 4);
+        declared[mysql ? AsciiLower(column) : column] = ColumnText(stmt, 6);
+      }
+    }
+  }
+  const std::string& column = c.baseColumn.empty() ? c.name : c.baseColumn;
+  auto it = declared.find(mysql ? AsciiLower(column) : column);
+  return it == declared.end() ? nullptr : &it->second;
+}
+
+void OdbcProvider::DeclaredDecimals(std::vector<ColumnInfo>& columns) {
+  // SQLite keeps the declared "DECIMAL(p,s)" only in the table's definition.
+  for (auto& c : columns) {
+    if (c.type != adNumeric || c.baseTable.empty()) continue;
+    const std::string* declared = DeclaredType(c);
+    if (!declared) continue;
+    unsigned p = 0, sc = 0;
+    auto open = declared->find('(');
+    if (open == std::string::npos) continue;
+    if (std::sscanf(declared->c_str() + open, "(%u,%u)", &p, &sc) >= 1) {
+      c.precision = static_cast<std::uint8_t>(std::min(p, 255u));
+      c.numericScale = static_cast<std::uint8_t>(std::min(sc, 255u));
+    }
+  }
+}
 
 void OdbcProvider::DeclaredBooleans(std::vector<ColumnInfo>& columns) {
   // The driver describes a TINYINT(1) as any TINYINT. As a truth value, True
   // is written as 1, which MySQL's TRUE is, rather than VB's -1.
   for (auto& c : columns) {
     if (c.type != adTinyInt || c.baseTable.empty()) continue;
-    auto& declared = declaredTypes_[c.baseTable];
-    if (declared.empty()) {
-      SQLHSTMT stmt = NewCatalogStatement();
-      StmtGuard guard{stmt};
-      const std::string sql =
-          "SELECT COLUMN_NAME, COLUMN_TYPE FROM information_schema.COLUMNS WHERE TABLE_SCHEMA = "
-          "DATABASE() AND TABLE_NAME = '" +
-          ReplaceAll(ReplaceAll(c.baseTable, "\\", "\\\\"), "'", "''") + "'";
-      if (SQL_SUCCEEDED(ExecDirectText(stmt, sql))) {
-        while (SQL_SUCCEEDED(SQLFetch(stmt)))
-          declared[AsciiLower(ColumnText(stmt, 1))] = AsciiLower(ColumnText(stmt, 2));
-      }
-    }
-    auto it = declared.find(AsciiLower(c.baseColumn.empty() ? c.name : c.baseColumn));
-    if (it == declared.end() || it->second != "tinyint(1)") continue;
+    const std::string* declared = DeclaredType(c);
+    if (!declared || AsciiLower(*declared) != "tinyint(1)") continue;
     c.type = adBoolean;
     c.definedSize = 2;
     c.precision = 255;

@@ -72,6 +72,8 @@ class OdbcProvider : public Provider {
   SQLRETURN CatalogCall(SQLHSTMT stmt, CatalogFunction function, const std::string& table,
                         const std::string& extra = {});
   std::vector<std::pair<int, std::string>> PrimaryKey(const std::string& table, std::string* name);
+  // The type a column's table declares for it (SQLite, MySQL); null when unknown.
+  const std::string* DeclaredType(const ColumnInfo& c);
   void DeclaredDecimals(std::vector<ColumnInfo>& columns);
   // MySQL and MariaDB: a TINYINT(1) column (BOOLEAN) becomes adBoolean.
   void DeclaredBooleans(std::vector<ColumnInfo>& columns);
