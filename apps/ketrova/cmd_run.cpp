@@ -12,8 +12,8 @@
 // Besides the log, stderr says what the log does not keep: how many records
 // the destination refused and in which file they are (reject_file.h), how
 // many records a job that failed had written before (and how to go on from
-// there with --from), the line and column of a script error, and why the log
-// file could not be written.
+// there with --from), the place of a script error, and why the log file could
+// not be written (engine/run_notes.h).
 //
 // --job runs only the jobs named (by number or caption, separated by commas):
 // the others are disabled for this run, in memory only, so the log still
@@ -39,6 +39,7 @@
 #include "commands.h"
 #include "core/converter.h"
 #include "engine/engine.h"
+#include "engine/run_notes.h"
 #include "jobs/job.h"
 #include "jobs/job_item.h"
 #include "jobs/jobs.h"
@@ -96,35 +97,6 @@ std::string SelectJobs(CJobs& jobs, const std::string& list) {
   if (chosen.empty()) return "--job nennt keine Aufgabe";
   for (std::int32_t i = 1; i <= jobs.Count(); ++i) jobs.Item(i).Enabled = chosen.contains(i);
   return {};
-}
-
-// What stderr says after the run beside the log: refused records, failed
-// jobs with what they wrote, the script error's place, the log file.
-void PrintNotes(const CEngine& engine, const std::string& file) {
-  if (!engine.LogfileError().empty()) {
-    std::cerr << "Die Protokolldatei " << engine.LogfileName()
-              << " konnte nicht geschrieben werden: " << engine.LogfileError() << "\n";
-  }
-  const script::ScriptControlError& script = engine.LastScriptError();
-  if (script.Number != 0 && script.Line > 0) {
-    std::cerr << "Scriptfehler in Zeile " << script.Line << ", Spalte " << script.Column << ": "
-              << script.Description << "\n";
-    if (!script.Text.empty()) std::cerr << "  " << script.Text << "\n";
-  }
-  for (const CEngine::JobStop& stop : engine.Stops()) {
-    std::cerr << "Aufgabe \"" << stop.caption << "\" ist ";
-    if (stop.record > 0) std::cerr << "bei Datensatz " << stop.record << " ";
-    if (stop.written == 0) {
-      std::cerr << "gescheitert, bevor ein Datensatz geschrieben wurde.\n";
-      continue;
-    }
-    std::cerr << "gescheitert; davor wurden " << stop.written
-              << " Datensätze geschrieben (der letzte war Datensatz " << stop.lastWritten
-              << "); weiter mit: ketrova run " << file << " --job \"" << stop.caption
-              << "\" --from " << stop.lastWritten + 1 << "\n";
-  }
-  const std::string rejects = engine.Rejects().Note();
-  if (!rejects.empty()) std::cerr << rejects << "\n";
 }
 
 }  // namespace
@@ -214,7 +186,7 @@ int RunProject(const Args& args) {
   console->onInterrupt = nullptr;
   display.Finish();
   PrintEventLog(project.Logs());
-  PrintNotes(engine, file);
+  for (const std::string& note : RunNotes(engine, file)) std::cerr << note << "\n";
 
   const bool clean = engine.ErrorCount() < 1 && result.empty();
   if (clean && !engine.Cancel) {

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <pugixml.hpp>
 
+#include "core/converter.h"
 #include "support/system.h"
 #include "support/text.h"
 
@@ -100,6 +101,23 @@ ProjectFileCheck CheckProjectFile(const std::string& path) {
                                    ">, nicht <Project>; sie wird leer geladen"};
   }
   return {};
+}
+
+bool LoadCheckedProject(CConverter& project, const std::string& path, bool saves,
+                        std::vector<std::string>& notes) {
+  const ProjectFileCheck check = CheckProjectFile(path);
+  using Kind = ProjectFileCheck::Kind;
+  // Nor is a file of another kind overwritten by a project.
+  if (check.kind == Kind::kBinary || (saves && check.kind == Kind::kNotProject)) {
+    notes.push_back(check.text);
+    return false;
+  }
+  if (check.kind == Kind::kNotXml || check.kind == Kind::kNotProject) notes.push_back(check.text);
+  const std::string error = project.LoadProject(path);
+  if (error.empty()) return true;
+  notes.push_back(error);
+  if (check.kind == Kind::kMissing || check.kind == Kind::kUnreadable) notes.push_back(check.text);
+  return false;
 }
 
 }  // namespace ketrova

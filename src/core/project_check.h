@@ -4,8 +4,11 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace ketrova {
+
+class CConverter;
 
 struct ProjectFileCheck {
   enum class Kind {
@@ -23,5 +26,14 @@ struct ProjectFileCheck {
 };
 
 ProjectFileCheck CheckProjectFile(const std::string& path);
+
+// Looks at `path`, then loads it into `project` unless it is binary (the
+// load's text would quote its bytes) or, when the caller would save a project
+// over it (`saves`), a well-formed file of another kind. `notes` gets what a
+// user reads about it, one text each, in order: the look's reason before the
+// load's own text, "nicht gefunden" or why it cannot be read after it. True
+// when the file loaded (a non-project loads empty, with its note).
+bool LoadCheckedProject(CConverter& project, const std::string& path, bool saves,
+                        std::vector<std::string>& notes);
 
 }  // namespace ketrova

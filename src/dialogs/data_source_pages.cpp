@@ -12,6 +12,7 @@
 #include "core/converter.h"
 #include "core/enums.h"
 #include "dialogs/combo_list_control.h"
+#include "platform/contacts/contact_store.h"
 #include "stores/database.h"
 #include "support/system.h"
 #include "support/text.h"
@@ -128,23 +129,21 @@ const std::vector<StorePage> kPages = {
           D::kNone, K::kPassword},
      },
      "cmdOpenFileExcel"},
+    // The contacts are vCard files in a folder of this computer, so the page
+    // asks for that folder instead of a server and a login. The folder is a
+    // setting of Ketrova, not of the project: no store parameter holds it, and
+    // the dialog's caller keeps it (frmDataSource::OnContactRoot).
     {dbtOutlook,
      "MS Outlook",
      "LabelLoginOutlook",
-     "Um eine Verbindung mit MS-Outlook herzustellen , müssen Sie"
-     " keine Benutzernamen oder Kennwörter eingeben. Hierfür wird die lokale Installation"
-     " von Outlook benutzt."
-     " Möchten Sie jedoch eine Verbindung mit MS-Exchange (Server) herstellen wollen, "
-     " müssen Sie einen gültigen MS-Exchange Benutzernamen und das Kennwort eingeben. ",
+     "Um eine Verbindung mit den Kontakten herzustellen, müssen Sie keine Benutzernamen"
+     " oder Kennwörter eingeben. Wählen Sie den Kontaktordner: jeder Unterordner ist ein"
+     " Adressbuch, jeder Kontakt darin eine vCard-Datei. Der Ordner gilt für alle Projekte.",
      {
-         {"EditOutlookServerName", "lblEditOutlookServerName", "Servername:", &DB::DataSourceName,
-          &DB::DataSourceName, D::kComputerName, K::kText},
-         {"EditOutlookUsername", "lblEditOutlookUsername", "Benutzername:", &DB::UserName,
-          &DB::UserName, D::kNone, K::kText},
-         {"EditOutlookPassword", "lblEditOutlookPassword", "Kennwort:", &DB::Password,
-          &DB::Password, D::kNone, K::kPassword},
+         {"EditOutlookContactRoot", "lblEditOutlookContactRoot", "Kontaktordner:", nullptr, nullptr,
+          D::kContactRoot, K::kPath},
      },
-     nullptr},
+     "cmdOpenFolderOutlook"},
     // The captions of the ODBC fields are the label array lblLabels, by
     // index: 0 data source, 1 database, 2 user, 3 password, 4 driver, 5 server.
     {dbtODBC,
@@ -192,6 +191,8 @@ std::string DefaultText(FieldDefault byDefault, const CConverter& project) {
       return "localhost";
     case D::kMySQLPort:
       return "3306";
+    case D::kContactRoot:
+      return contacts::ContactRoot();
     case D::kNone:
       break;
   }
@@ -268,7 +269,7 @@ QWidget* BuildStorePage(const StorePage& page) {
       auto* chooser = new QPushButton(QStringLiteral("..."));
       chooser->setObjectName(QString::fromUtf8(page.chooserName));
       chooser->setAutoDefault(false);
-      chooser->setToolTip(page.type == dbtParadox || page.type == dbtText
+      chooser->setToolTip(page.type == dbtParadox || page.type == dbtText || page.type == dbtOutlook
                               ? QStringLiteral("Ordner auswählen")
                               : QStringLiteral("Datei auswählen"));
       chooser->setMaximumWidth(chooser->fontMetrics().horizontalAdvance(QStringLiteral("....")) +
@@ -287,8 +288,8 @@ QWidget* BuildStorePage(const StorePage& page) {
 void LoadStorePage(const StorePage& page, QWidget& widget, const CDatabase& database,
                    const CConverter& project) {
   for (const StoreField& field : page.fields) {
-    if (!field.load) continue;
-    std::string value = database.*field.load;
+    if (!field.load && field.byDefault == D::kNone) continue;
+    std::string value = field.load ? database.*field.load : std::string();
     if (value.empty()) value = DefaultText(field.byDefault, project);
     if (field.kind == K::kCombo) {
       auto* combo = widget.findChild<QComboBox*>(QString::fromUtf8(field.name));

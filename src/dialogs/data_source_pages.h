@@ -26,7 +26,16 @@ class CDatabase;
 namespace ketrova::dialogs {
 
 // What an empty parameter shows when its page is loaded.
-enum class FieldDefault { kNone, kComputerName, kProjectDirectory, kLocalhost, kMySQLPort };
+// kContactRoot: the contact folder the Outlook store reads (contacts::ContactRoot),
+// shown although no store parameter holds it.
+enum class FieldDefault {
+  kNone,
+  kComputerName,
+  kProjectDirectory,
+  kLocalhost,
+  kMySQLPort,
+  kContactRoot
+};
 
 enum class FieldKind {
   kText,
@@ -69,8 +78,9 @@ inline constexpr const char* kNoDataSource = "(Keine)";
 // named as the table names them.
 QWidget* BuildStorePage(const StorePage& page);
 
-// Shows the store's parameters (or the defaults) in the page's fields; file
-// and folder fields get the caret behind their last character.
+// Shows the store's parameters (or the defaults) in the page's fields; a
+// field that loads no parameter shows its default, if it has one. File and
+// folder fields get the caret behind their last character.
 void LoadStorePage(const StorePage& page, QWidget& widget, const CDatabase& database,
                    const CConverter& project);
 // Writes the page's fields into the store; parameters that no field stores

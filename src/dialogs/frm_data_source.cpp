@@ -23,6 +23,7 @@
 #include "stores/database.h"
 #include "stores/odbc_sources.h"
 #include "support/files.h"
+#include "support/registry.h"
 #include "support/text.h"
 
 namespace ketrova::dialogs {
@@ -180,7 +181,7 @@ void frmDataSource::BuildForm() {
     connect(findChild<QPushButton*>(QString::fromUtf8(page->chooserName)), &QPushButton::clicked,
             this, [this, type] { ChooseFile(type); });
   }
-  for (int type : {dbtParadox, dbtText}) {
+  for (int type : {dbtParadox, dbtText, dbtOutlook}) {
     const StorePage* page = StorePageOf(type);
     connect(findChild<QPushButton*>(QString::fromUtf8(page->chooserName)), &QPushButton::clicked,
             this, [this, type] { ChooseFolder(type); });
@@ -277,7 +278,9 @@ void frmDataSource::ChooseFile(int databaseType) {
 }
 
 void frmDataSource::ChooseFolder(int databaseType) {
-  const char* name = databaseType == dbtParadox ? "EditParadoxFileName" : "EditTextFileFileName";
+  const char* name = databaseType == dbtParadox   ? "EditParadoxFileName"
+                     : databaseType == dbtOutlook ? "EditOutlookContactRoot"
+                                                  : "EditTextFileFileName";
   auto* edit = pages_.at(databaseType)->findChild<QLineEdit*>(QString::fromUtf8(name));
   std::string start = edit->text().toStdString();
   if (start.empty()) start = Converter->ProjectDirectory();
@@ -353,6 +356,8 @@ void frmDataSource::OnOK() {
     return;
   }
   StoreFields();
+  if (m_PageType == dbtOutlook && OnContactRoot)
+    OnContactRoot(FieldText(*pages_.at(m_PageType), "EditOutlookContactRoot"));
   labelStatusMessage_->setText(QString::fromUtf8(kOpening));
   labelStatusMessage_->repaint();
   m_Database->SetActive(false);
@@ -415,6 +420,9 @@ bool RunDataSourceDialog(CConverter& project, int direction, CDatabase& database
   frmDataSource form(QApplication::activeWindow());
   form.DSType = direction;
   form.Converter = &project;
+  form.OnContactRoot = [](const std::string& folder) {
+    CRegistry().WriteRegistry(HKEY_CURRENT_USER, "Ketrova", "ContactRoot", REG_SZ, folder);
+  };
   return form.Execute(database);
 }
 

@@ -24,6 +24,7 @@
 #pragma once
 
 #include <QDialog>
+#include <functional>
 #include <map>
 #include <string>
 
@@ -59,6 +60,10 @@ class frmDataSource : public QDialog {
   int DSType = dbdSource;
   // The project; must be set (non-null) before Execute or Prepare.
   CConverter* Converter = nullptr;
+  // Called by OK on the Outlook page with the contact folder typed there,
+  // before the store is tried, so that the caller keeps it where the store
+  // reads it (no store parameter holds it). Not set: the folder is not kept.
+  std::function<void(const std::string& folder)> OnContactRoot;
 
   // Runs the dialog modally on `database`, which must outlive the call.
   // Answers True unless the user pressed Cancel. A store whose type has no
@@ -119,7 +124,9 @@ class frmDataSource : public QDialog {
 // The data-store dialog on `database` of `project`; `direction` is the store's
 // direction (1 source, 2 target), which picks the header and help texts.
 // Answers what ConverterDialogs::SelectDatabase answers: True unless the user
-// cancelled. The dialog opens over the active window.
+// cancelled. The dialog opens over the active window. A contact folder chosen
+// on the Outlook page is kept as "ContactRoot" in the section "Ketrova" of the
+// registry ini, where the contact store reads it.
 bool RunDataSourceDialog(CConverter& project, int direction, CDatabase& database);
 
 }  // namespace ketrova::dialogs

@@ -18,6 +18,7 @@
 #include "dialogs/engine_display_controls.h"
 #include "dialogs/support_mail.h"
 #include "engine/engine.h"
+#include "engine/run_notes.h"
 #include "platform/ui/user_interface.h"
 #include "support/files.h"
 #include "support/system.h"
@@ -228,8 +229,10 @@ void FrmEngine::Start() {
     editInfo_->setPlainText(log);
   }
   labelSendLogFile_->setVisible(errorCount >= 1);
-  // Refused records are not in the log; the note on them follows its text.
-  if (const std::string note = engine->Rejects().Note(); !note.empty())
+  // What the log does not keep (refused records, where a job stopped and how
+  // to go on, a script error's place) follows its text, as the command line
+  // prints it.
+  for (const std::string& note : RunNotes(*engine, converter_->FileName))
     editInfo_->appendPlainText(QStringLiteral("\n") + Q(note));
 
   engine_ = nullptr;

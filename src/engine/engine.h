@@ -75,9 +75,15 @@ class CEngine {
     std::int32_t record = 0;  // the record the job stopped at
   };
   const std::vector<JobStop>& Stops() const { return stops_; }
-  // The last script error the run reported, with its line and column, which
-  // the run's texts do not keep (Number 0 when there was none).
-  const script::ScriptControlError& LastScriptError() const { return lastScriptError_; }
+  // The last script error the run reported, with what the run's texts do not
+  // keep: its line and column, the job and the record (0 outside the record
+  // loop: a script that did not compile). error.Number is 0 when there was none.
+  struct ScriptErrorPlace {
+    std::string job;
+    std::int32_t record = 0;
+    script::ScriptControlError error;
+  };
+  const ScriptErrorPlace& LastScriptError() const { return lastScriptError_; }
 
   // Runs the project: the one in `szFileName`, or Converter as it stands when
   // the name is empty. Converter must be set either way (its event list is
@@ -119,7 +125,8 @@ class CEngine {
   RunLog log_;
   RejectFile rejects_;
   std::vector<JobStop> stops_;
-  script::ScriptControlError lastScriptError_;
+  ScriptErrorPlace lastScriptError_;
+  std::string currentJob_;
   std::int32_t maxRecords_ = 0;
   std::int32_t currentRecord_ = 0;
   std::int32_t errorCount_ = 0;

@@ -2,6 +2,7 @@
 // exists, optionally empty it, hand the job's script to the host and walk the
 // records, writing each through the target record set (or by a generated
 // statement on MySQL).
+#include <deque>
 #include <exception>
 
 #include "core/converter.h"
@@ -70,6 +71,19 @@ class CEngine::JobRun {
   void Log(const std::string& text) { e_.WriteLogLine(text); }
   // A write the target refused goes to the reject file with the source's values.
   void KeepRefused(const std::string& text);
+  RejectFile::Values SourceValues() const;
+  RejectFile::Values AsText(const std::vector<Variant>& values) const;
+  // A write went through: it counts as written once the target has committed
+  // it. Until its group is committed the record waits with its source values.
+  void WriteWentThrough();
+  // Counts the waiting records whose group was committed and files those of a
+  // lost group as refused, with the store's text.
+  void SettleWrites();
+  // Commits what the target has grouped, then settles every waiting record.
+  void FlushAndSettle();
+  // The target's server is gone: the job ends as when its target cannot be
+  // opened, with the store's text.
+  Flow LostConnection(const std::string& text);
   // Passes over the source records before the engine's FirstRecord.
   void SkipToFirstRecord();
 
@@ -94,8 +108,18 @@ class CEngine::JobRun {
   bool bEOF_ = false;
   bool bEmptySource_ = false;
   bool bScriptFailed_ = false;
+  // Records committed in the target, and the last of them.
   std::int32_t written_ = 0;
   std::int32_t lastWritten_ = 0;
+  // A record written into a group not yet committed, with its source values
+  // as read (turned into text only should the group be lost).
+  struct Waiting {
+    std::int32_t record;
+    std::uint64_t group;
+    std::vector<Variant> values;
+  };
+  std::deque<Waiting> waiting_;
+  std::vector<std::string> sourceNames_;  // of the waiting records' values
   script::ScriptModule* module_ = nullptr;
   script::ProcedureHandle setIdentKey_ = nullptr;
   script::ProcedureHandle setRecordCount_ = nullptr;
@@ -103,6 +127,8 @@ class CEngine::JobRun {
 };
 
 std::string CEngine::DoExecute(CJob& objJob) {
+  currentJob_ = objJob.Caption;
+  currentRecord_ = 0;
   return JobRun(*this, objJob).Run();
 }
 
@@ -117,7 +143,7 @@ std::string CEngine::JobRun::Run() {
     flow = Prepare();
     if (flow == Flow::kGoOn && !bEmptySource_) flow = RecordLoop();
     // What the job wrote is committed before anything counts or reads it.
-    dstDb_.FlushWrites();
+    FlushAndSettle();
     if (flow == Flow::kGoOn) {
       if (!bEmptySource_) --inRecord_;
       Log("Es wurden " + std::to_string(inRecord_) + " Datensätze konvertiert.");
@@ -128,6 +154,7 @@ std::string CEngine::JobRun::Run() {
   } catch (...) {
     SetPendingError(std::current_exception());
     flow = Flow::kErrorEnd;
+    FlushAndSettle();
   }
 
   // The job's end, and its error end when there is a text to report.
@@ -316,7 +343,7 @@ void CEngine::JobRun::SkipToFirstRecord() {
   }
 }
 
-void CEngine::JobRun::KeepRefused(const std::string& text) {
+RejectFile::Values CEngine::JobRun::SourceValues() const {
   RejectFile::Values values;
   // A source whose values cannot be read still has its refusal kept.
   try {
@@ -325,7 +352,75 @@ void CEngine::JobRun::KeepRefused(const std::string& text) {
   } catch (const VbError&) {
     Err().Clear();
   }
-  e_.rejects_.Add(job_.Caption, inRecord_, text, values);
+  return values;
+}
+
+RejectFile::Values CEngine::JobRun::AsText(const std::vector<Variant>& values) const {
+  RejectFile::Values named;
+  for (std::size_t i = 0; i < values.size() && i < sourceNames_.size(); ++i)
+    named.emplace_back(sourceNames_[i], values[i].ToText());
+  return named;
+}
+
+void CEngine::JobRun::KeepRefused(const std::string& text) {
+  e_.rejects_.Add(job_.Caption, inRecord_, text, SourceValues());
+}
+
+void CEngine::JobRun::WriteWentThrough() {
+  if (const std::uint64_t group = dstDb_.WriteGroup(); group != 0) {
+    Waiting record{inRecord_, group, {}};
+    try {
+      const ado::Fields& fields = src_.Recordset->GetFields();
+      if (sourceNames_.empty())
+        for (const ado::FieldPtr& field : fields) sourceNames_.push_back(field->Name());
+      record.values.reserve(sourceNames_.size());
+      for (const ado::FieldPtr& field : fields) record.values.push_back(field->Value());
+    } catch (const VbError&) {
+      Err().Clear();
+    }
+    waiting_.push_back(std::move(record));
+  } else {
+    ++written_;
+    lastWritten_ = inRecord_;
+  }
+}
+
+void CEngine::JobRun::SettleWrites() {
+  // Groups end in the order they began, so the waiting records settle from
+  // the front.
+  while (!waiting_.empty()) {
+    Waiting& first = waiting_.front();
+    std::string text;
+    const ado::Provider::GroupFate fate = dstDb_.FateOfWrites(first.group, text);
+    if (fate == ado::Provider::GroupFate::kOpen) break;
+    if (fate == ado::Provider::GroupFate::kCommitted) {
+      ++written_;
+      lastWritten_ = first.record;
+    } else {
+      e_.rejects_.Add(job_.Caption, first.record, text, AsText(first.values));
+    }
+    waiting_.pop_front();
+  }
+}
+
+void CEngine::JobRun::FlushAndSettle() {
+  const std::string failure = dstDb_.FlushWrites();
+  SettleWrites();
+  // After a flush no group is open; one still waiting was not committed.
+  for (const Waiting& record : waiting_)
+    e_.rejects_.Add(job_.Caption, record.record, failure, AsText(record.values));
+  waiting_.clear();
+}
+
+CEngine::JobRun::Flow CEngine::JobRun::LostConnection(const std::string& text) {
+  szError_ = text;
+  Log(szStep_);
+  logs_.AddLog(szError_);
+  Log(LogFrame('#', 60));
+  Log(szError_);
+  Log(LogFrame('#', 60));
+  Err().Clear();
+  return Flow::kJobEnd;
 }
 
 void CEngine::JobRun::ResolveProcedures() {
@@ -362,7 +457,7 @@ CEngine::JobRun::Flow CEngine::JobRun::RecordLoop() {
     ui.DoEvents();
 
     if (e_.Cancel) {
-      dstDb_.FlushWrites();
+      FlushAndSettle();
       int answer = ui.MsgBox("Möchten Sie wirklich die Verarbeitung abbrechen ?",
                              ui::vbYesNo | ui::vbQuestion, e_.Converter->ProductName());
       // Yes ends this job and, with Cancel still set, the run.
@@ -438,11 +533,12 @@ CEngine::JobRun::Flow CEngine::JobRun::RecordLoop() {
       // a failed script makes a failed record, not a refused one.
       const bool bSending = Err().Number == 0;
       ResumeNext([&] { dstDb_.Connection->Execute(szSQL_, nullptr, -1); });
+      SettleWrites();
       if (bSending && Err().Number != 0) {
         KeepRefused(Err().Description);
+        if (dstDb_.ConnectionLost()) return LostConnection(Err().Description);
       } else if (bSending) {
-        ++written_;
-        lastWritten_ = inRecord_;
+        WriteWentThrough();
       }
     }
 
@@ -468,11 +564,13 @@ CEngine::JobRun::Flow CEngine::JobRun::RecordLoop() {
       // A found row that the script left unchanged is not written.
       szStep_ = "Datensatz " + std::to_string(inRecord_) + " sichern ...";
       dstDb_.RecordSetWrite(e_.rsDestination_, szDestSQL_, szError_);
+      // Records of a group the write took with it are filed before it.
+      SettleWrites();
       if (std::string refused = dstDb_.TakeRefusedWrite(); !refused.empty()) {
         KeepRefused(refused);
+        if (dstDb_.ConnectionLost()) return LostConnection(refused);
       } else {
-        ++written_;
-        lastWritten_ = inRecord_;
+        WriteWentThrough();
       }
     }
 

@@ -85,7 +85,7 @@ void CEngine::WriteScriptFunctions() {
 
 std::string CEngine::GetScriptError(const std::string& szObject, const std::string& szScript) {
   script::ScriptControlError& error = scriptHost_->Error();
-  lastScriptError_ = error;
+  lastScriptError_ = {currentJob_, currentRecord_, error};
   // "VBScript" stands for both languages here.
   std::string szText = "Fehler in VBScript: \r\n\r\n";
   szText += "Objekt.:" + szObject + "\r\n";

@@ -1,10 +1,12 @@
 #include "host/connector.h"
 
 #include <utility>
+#include <vector>
 
 #include "component_version.h"
 #include "core/converter.h"
 #include "core/error_text.h"
+#include "core/project_check.h"
 #include "host/host_application.h"
 #include "host/navigator.h"
 #include "host/pictures.h"
@@ -212,16 +214,24 @@ void Connector::ProjectCommand(const std::string& sKey) {
     if (path.empty()) return;
     Step([] { App().Reload(); });
     SetAction("Load Project", sKey);
-    std::string result;
-    Step([&] { result = Project().LoadProject(path); });
-    if (result.empty()) {
+    // The file is looked at first, as the command line does: a file that is
+    // no project is answered with the reason and line, a binary one without
+    // its bytes, a missing one with "nicht gefunden" beside the load's text.
+    bool loaded = false;
+    std::vector<std::string> notes;
+    Step([&] { loaded = LoadCheckedProject(Project(), path, false, notes); });
+    std::string text;
+    for (const std::string& note : notes) text += (text.empty() ? "" : "\n\n") + note;
+    if (loaded) {
+      if (!text.empty())
+        Step([&] { ui::Current().MsgBox(text, ui::vbExclamation, Project().ProductName()); });
       EnableProjectButtons();
       UpdateInformation();
       SetAction("Open Jobs", sKey);
       OpenJobs();
       Step([] { ui::Current().DoEvents(); });
     } else {
-      Step([&] { ui::Current().MsgBox(result, ui::vbCritical, Project().ProductName()); });
+      Step([&] { ui::Current().MsgBox(text, ui::vbCritical, Project().ProductName()); });
     }
     ReportHints();
   } else if (sKey == "PROJECTSAVE") {

@@ -35,8 +35,8 @@ bool Contains(const std::string& haystack, std::string_view needle) {
 
 CDatabase::CDatabase()
     : Connection(std::make_shared<ado::Connection>()),
-      Recordset(std::make_shared<ado::Recordset>()),
       objects_(std::make_unique<CDatabaseObjects>()) {
+  recordset_ = std::make_shared<ado::Recordset>();
   objects_->Database = this;
 }
 

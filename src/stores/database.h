@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "core/enums.h"
+#include "platform/ado/provider.h"
 #include "stores/database_objects.h"
 
 namespace ketrova {
@@ -58,7 +59,14 @@ class CDatabase {
 
   // Record access of the store; set up when the store opens.
   std::shared_ptr<ado::Connection> Connection;
-  std::shared_ptr<ado::Recordset> Recordset;
+  // The store's record set: an Outlook store's is its adapter's (the folder's
+  // record set), any other store's its own, into which Reload reads the schema
+  // rows. Setting it stores back what the get answers, whatever is given:
+  // nothing outside the class replaces it.
+  std::shared_ptr<ado::Recordset> Recordset() const;
+  void SetRecordset(const std::shared_ptr<ado::Recordset>& /*ignored*/) {
+    recordset_ = Recordset();
+  }
 
   const std::string& LastErrorMessage() const { return lastErrorMessage_; }
   std::int32_t ErrorNumber() const { return errorNumber_; }
@@ -141,9 +149,18 @@ class CDatabase {
   void RecordSetWrite(std::shared_ptr<ado::Recordset>& objRS, std::string& szOutlookError,
                       std::string& szError);
   // Commits the writes the store's provider has grouped (at a job's end and
-  // before the run waits on the user); a failure is told on stderr, since the
-  // spec's run knows no such step.
-  void FlushWrites();
+  // before the run waits on the user). Answers the store's text when the
+  // commit failed ("" otherwise); the writes of that group are then lost, as
+  // FateOfWrites tells.
+  std::string FlushWrites();
+  // Where the last write that went through went: 0 when it is committed,
+  // else the provider's group, whose fate FateOfWrites answers (with the
+  // store's text in `szText` for a lost group). See ado::Provider.
+  std::uint64_t WriteGroup() const;
+  ado::Provider::GroupFate FateOfWrites(std::uint64_t group, std::string& szText) const;
+  // Whether the store's server is gone, asked after a write failed: the run
+  // then cannot write any further record of the job.
+  bool ConnectionLost() const;
   // A record the store refused to write, kept for the run's reject file: the
   // store's text. RecordSetWrite notes its own failures; a store that reports
   // a refusal elsewhere (the mail client's RecordSetUpdate) calls
@@ -174,6 +191,7 @@ class CDatabase {
                                       ProgressBarControl* ProgressBar = nullptr);
 
  private:
+  std::shared_ptr<ado::Recordset> recordset_;
   void Open();
   void Close();
   // Why an SQLite file named by the SQLite3 driver cannot be opened or made

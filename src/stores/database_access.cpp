@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <iostream>
 #include <mutex>
 
 #include "core/converter.h"
@@ -264,11 +263,16 @@ std::string CDatabase::RecordSetClose(std::shared_ptr<ado::Recordset>& objRS) {
   return {};
 }
 
+std::shared_ptr<ado::Recordset> CDatabase::Recordset() const {
+  if (DatabaseType == dbtOutlook && m_OutLook) return m_OutLook->Recordset;
+  return recordset_;
+}
+
 bool CDatabase::RecordsetEOF() {
   if (DatabaseType == dbtOutlook) return m_OutLook && m_OutLook->Eof();
   if (DatabaseType == dbtText || DatabaseType == dbtXML) return false;
   try {
-    return Recordset->Eof();
+    return recordset_->Eof();
   } catch (...) {
     Err().Clear();
     return false;
@@ -282,7 +286,7 @@ bool CDatabase::RecordsetMoveNext() {
       if (m_OutLook) m_OutLook->OutlookRSMoveNext();
       return false;
     }
-    Recordset->MoveNext();
+    recordset_->MoveNext();
   } catch (...) {
   }
   return false;
@@ -292,7 +296,7 @@ std::int32_t CDatabase::RecordsetRecordCount() {
   if (DatabaseType == dbtText || DatabaseType == dbtXML) return 0;
   try {
     if (DatabaseType == dbtOutlook) return m_OutLook ? m_OutLook->RecordCount() : 0;
-    return Recordset->RecordCount();
+    return recordset_->RecordCount();
   } catch (...) {
     return 0;
   }
@@ -357,13 +361,29 @@ void CDatabase::RecordSetWrite(std::shared_ptr<ado::Recordset>& objRS, std::stri
   NoteRefusedWrite(szError);
 }
 
-void CDatabase::FlushWrites() {
-  if (DatabaseType == dbtOutlook || DatabaseType == dbtXML || !Connection) return;
+std::string CDatabase::FlushWrites() {
+  if (DatabaseType == dbtOutlook || DatabaseType == dbtXML || !Connection) return {};
   try {
     Connection->Flush();
   } catch (const VbError& error) {
-    std::cerr << error.Description << "\n";
+    return error.Description;
   }
+  return {};
+}
+
+std::uint64_t CDatabase::WriteGroup() const {
+  if (DatabaseType == dbtOutlook || DatabaseType == dbtXML || !Connection) return 0;
+  return Connection->LastWriteGroup();
+}
+
+bool CDatabase::ConnectionLost() const {
+  if (DatabaseType == dbtOutlook || DatabaseType == dbtXML || !Connection) return false;
+  return Connection->ConnectionLost();
+}
+
+ado::Provider::GroupFate CDatabase::FateOfWrites(std::uint64_t group, std::string& szText) const {
+  if (group == 0 || !Connection) return ado::Provider::GroupFate::kCommitted;
+  return Connection->FateOfWriteGroup(group, szText);
 }
 
 std::string ExecuteSQL(ado::Connection& objConnection, const std::string& szSQL) {

@@ -75,17 +75,17 @@ std::string CDatabase::Reload(bool bShowWorkForm, bool bShowErrors,
     if (DatabaseType == dbtOutlook) {
       std::string szError;
       if (!m_OutLook) throw VbError(91, {}, "Database");
-      Recordset = m_OutLook->OpenSchema(2, szError);
+      recordset_ = m_OutLook->OpenSchema(2, szError);
       if (!szError.empty()) {
         ui::ShowHourglass(false);
-        CloseRecordset(Recordset.get());
+        CloseRecordset(recordset_.get());
         if (bShowWorkForm) WorkFormClose();
         return szError;
       }
     } else {
-      Recordset = Connection->OpenSchema(ado::adSchemaTables);
+      recordset_ = Connection->OpenSchema(ado::adSchemaTables);
     }
-    std::int32_t count = Recordset->RecordCount();
+    std::int32_t count = recordset_->RecordCount();
     if (count == -1 && DatabaseType != dbtOutlook) count = 1000;
     if (bShowWorkForm) WorkFormOpen("Datenbank wird analysiert", "", "", 1, count, 1);
     if (objLabel) objLabel->SetCaption("Datenbank wird analysiert");
@@ -93,13 +93,13 @@ std::string CDatabase::Reload(bool bShowWorkForm, bool bShowErrors,
 
     std::int32_t failures = 0;
     std::int32_t step = 1;
-    while (!Recordset->Eof()) {
+    while (!recordset_->Eof()) {
       ShowProgress(bShowWorkForm, objProgressBar, count, step);
-      std::string name = RemoveString(FieldText(*Recordset, "TABLE_NAME"), "'");
+      std::string name = RemoveString(FieldText(*recordset_, "TABLE_NAME"), "'");
       szStep = "Analysiere " + name;
       ShowStep(bShowWorkForm, objLabel, szStep);
       ui::Current().DoEvents();
-      std::string type = FieldText(*Recordset, "TABLE_TYPE");
+      std::string type = FieldText(*recordset_, "TABLE_TYPE");
       if (IsEqual(type, "TABLE") || IsEqual(type, "VIEW")) {
         CDatabaseObject& object = objects_->Add();
         object.Name = name;
@@ -114,9 +114,9 @@ std::string CDatabase::Reload(bool bShowWorkForm, bool bShowErrors,
         }
       }
       ++step;
-      Recordset->MoveNext();
+      recordset_->MoveNext();
     }
-    CloseRecordset(Recordset.get());
+    CloseRecordset(recordset_.get());
     if (bShowWorkForm) WorkFormClose();
     if (objProgressBar) objProgressBar->SetVisible(false);
     ui::ShowHourglass(false);
@@ -131,7 +131,7 @@ std::string CDatabase::Reload(bool bShowWorkForm, bool bShowErrors,
     result = BuildErrorText(1, std::string(), szStep);
     Err().Clear();
     ui::ShowHourglass(false);
-    CloseRecordset(Recordset.get());
+    CloseRecordset(recordset_.get());
     if (bShowWorkForm) WorkFormClose();
   }
   return result;

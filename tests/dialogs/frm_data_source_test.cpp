@@ -26,8 +26,10 @@
 #include "dialogs/data_source_pages.h"
 #include "dialogs/qt_user_interface.h"
 #include "modal_answerer.h"
+#include "platform/contacts/contact_store.h"
 #include "qt_printers.h"
 #include "stores/database.h"
+#include "support/registry.h"
 #include "support/system.h"
 
 namespace ketrova::dialogs {
@@ -510,11 +512,13 @@ TEST_F(FrmDataSourceTest, PagesLoadAndStoreTheirParameters) {
        &CDatabase::ServerName,
        "my"},
       {dbtMySQL, {}, {{"EditMySQLServername", "my"}}, &CDatabase::DataSourceName, "quelle"},
+      // The contact folder is no store parameter: the page shows the one
+      // the store reads and stores nothing.
       {dbtOutlook,
-       {{"EditOutlookServerName", "quelle"}},
-       {{"EditOutlookServerName", "ex"}},
+       {{"EditOutlookContactRoot", contacts::ContactRoot()}},
+       {{"EditOutlookContactRoot", "/anderswo"}},
        &CDatabase::DataSourceName,
-       "ex"},
+       "quelle"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.type);
@@ -569,6 +573,34 @@ TEST_F(FrmDataSourceTest, OKWritesOnlyThePagesParameters) {
   EXPECT_EQ(store_.ServerName, "");
   EXPECT_EQ(store_.PortAdress, "");
   EXPECT_EQ(store_.DatabaseFileName, "");
+}
+
+// The Outlook page asks for the contact folder; OK keeps it in Ketrova's
+// settings before the store is tried, so the store opens on it.
+TEST_F(FrmDataSourceTest, TheOutlookPageKeepsTheContactFolderInTheSettings) {
+  CRegistry registry;
+  const std::string before = registry.GetRegSetting("ContactRoot", 0, HKEY_CURRENT_USER, "Ketrova");
+  const std::string root = contacts::ContactRoot();
+  const std::string folder = InFolder("kontakte");
+  ASSERT_TRUE(QDir().mkpath(QString::fromStdString(folder + "/Adressbuch/Kontakte")));
+  std::string shown;
+  answerer_.Act([&](QWidget& window) {
+    SelectType(window, dbtOutlook);
+    shown = Text(window, "EditOutlookContactRoot");
+    EXPECT_EQ(window.findChild<QLineEdit*>(QStringLiteral("EditOutlookServerName")), nullptr);
+    SetText(window, "EditOutlookContactRoot", folder);
+    Click(window, "ButtonOK");
+  });
+  EXPECT_TRUE(Run());
+  EXPECT_EQ(shown, root);
+  EXPECT_EQ(registry.GetRegSetting("ContactRoot", 0, HKEY_CURRENT_USER, "Ketrova"), folder);
+  EXPECT_EQ(contacts::ContactRoot(), folder);
+  EXPECT_EQ(store_.DatabaseType, dbtOutlook);
+  EXPECT_TRUE(store_.Active());
+  EXPECT_EQ(store_.DataSourceName, "");
+  EXPECT_EQ(store_.UserName, "");
+  store_.SetActive(false);
+  registry.WriteRegistry(HKEY_CURRENT_USER, "Ketrova", "ContactRoot", REG_SZ, before);
 }
 
 }  // namespace

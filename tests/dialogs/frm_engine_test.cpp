@@ -236,7 +236,10 @@ TEST_F(FrmEngineTest, JobFailingOnItsOwnTextShowsTheLogWithoutTheLink) {
   AddJob("sqlite_ziel", kCopyScript).CancelOnError = true;
   answerer_.PressButton("vbOK");  // the closing note on the event log
   Start();
-  EXPECT_EQ(Info(), LogText());
+  // Below the log, the note on where the job stopped, as the command line has it.
+  EXPECT_EQ(Info(), LogText() +
+                        "\n\nAufgabe \"Kunden\" ist gescheitert, bevor ein Datensatz "
+                        "geschrieben wurde.");
   EXPECT_NE(Info().find("Bearbeite Kunden"), std::string::npos) << Info();
   EXPECT_FALSE(Shown("LabelSendLogFile"));
   ExpectFinished();
@@ -265,7 +268,10 @@ TEST_F(FrmEngineTest, FailedRecordShowsTheLogAndTheLinkMailsIt) {
          "End Function\r\n");
   answerer_.PressButton("vbOK");  // the closing note on the event log
   Start();
-  EXPECT_EQ(Info(), LogText());
+  // The script error's place follows the log: line, column, job and record.
+  EXPECT_EQ(Info(), LogText() +
+                        "\n\nScriptfehler in Zeile 3, Spalte 34 (Aufgabe \"Kunden\", "
+                        "Datensatz 2): Division durch Null");
   EXPECT_TRUE(Shown("LabelSendLogFile"));
   ExpectFinished();
   EXPECT_EQ(TargetRows(), 2);

@@ -170,10 +170,8 @@ TEST_P(RejectTest, AJobThatFailsSaysHowFarItWroteAndARunCanStartLater) {
       "\tIf Source.Fields(\"Nr\") = 3 Then DestinationConnection.Execute \"" +
       kill + "\"\r\n" + CopyScript().substr(CopyScript().find('\t'));
   Run();
-  if (Dialect() == "postgresql" && engine->Stops().empty())
-    GTEST_SKIP() << "on PostgreSQL a server gone mid-job no longer ends the job since the "
-                    "target's statement stays prepared across records; its stop note is yet to "
-                    "be restored";
+  // The target's statement stays prepared across records, so on PostgreSQL
+  // the loss shows only at the next write, which then ends the job.
   ASSERT_EQ(engine->Stops().size(), 1u) << Log();
   EXPECT_EQ(engine->Stops()[0].caption, "Zahlen");
   EXPECT_EQ(engine->Stops()[0].written, 2);
@@ -198,7 +196,7 @@ class RejectOnDiskTest : public RejectTest {
   std::unique_ptr<SmallDisk> disk;
 };
 
-TEST_P(RejectOnDiskTest, AFullDiskKeepsEveryRecordItRefused) {
+TEST_P(RejectOnDiskTest, AFullDiskKeepsEveryRecordItRefusedAndEveryGroupItLost) {
   const int count = 600;
   std::vector<std::string> sql = {
       "CREATE TABLE Quelle (Nr INTEGER PRIMARY KEY, Name TEXT, Betrag REAL)"};
@@ -206,18 +204,34 @@ TEST_P(RejectOnDiskTest, AFullDiskKeepsEveryRecordItRefused) {
     sql.push_back("INSERT INTO Quelle VALUES (" + std::to_string(i) + ", printf('%.1000c', 'x'), " +
                   std::to_string(i) + ")");
   SourceSQLite(sql);
-  DestinationOn(work / "platte", "Nr INTEGER PRIMARY KEY, Name TEXT, Betrag FLOAT");
   AddJob("Voll", "Quelle", "Ziel", CopyScript());
-  // Grouped, the writes would meet the full disk only at a group's commit,
-  // whose records are counted on stderr but not yet kept one by one; this
-  // pins the record-by-record path.
-  ado::SetGroupedCommits(false);
-  Run();
-  ado::SetGroupedCommits(true);
-  const std::int32_t refused = engine->Rejects().Count();
-  EXPECT_GT(refused, 0) << Log();
-  EXPECT_EQ(RejectedRecords().size(), static_cast<std::size_t>(refused));
-  EXPECT_EQ(ReadCsv(RejectPath()).size(), static_cast<std::size_t>(refused) + 1);
+  // Grouped, a write that went through may still be lost with its group when
+  // the disk fills at the group's commit or takes the group with it.
+  for (const bool grouped : {true, false}) {
+    SCOPED_TRACE(grouped ? "grouped" : "one by one");
+    engine.reset();  // lets go of the last run's file, whose space the next one needs
+    for (const auto& file : std::filesystem::directory_iterator(work / "platte"))
+      std::filesystem::remove(file.path());
+    DestinationOn(work / "platte", "Nr INTEGER PRIMARY KEY, Name TEXT, Betrag FLOAT");
+    ado::SetGroupedCommits(grouped);
+    Run();
+    ado::SetGroupedCommits(true);
+    // Every source record is in the target or in the reject file, never both.
+    std::set<std::string> arrived;
+    {
+      auto connection = std::make_shared<ado::Connection>();
+      connection->Open("Driver={SQLite3};Database=" + project->DestDataBase().DatabaseName);
+      for (auto rs = connection->Execute("SELECT Nr FROM Ziel"); !rs->Eof(); rs->MoveNext())
+        arrived.insert(rs->GetFields().Item(0).Value().ToText());
+      connection->Close();
+    }
+    const std::set<std::string> refused = RejectedRecords();
+    EXPECT_FALSE(refused.empty()) << Log();
+    EXPECT_EQ(arrived.size() + refused.size(), static_cast<std::size_t>(count));
+    for (const std::string& record : refused) EXPECT_EQ(arrived.count(record), 0u) << record;
+    EXPECT_EQ(engine->Rejects().Count(), static_cast<std::int32_t>(refused.size()));
+    EXPECT_EQ(ReadCsv(RejectPath()).size(), refused.size() + 1);
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Backends, RejectOnDiskTest, ::testing::ValuesIn(TestBackends()),

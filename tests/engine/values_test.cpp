@@ -88,6 +88,11 @@ TEST_P(ValuesTest, BooleansAndNumbersFromSQLiteArriveUnchanged) {
   EXPECT_EQ(engine->Rejects().Count(), 0) << engine->Rejects().Note();
   EXPECT_EQ(Query("SELECT [Nr] FROM [Werte] WHERE [Ja] IS TRUE ORDER BY [Nr]"),
             (RowList{"1", "3"}));
+  // MariaDB's BOOLEAN is a TINYINT(1): True arrives as its TRUE, 1, not as -1.
+  if (Dialect() == "mysql") {
+    EXPECT_EQ(Query("SELECT [Nr] FROM [Werte] WHERE [Ja] = TRUE ORDER BY [Nr]"),
+              (RowList{"1", "3"}));
+  }
 }
 
 TEST_P(ValuesTest, ATextOfA384CharacterFieldArrivesWhole) {

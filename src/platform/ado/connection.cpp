@@ -70,6 +70,14 @@ void Connection::Flush() {
   if (provider_) provider_->Flush();
 }
 
+std::uint64_t Connection::LastWriteGroup() const {
+  return provider_ ? provider_->LastWriteGroup() : 0;
+}
+
+Provider::GroupFate Connection::FateOfWriteGroup(std::uint64_t group, std::string& text) const {
+  return provider_ ? provider_->FateOfGroup(group, text) : Provider::GroupFate::kCommitted;
+}
+
 std::shared_ptr<Provider> Connection::SharedProvider() const {
   GetProvider();
   return provider_;

@@ -45,6 +45,12 @@ class Connection : public Object {
   // Commits what the provider has grouped of this connection's writes (see
   // provider.h); nothing to do when closed.
   void Flush();
+  // The provider's group of the last write and what became of a group (see
+  // provider.h); 0 and kCommitted when closed.
+  std::uint64_t LastWriteGroup() const;
+  Provider::GroupFate FateOfWriteGroup(std::uint64_t group, std::string& text) const;
+  // Whether the provider finds its server gone (see provider.h).
+  bool ConnectionLost() const { return provider_ && provider_->ConnectionLost(); }
 
   // Returns the nesting level (1).
   std::int32_t BeginTrans();

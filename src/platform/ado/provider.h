@@ -129,6 +129,22 @@ class Provider {
   // Commits the writes the provider has grouped: afterwards every other
   // connection sees them. Raises when the commit fails.
   virtual void Flush() {}
+  // Where a provider that groups writes put them. Groups are numbered from 1
+  // in the order they begin; LastWriteGroup answers the group of the last
+  // write that went through (0 when that write was committed on its own) and
+  // FateOfGroup what became of a group: still open, committed, or lost as a
+  // whole (a failed commit, a failure that rolled the group back), with the
+  // store's text in `text` for a lost one. A provider that does not group
+  // answers 0 and kCommitted.
+  enum class GroupFate { kOpen, kCommitted, kLost };
+  virtual std::uint64_t LastWriteGroup() const { return 0; }
+  virtual GroupFate FateOfGroup(std::uint64_t group, std::string& text) const {
+    return GroupFate::kCommitted;
+  }
+  // Whether the connection to the store is gone (the server ended it or
+  // died), asked after a statement failed; false where the provider cannot
+  // tell or has no server.
+  virtual bool ConnectionLost() const { return false; }
   // What names a row of a table for an UPDATE of it: the expression a SELECT
   // adds to read it (SQLite's rowid, PostgreSQL's ctid) and the condition that
   // finds the row by it, with one "?"; empty where the store has none.

@@ -1,6 +1,7 @@
 #include "platform/ado/write_group.h"
 
 #include <algorithm>
+#include <cassert>
 #include <iostream>
 
 #include "support/vb_error.h"
@@ -28,7 +29,9 @@ void WriteGroup::Stop() {
 }
 
 void WriteGroup::Opened() {
+  assert(!open_);
   open_ = true;
+  ++number_;
   start_ = retry_ = std::chrono::steady_clock::now();
   writes_ = 0;
   wake_.notify_all();
@@ -44,7 +47,18 @@ void WriteGroup::Committed() {
   open_ = false;
 }
 
-void WriteGroup::Lost() {
+Provider::GroupFate WriteGroup::Fate(std::uint64_t group, std::string& text) const {
+  if (open_ && group == number_) return Provider::GroupFate::kOpen;
+  if (auto lost = lost_.find(group); lost != lost_.end()) {
+    text = lost->second;
+    return Provider::GroupFate::kLost;
+  }
+  return Provider::GroupFate::kCommitted;
+}
+
+void WriteGroup::Lost(const std::string& text) {
+  assert(open_);
+  lost_[number_] = text;
   if (writes_ > 0)
     std::cerr << store_ << ": " << writes_
               << " geschriebene Datensätze sind verloren; übernommen wurden " << committed_
@@ -68,7 +82,7 @@ void WriteGroup::TimerLoop() {
     try {
       commit_();
     } catch (const VbError&) {
-      // Committed again at the next write or on close, which report it.
+      // The group is lost with the store's text; Fate tells whoever wrote to it.
     }
     // Still open: the provider could not commit now; it is asked again after
     // another while or when nudged.

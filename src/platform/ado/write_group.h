@@ -20,7 +20,10 @@
 #include <functional>
 #include <mutex>
 #include <string>
+#include <map>
 #include <thread>
+
+#include "platform/ado/provider.h"
 
 namespace ketrova::ado {
 
@@ -46,20 +49,33 @@ class WriteGroup {
   void Stop();
 
   bool IsOpen() const { return open_; }
-  // The provider has begun a group.
+  // The provider has begun a group; groups are numbered from 1 in the order
+  // they begin.
   void Opened();
   // A write of the open group succeeded.
-  void Wrote() { ++writes_; }
+  void Wrote() {
+    ++writes_;
+    lastWrite_ = number_;
+  }
   // A write outside any group succeeded (committed on its own).
-  void WroteAlone() { ++committed_; }
+  void WroteAlone() {
+    ++committed_;
+    lastWrite_ = 0;
+  }
+  // The group of the last write that went through, 0 when it was committed
+  // on its own; and what became of a group (the store's text for a lost one
+  // in `text`). These answer Provider::LastWriteGroup and FateOfGroup.
+  std::uint64_t LastWrite() const { return lastWrite_; }
+  Provider::GroupFate Fate(std::uint64_t group, std::string& text) const;
   // Whether the open group should be committed now.
   bool Due() const;
   // The group was committed.
   void Committed();
   // The group was rolled back with everything in it (the store failed as a
-  // whole: a full disk, a connection gone): says on stderr how many writes
-  // were lost and how many had been committed before.
-  void Lost();
+  // whole: a full disk, a connection gone, a commit that failed): `text` is
+  // the store's text; says on stderr how many writes were lost and how many
+  // had been committed before.
+  void Lost(const std::string& text);
   // Wakes the timer: a commit it could not do may be possible now.
   void Nudge() {
     retry_ = start_;
@@ -77,6 +93,9 @@ class WriteGroup {
   std::chrono::steady_clock::time_point retry_{};  // not before, after a commit put off
   std::uint64_t writes_ = 0;
   std::uint64_t committed_ = 0;
+  std::uint64_t number_ = 0;     // the open group, else the last one
+  std::uint64_t lastWrite_ = 0;  // 0: the last write committed alone
+  std::map<std::uint64_t, std::string> lost_;
   std::thread timer_;
   std::condition_variable_any wake_;
   bool stopping_ = false;

@@ -107,7 +107,17 @@ TEST_F(KorTest, FailedLoadKeepsTheButtonsAndShowsTheCriticalBox) {
   const auto& box = answerer_.Seen()[1];
   EXPECT_EQ(box.icon, 16);
   EXPECT_EQ(box.title, "Ketrova");
-  EXPECT_EQ(box.text.rfind("Das Dokument konnte nicht gelesen werden. \r\nFehlertext : ", 0), 0u)
+  // The look before the load gives the parser's reason and place, then the
+  // load's own text follows, as on the command line.
+  const std::string path = (Demo() + "/kaputt.CPF").toStdString();
+  EXPECT_EQ(box.text.rfind("Dies ist keine gültige Projektdatei: " + path +
+                               "\nGrund: schließendes Element passt nicht zum öffnenden (Zeile 1, "
+                               "Spalte ",
+                           0),
+            0u)
+      << box.text;
+  EXPECT_NE(box.text.find("\n\nDas Dokument konnte nicht gelesen werden. \r\nFehlertext : "),
+            std::string::npos)
       << box.text;
   // The bare file name: the folder is the one the user just chose.
   EXPECT_TRUE(box.text.ends_with("\r\nDateiname  : kaputt.CPF")) << box.text;
@@ -125,6 +135,39 @@ TEST_F(KorTest, FailedLoadKeepsTheButtonsAndShowsTheCriticalBox) {
   Press("ProjectOpen");
   EXPECT_TRUE(Enabled("ProjectRun"));
   EXPECT_EQ(answerer_.Pending(), 0);
+
+  // A binary file is not loaded at all: its bytes never reach the box.
+  QFile picture(Demo() + "/bild.CPF");
+  ASSERT_TRUE(picture.open(QIODevice::WriteOnly));
+  picture.write(QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR<Project>", 24));
+  picture.close();
+  const std::size_t seen = answerer_.Seen().size();
+  answerer_.ChooseFile((Demo() + "/bild.CPF").toStdString());
+  answerer_.PressButton("vbOK");
+  Press("ProjectOpen");
+  ASSERT_EQ(answerer_.Seen().size(), seen + 2) << MessageTexts();
+  EXPECT_EQ(answerer_.Seen().back().icon, 16);
+  EXPECT_EQ(answerer_.Seen().back().text,
+            "Dies ist keine gültige Projektdatei: " + (Demo() + "/bild.CPF").toStdString() +
+                "\nGrund: die Datei enthält Binärdaten");
+  EXPECT_TRUE(Enabled("ProjectRun"));
+
+  // Well-formed XML of another kind loads empty, with its note first.
+  QFile other(Demo() + "/andere.CPF");
+  ASSERT_TRUE(other.open(QIODevice::WriteOnly));
+  other.write("<?xml version=\"1.0\"?><ANDERES/>");
+  other.close();
+  answerer_.ChooseFile((Demo() + "/andere.CPF").toStdString());
+  answerer_.PressButton("vbOK");
+  answerer_.PressButton("vbOK");  // the event log's hints that follow the load
+  Press("ProjectOpen");
+  ASSERT_GE(answerer_.Seen().size(), seen + 4) << MessageTexts();
+  const auto& note = answerer_.Seen()[seen + 3];
+  EXPECT_EQ(note.icon, 48);
+  EXPECT_EQ(note.text,
+            "Dies ist keine gültige Projektdatei: " + (Demo() + "/andere.CPF").toStdString() +
+                "\nGrund: das Wurzelelement heißt <ANDERES>, nicht <Project>; sie wird "
+                "leer geladen");
 }
 
 TEST_F(KorTest, LoadWithLogEntriesShowsTheHintsAfterTheJobsDocument) {

@@ -9,9 +9,14 @@
 #include <string>
 #include <vector>
 
+#include "core/converter.h"
+#include "jobs/job.h"
+#include "jobs/jobs.h"
 #include "kor_fixture.h"
 #include "platform/ado/connection.h"
 #include "platform/ado/recordset.h"
+#include "support/files.h"
+#include "support/utf8.h"
 
 namespace kor::testing {
 namespace {
@@ -58,6 +63,41 @@ TEST_F(KorTest, DemoRunFromTheToolbarFillsTheSQLiteFile) {
   EXPECT_EQ(SqliteRows(database, "SELECT Artikel, Status FROM Auftraege WHERE AuftragNr = 1"),
             std::vector<std::string>{"Schraubenschlüssel|bezahlt"});
   EXPECT_TRUE(QFile::exists(Demo() + "/demo.LOG"));
+}
+
+TEST_F(KorTest, ARunThatStopsSaysWhereBelowItsLog) {
+  KorApplication& host = StartHost(Demo() + "/demo.cpf");
+  ketrova::CJob& job = host.Object("Converter")->Jobs().Item(1);
+  job.CancelOnError = true;
+  job.Script =
+      "Function txConvertMain()\r\n"
+      "\tDestination.Fields(\"KundenNr\") = Source.Fields(\"KundenNr\")\r\n"
+      "\tIf RecordCount = 3 Then Err.Raise 5\r\n"
+      "End Function\r\n";
+  std::string info;
+  answerer_.Act([&](QWidget& window) {
+    window.findChild<QPushButton*>("cmdStart")->click();
+    info = window.findChild<QPlainTextEdit*>("EditInfo")->toPlainText().toStdString();
+    window.findChild<QPushButton*>("cmdCancel")->click();
+  });
+  Press("ProjectRun");
+  // The log comes first, as the run writes it; the notes follow, as the
+  // command line prints them: the script error's place, then where the job
+  // stopped with the two records committed before it and how to go on.
+  const std::string log = ketrova::ReadTextFile((Demo() + "/demo.LOG").toStdString());
+  ASSERT_FALSE(log.empty());
+  EXPECT_EQ(info.rfind(ketrova::ReplaceAll(log, "\r\n", "\n"), 0), 0u) << info;
+  const std::string caption = "Kunden übernehmen";
+  const std::size_t script = info.find("\n\nScriptfehler in Zeile 3, Spalte ");
+  ASSERT_NE(script, std::string::npos) << info;
+  EXPECT_NE(info.find("(Aufgabe \"" + caption + "\", Datensatz 3): ", script), std::string::npos)
+      << info;
+  EXPECT_TRUE(info.ends_with("\n\nAufgabe \"" + caption +
+                             "\" ist bei Datensatz 3 gescheitert; davor wurden 2 Datensätze "
+                             "geschrieben (der letzte war Datensatz 2); weiter mit: ketrova run " +
+                             (Demo() + "/demo.cpf").toStdString() + " --job \"" + caption +
+                             "\" --from 3"))
+      << info;
 }
 
 }  // namespace

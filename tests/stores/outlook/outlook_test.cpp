@@ -332,6 +332,11 @@ TEST_F(OutlookTest, TheStoreRoutesToANewAdapterAtEachOpen) {
   std::shared_ptr<ado::Recordset> rs;
   EXPECT_EQ(store.RecordSetOpen(rs, "", "Kunden", 1, 1, 2), "");
   EXPECT_EQ(store.RecordsetRecordCount(), 2);
+  // The store's record set is the adapter's, and setting it keeps that one.
+  EXPECT_EQ(store.Recordset(), store.OutLook()->Recordset);
+  EXPECT_EQ(store.Recordset(), rs);
+  store.SetRecordset(std::make_shared<ado::Recordset>());
+  EXPECT_EQ(store.Recordset(), rs);
   EXPECT_EQ(rs->GetFields().Item("LastName").Value().ToText(), "Alt");
   // Reading a folder's columns in between leaves the reading cursor alone.
   store.Objects().Item(1).Fields().Clear();

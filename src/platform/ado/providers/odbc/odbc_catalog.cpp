@@ -1,6 +1,6 @@
 // The catalogue side of the ODBC provider: tables, columns with their key,
-// indexes, and the declared decimals that SQLite keeps only in the table's
-// definition.
+// indexes, and what only a table's definition tells: the declared decimals of
+// SQLite and MySQL's BOOLEAN, a TINYINT(1).
 #include <algorithm>
 #include <cstdio>
 
@@ -8,38 +8,19 @@
 #include "platform/ado/providers/odbc/odbc_columns.h"
 #include "platform/ado/providers/odbc/odbc_provider.h"
 #include "support/collection.h"
+#include "support/text.h"
+#include "support/utf8.h"
 
 namespace ketrova::ado {
 
 using namespace odbc;
 
-void OdbcProvider::DeclaredDecimals(std::vector<ColumnInfo>& columns) {
-  // SQLite keeps the declared "DECIMAL(p,s)" only in the table's definition.
-  for (auto& c : columns) {
-    if (c.type != adNumeric || c.baseTable.empty()) continue;
-    auto& declared = declaredTypes_[c.baseTable];
-    if (declared.empty()) {
-      SQLHSTMT stmt = NewCatalogStatement();
-      std::string table = c.baseTable;
-      if (SQL_SUCCEEDED(SQLColumns(stmt, nullptr, 0, nullptr, 0, N(table), SQL_NTS, nullptr, 0))) {
-        while (SQL_SUCCEEDED(SQLFetch(stmt))) {
-          std::string column = ColumnText(stmt, 4);
-          declared[column] = ColumnText(stmt, 6);
-        }
-      }
-      SQLFreeHandle(SQL_HANDLE_STMT, stmt);
-    }
-    auto it = declared.find(c.baseColumn.empty() ? c.name : c.baseColumn);
-    if (it == declared.end()) continue;
-    unsigned p = 0, sc = 0;
-    auto open = it->second.find('(');
-    if (open == std::string::npos) continue;
-    if (std::sscanf(it->second.c_str() + open, "(%u,%u)", &p, &sc) >= 1) {
-      c.precision = static_cast<std::uint8_t>(std::min(p, 255u));
-      c.numericScale = static_cast<std::uint8_t>(std::min(sc, 255u));
-    }
-  }
-}
+namespace {
+struct StmtGuard {
+  SQLHSTMT stmt;
+  ~StmtGuard() { SQLFreeHandle(SQL_HANDLE_STMT, stmt); }
+};
+}  // namespace
 
 SQLHSTMT OdbcProvider::NewCatalogStatement() {
   SQLHSTMT stmt = SQL_NULL_HSTMT;
@@ -48,12 +29,67 @@ SQLHSTMT OdbcProvider::NewCatalogStatement() {
   return stmt;
 }
 
-namespace {
-struct StmtGuard {
-  SQLHSTMT stmt;
-  ~StmtGuard() { SQLFreeHandle(SQL_HANDLE_STMT, stmt); }
-};
-}  // namespace
+const std::string* OdbcProvider::DeclaredType(const ColumnInfo& c) {
+  // Read once per table: SQLite's through the catalogue, MySQL's from
+  // information_schema (the catalogue there gives the type without its width),
+  // by lower-case column name, since MySQL's column names ignore case.
+  const bool mysql = dialect_ == "mysql";
+  auto& declared = declaredTypes_[c.baseTable];
+  if (declared.empty()) {
+    SQLHSTMT stmt = NewCatalogStatement();
+    StmtGuard guard{stmt};
+    std::string table = c.baseTable;
+    SQLRETURN rc = SQL_ERROR;
+    if (mysql) {
+      rc = ExecDirectText(stmt,
+                          "SELECT NULL, NULL, NULL, COLUMN_NAME, NULL, COLUMN_TYPE FROM "
+                          "information_schema.COLUMNS WHERE TABLE_SCHEMA = DATABASE() AND "
+                          "TABLE_NAME = '" +
+                              ReplaceAll(ReplaceAll(table, "\\", "\\\\"), "'", "''") + "'");
+    } else {
+      rc = SQLColumns(stmt, nullptr, 0, nullptr, 0, N(table), SQL_NTS, nullptr, 0);
+    }
+    if (SQL_SUCCEEDED(rc)) {
+      while (SQL_SUCCEEDED(SQLFetch(stmt))) {
+        const std::string column = ColumnText(stmt, 4);
+        declared[mysql ? AsciiLower(column) : column] = ColumnText(stmt, 6);
+      }
+    }
+  }
+  const std::string& column = c.baseColumn.empty() ? c.name : c.baseColumn;
+  auto it = declared.find(mysql ? AsciiLower(column) : column);
+  return it == declared.end() ? nullptr : &it->second;
+}
+
+void OdbcProvider::DeclaredDecimals(std::vector<ColumnInfo>& columns) {
+  // SQLite keeps the declared "DECIMAL(p,s)" only in the table's definition.
+  for (auto& c : columns) {
+    if (c.type != adNumeric || c.baseTable.empty()) continue;
+    const std::string* declared = DeclaredType(c);
+    if (!declared) continue;
+    unsigned p = 0, sc = 0;
+    auto open = declared->find('(');
+    if (open == std::string::npos) continue;
+    if (std::sscanf(declared->c_str() + open, "(%u,%u)", &p, &sc) >= 1) {
+      c.precision = static_cast<std::uint8_t>(std::min(p, 255u));
+      c.numericScale = static_cast<std::uint8_t>(std::min(sc, 255u));
+    }
+  }
+}
+
+void OdbcProvider::DeclaredBooleans(std::vector<ColumnInfo>& columns) {
+  // The driver describes a TINYINT(1) as any TINYINT. As a truth value, True
+  // is written as 1, which MySQL's TRUE is, rather than VB's -1.
+  for (auto& c : columns) {
+    if (c.type != adTinyInt || c.baseTable.empty()) continue;
+    const std::string* declared = DeclaredType(c);
+    if (!declared || AsciiLower(*declared) != "tinyint(1)") continue;
+    c.type = adBoolean;
+    c.definedSize = 2;
+    c.precision = 255;
+    c.numericScale = 255;
+  }
+}
 
 SQLRETURN OdbcProvider::CatalogCall(SQLHSTMT stmt, CatalogFunction function,
                                     const std::string& table, const std::string& extra) {
@@ -161,6 +197,7 @@ std::vector<ColumnInfo> OdbcProvider::TableColumns(const std::string& table) {
     }
   }
   if (dialect_ == "sqlite") DeclaredDecimals(columns);
+  if (dialect_ == "mysql") DeclaredBooleans(columns);
   for (const auto& [seq, col] : PrimaryKey(name, nullptr))
     for (auto& c : columns)
       if (c.name == col) c.keyColumn = true;

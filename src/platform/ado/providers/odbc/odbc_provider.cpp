@@ -397,7 +397,7 @@ void OdbcProvider::WriteFailed() {
   for (const auto& record : lastFailure_) {
     if (record.sqlState.starts_with("08") || record.sqlState.starts_with("40")) {
       EndGroup(SQL_ROLLBACK);
-      group_->Lost();
+      group_->Lost(OdbcErrorText(lastFailure_));
       return;
     }
   }
@@ -410,10 +410,10 @@ void OdbcProvider::WriteFailed() {
   try {
     for (const auto& write : writes) ExecuteNow(write.sql, write.params, 0);
     CommitGroupLocked();
-  } catch (const VbError&) {
+  } catch (const VbError& e) {
     if (group_->IsOpen()) {
       EndGroup(SQL_ROLLBACK);
-      group_->Lost();
+      group_->Lost(e.Description);
     }
   }
 }
@@ -430,7 +430,7 @@ void OdbcProvider::CommitGroupLocked() {
   if (!SQL_SUCCEEDED(rc)) {
     auto records = ReadDiagnostics(SQL_HANDLE_DBC, dbc_, narrow_);
     EndGroup(SQL_ROLLBACK);
-    group_->Lost();
+    group_->Lost(OdbcErrorText(records));
     throw VbError(OdbcErrorNumber(records, OdbcPhase::kOther), OdbcErrorText(records),
                   "Ketrova.ODBC");
   }
@@ -526,6 +526,7 @@ ExecuteResult OdbcProvider::ExecuteNow(const std::string& sql, std::span<const V
       for (SQLSMALLINT c = 1; c <= columns; ++c)
         s->columns.push_back(Describe(stmt, static_cast<SQLUSMALLINT>(c), narrow_));
       if (dialect_ == "sqlite") DeclaredDecimals(s->columns);
+      if (dialect_ == "mysql") DeclaredBooleans(s->columns);
       s->described = true;
     }
     ++queriesRun_;
@@ -545,6 +546,23 @@ Provider::RowIdentity OdbcProvider::RowIdentityOf() const {
   // PostgreSQL's ctid is the row's place, which the driver reads as text.
   if (dialect_ == "postgresql") return {"ctid", "ctid = CAST(? AS tid)"};
   return {};
+}
+
+bool OdbcProvider::ConnectionLost() const {
+  SQLUINTEGER dead = SQL_CD_FALSE;
+  if (!SQL_SUCCEEDED(SQLGetConnectAttr(dbc_, SQL_ATTR_CONNECTION_DEAD, &dead, 0, nullptr)))
+    return false;
+  return dead == SQL_CD_TRUE;
+}
+
+std::uint64_t OdbcProvider::LastWriteGroup() const {
+  std::lock_guard lock(mutex_);
+  return group_ ? group_->LastWrite() : 0;
+}
+
+Provider::GroupFate OdbcProvider::FateOfGroup(std::uint64_t group, std::string& text) const {
+  std::lock_guard lock(mutex_);
+  return group_ ? group_->Fate(group, text) : GroupFate::kCommitted;
 }
 
 void OdbcProvider::BeginTrans() {

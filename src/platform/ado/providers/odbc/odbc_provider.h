@@ -60,6 +60,9 @@ class OdbcProvider : public Provider {
   std::string IdentifierQuote() const override { return quote_; }
   ExecuteResult Execute(const std::string& sql, std::span<const Variant> params = {},
                         std::int64_t maxRows = 0) override;
+  bool ConnectionLost() const override;
+  std::uint64_t LastWriteGroup() const override;
+  GroupFate FateOfGroup(std::uint64_t group, std::string& text) const override;
   void BeginTrans() override;
   void CommitTrans() override;
   void RollbackTrans() override;
@@ -103,7 +106,11 @@ class OdbcProvider : public Provider {
   SQLRETURN CatalogCall(SQLHSTMT stmt, CatalogFunction function, const std::string& table,
                         const std::string& extra = {});
   std::vector<std::pair<int, std::string>> PrimaryKey(const std::string& table, std::string* name);
+  // The type a column's table declares for it (SQLite, MySQL); null when unknown.
+  const std::string* DeclaredType(const ColumnInfo& c);
   void DeclaredDecimals(std::vector<ColumnInfo>& columns);
+  // MySQL and MariaDB: a TINYINT(1) column (BOOLEAN) becomes adBoolean.
+  void DeclaredBooleans(std::vector<ColumnInfo>& columns);
   std::string ActualTableName(const std::string& table);
   std::string Rewrite(const std::string& sql) const;
   // Statement text and catalog names through the wide or narrow calls.
@@ -152,7 +159,8 @@ class OdbcProvider : public Provider {
   std::vector<OdbcDiagRecord> lastFailure_;
   // Idle prepared statements by SQL text, most recently used first.
   std::list<std::unique_ptr<OdbcStatement>> idle_;
-  // Declared column types of SQLite tables, by table and column.
+  // Declared column types of SQLite tables (by table and column) and of MySQL
+  // tables (by table and lower-case column).
   std::map<std::string, std::map<std::string, std::string>> declaredTypes_;
 };
 

@@ -329,11 +329,12 @@ ExecuteResult SqliteProvider::Execute(const std::string& sql, std::span<const Va
     std::string message = sqlite3_errmsg(db_);
     sqlite3_reset(stmt);
     Release(std::move(s));
-    if (writes) AfterWrite(false);
     int code = rc & 0xff;
     std::int32_t number = kErrStatementRefused;
     if (message.find("no such table") != std::string::npos) number = kErrUnknownTable;
-    throw VbError(number, "[SQLite]" + message + " (" + std::to_string(code) + ")", kSource);
+    const std::string text = "[SQLite]" + message + " (" + std::to_string(code) + ")";
+    if (writes) AfterWrite(false, text);
+    throw VbError(number, text, kSource);
   }
   result.rowsAffected = ddl ? -1 : sqlite3_changes(db_);
   Release(std::move(s));
@@ -396,14 +397,14 @@ void SqliteProvider::BeforeWrite() {
   group_->Opened();
 }
 
-void SqliteProvider::AfterWrite(bool succeeded) {
+void SqliteProvider::AfterWrite(bool succeeded, const std::string& failure) {
   if (!group_->IsOpen()) {
     if (succeeded && sqlite3_get_autocommit(db_)) group_->WroteAlone();
     return;
   }
   if (sqlite3_get_autocommit(db_)) {
     // The failure took the whole group with it (a full disk, an I/O error).
-    group_->Lost();
+    group_->Lost(failure);
     return;
   }
   if (succeeded) group_->Wrote();
@@ -414,11 +415,25 @@ void SqliteProvider::CommitGroupLocked() {
   if (!group_->IsOpen()) return;
   int rc = sqlite3_exec(db_, "COMMIT", nullptr, nullptr, nullptr);
   if (rc != SQLITE_OK) {
-    // Rolled back: nothing of the group is in the file.
-    if (sqlite3_get_autocommit(db_)) group_->Lost();
-    Fail(rc, false);
+    const std::string text =
+        "[SQLite]" + std::string(sqlite3_errmsg(db_)) + " (" + std::to_string(rc & 0xff) + ")";
+    // A commit that could not be made is not tried again later: the group is
+    // rolled back, so that what became of its writes is known now.
+    if (!sqlite3_get_autocommit(db_)) sqlite3_exec(db_, "ROLLBACK", nullptr, nullptr, nullptr);
+    group_->Lost(text);
+    throw VbError(kErrGeneral, text, kSource);
   }
   group_->Committed();
+}
+
+std::uint64_t SqliteProvider::LastWriteGroup() const {
+  std::lock_guard lock(mutex_);
+  return group_->LastWrite();
+}
+
+Provider::GroupFate SqliteProvider::FateOfGroup(std::uint64_t group, std::string& text) const {
+  std::lock_guard lock(mutex_);
+  return group_->Fate(group, text);
 }
 
 void SqliteProvider::CommitGroupFor(const SqliteProvider*) {

@@ -10,8 +10,10 @@
 // it while the caller waits elsewhere), after 10,000 writes, on Flush, on
 // close, before a user's BeginTrans, and before another connection of this
 // process writes the same file. A refused statement rolls back alone (SQLite's
-// statement journal); should a failure take the whole group with it, stderr
-// says how many writes had been committed before it.
+// statement journal); a failure that takes the whole group with it, and a
+// commit that fails (the group is then rolled back), lose the group:
+// FateOfGroup answers it with the store's text, and stderr says how many
+// writes had been committed before it.
 //
 // Every call takes the provider's mutex, so that the timer thread never
 // commits in the middle of a write. Values are read by their storage class
@@ -54,6 +56,8 @@ class SqliteProvider : public Provider {
                         std::int64_t maxRows = 0) override;
   std::optional<std::vector<ColumnInfo>> Prepare(const std::string& sql) override;
   void Flush() override;
+  std::uint64_t LastWriteGroup() const override;
+  GroupFate FateOfGroup(std::uint64_t group, std::string& text) const override;
   std::uint64_t QueriesRun() const override { return queriesRun_; }
   void BeginTrans() override;
   void CommitTrans() override;
@@ -81,7 +85,8 @@ class SqliteProvider : public Provider {
   // Commits the groups of the other connections of this process on the file.
   void CommitOthers();
   void BeforeWrite();
-  void AfterWrite(bool succeeded);
+  // `failure` is the store's text of a write that did not go through.
+  void AfterWrite(bool succeeded, const std::string& failure = {});
   void CommitGroupLocked();
   std::string DeclaredType(const std::string& table, const std::string& column);
 
