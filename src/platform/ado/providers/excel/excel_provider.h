@@ -14,9 +14,11 @@
 //
 // A workbook that does not exist opens, so that a target can be made by its
 // first CREATE TABLE; reading a table of it raises an error naming the file.
-// Changes are written when the connection closes, through a temporary file
-// renamed over the original; a connection that changed nothing never writes.
-// A file that cannot be written is refused at the first change.
+// Changes are written at the end of each job (Flush) and when the connection
+// closes, through a temporary file renamed over the original; a connection
+// that changed nothing never writes. A file that cannot be written is
+// refused at the first change already, since a failure at close cannot be
+// reported.
 //
 // RegisterExcelProvider() must be called once at program start.
 #pragma once
@@ -37,8 +39,8 @@ class ExcelProvider : public ado::Provider {
  public:
   // Raises VbError kErrGeneral naming the file when it is no readable workbook.
   explicit ExcelProvider(const ado::ConnectionSpec& spec);
-  // Writes the workbook's changes; a failure then cannot be reported, which
-  // is why a file that cannot be written is refused at the first change.
+  // Writes the workbook's changes; a failure then cannot be reported but on
+  // the terminal.
   ~ExcelProvider() override;
 
   std::string Dialect() const override { return "excel"; }
@@ -56,7 +58,7 @@ class ExcelProvider : public ado::Provider {
   std::string ColumnTypeSql(const ado::ColumnInfo& column) const override;
 
   // Writes the changes now. Raises VbError naming the file.
-  void Save();
+  void Flush() override;
 
  private:
   void CreateTable(const std::string& sql);

@@ -2,10 +2,12 @@
 // workbook, and a sheet's rows one after the other.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/ado/providers/excel/cell_value.h"
@@ -37,6 +39,22 @@ class RowReader {
   virtual ~RowReader() = default;
   // False at the end of the sheet.
   virtual bool Next(RawRow& row) = 0;
+  // The first and last column holding a value in the rows not read yet,
+  // nullopt when none does. Reads the sheet to its end: Next then answers
+  // false. The recorded used range below cannot stand in for it, since
+  // writers do not always keep it true.
+  virtual std::optional<std::pair<int, int>> RemainingColumns() {
+    std::optional<std::pair<int, int>> extent;
+    RawRow row;
+    while (Next(row)) {
+      for (const auto& c : row.cells) {
+        if (!extent) extent.emplace(c.column, c.column);
+        extent->first = std::min(extent->first, c.column);
+        extent->second = std::max(extent->second, c.column);
+      }
+    }
+    return extent;
+  }
   // The used range the sheet records, known once Next was called.
   std::optional<CellRange> used;
 };

@@ -1,5 +1,6 @@
 #include "platform/ado/providers/excel/xlsx_sheet_reader.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
@@ -62,6 +63,24 @@ bool XlsxRowReader::Next(RawRow& row) {
   return true;
 }
 
+std::optional<std::pair<int, int>> XlsxRowReader::RemainingColumns() {
+  // The rows parsed but not handed out yet count too, and the row being parsed.
+  ready_.push_back(std::move(row_));
+  row_ = RawRow{};
+  for (const auto& r : ready_) {
+    for (const auto& c : r.cells) {
+      if (!extent_) extent_.emplace(c.column, c.column);
+      extent_->first = std::min(extent_->first, c.column);
+      extent_->second = std::max(extent_->second, c.column);
+    }
+  }
+  ready_.clear();
+  columns_only_ = true;
+  RawRow none;
+  Next(none);
+  return extent_;
+}
+
 void XMLCALL XlsxRowReader::OnStart(void* self, const XML_Char* name, const XML_Char** attrs) {
   static_cast<XlsxRowReader*>(self)->Start(Local(name), attrs);
 }
@@ -70,6 +89,7 @@ void XMLCALL XlsxRowReader::OnEnd(void* self, const XML_Char* name) {
 }
 void XMLCALL XlsxRowReader::OnText(void* self, const XML_Char* text, int length) {
   auto* r = static_cast<XlsxRowReader*>(self);
+  if (r->columns_only_) return;
   if (r->in_value_ || (r->in_inline_text_ && !r->in_phonetic_))
     r->text_.append(text, static_cast<std::size_t>(length));
 }
@@ -132,13 +152,19 @@ void XlsxRowReader::End(std::string_view name) {
   } else if (name == "c") {
     FinishCell();
   } else if (name == "row") {
-    if (!row_.cells.empty()) ready_.push_back(std::move(row_));
+    if (!row_.cells.empty() && !columns_only_) ready_.push_back(std::move(row_));
     row_ = RawRow{};
   }
 }
 
 void XlsxRowReader::FinishCell() {
   if (!has_value_) return;
+  if (columns_only_) {
+    if (!extent_) extent_.emplace(cell_.column, cell_.column);
+    extent_->first = std::min(extent_->first, cell_.column);
+    extent_->second = std::max(extent_->second, cell_.column);
+    return;
+  }
   CellValue& v = cell_.value;
   if (type_ == "s") {
     char* end = nullptr;
