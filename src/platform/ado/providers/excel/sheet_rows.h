@@ -4,13 +4,16 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "platform/ado/enums.h"
 #include "platform/ado/providers/excel/cell_value.h"
+#include "support/vb_error.h"
 
 namespace ketrova::excel {
 
@@ -58,6 +61,16 @@ class RowReader {
   // The used range the sheet records, known once Next was called.
   std::optional<CellRange> used;
 };
+
+// The error of a workbook whose structure cannot be read; `what` names the
+// part that could not.
+[[noreturn]] inline void ThrowUnreadableWorkbook(const std::filesystem::path& file,
+                                                 const std::string& what) {
+  throw VbError(
+      ado::kErrGeneral,
+      "Die Datei '" + file.string() + "' ist keine lesbare Excel-Arbeitsmappe (" + what + ")",
+      "Ketrova.Excel");
+}
 
 struct SheetInfo {
   std::string name;

@@ -34,6 +34,7 @@ enum : std::uint16_t {
   kXf = 0x00E0,
   kSst = 0x00FC,
   kLabelSst = 0x00FD,
+  kDimension = 0x0200,
   kNumber = 0x0203,
   kLabel = 0x0204,
   kBoolErr = 0x0205,
@@ -271,10 +272,7 @@ XlsFile::XlsFile(const std::filesystem::path& file) : file_(file) {
 XlsFile::~XlsFile() = default;
 
 void XlsFile::Damaged(const std::string& what) const {
-  throw VbError(
-      ado::kErrGeneral,
-      "Die Datei '" + file_.string() + "' ist keine lesbare Excel-Arbeitsmappe (" + what + ")",
-      kSource);
+  ThrowUnreadableWorkbook(file_, what);
 }
 
 NumberKind XlsFile::StyleKind(std::uint32_t style) const {
@@ -432,6 +430,7 @@ std::unique_ptr<RowReader> XlsFile::OpenSheet(std::size_t sheet) const {
     v.style = xf;
     return v;
   };
+  std::optional<CellRange> used;
   std::optional<std::pair<std::uint16_t, std::uint16_t>> formula_string;  // awaiting STRING
   std::uint16_t formula_xf = 0;
   int depth = 1;  // charts embedded in the sheet bring their own BOF and EOF
@@ -450,6 +449,11 @@ std::unique_ptr<RowReader> XlsFile::OpenSheet(std::size_t sheet) const {
     const std::uint16_t column = U16(d, 2);
     const std::uint16_t xf = U16(d, 4);
     switch (r.type) {
+      case kDimension:
+        // Rows and columns from the first to one past the last.
+        if (U32(d, 4) > U32(d, 0) && U16(d, 10) > U16(d, 8))
+          used = CellRange{U16(d, 8) + 1, U16(d, 10), std::int64_t{U32(d, 0)} + 1, U32(d, 4)};
+        break;
       case kNumber:
         put(row, column, number(F64(d, 6), xf));
         break;
@@ -537,7 +541,9 @@ std::unique_ptr<RowReader> XlsFile::OpenSheet(std::size_t sheet) const {
     }
     if (!raw.cells.empty()) rows.push_back(std::move(raw));
   }
-  return std::make_unique<XlsRowReader>(std::move(rows));
+  auto reader = std::make_unique<XlsRowReader>(std::move(rows));
+  reader->used = used;
+  return reader;
 }
 
 }  // namespace ketrova::excel
