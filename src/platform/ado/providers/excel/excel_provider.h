@@ -2,9 +2,8 @@
 // "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=<file>;Extended Properties="Excel 8.0;";".
 //
 // The workbook's format is taken from its content, not its name: a zip
-// container is .xlsx (read and written), a compound document Excel 97-2003
-// (read; a new workbook named .xls is written so, an existing one is not
-// changed yet). Its sheets ("Kunden$") and defined names are the tables
+// container is .xlsx, a compound document Excel 97-2003 (.xls); both are
+// read and written, and a new workbook named .xls is written so. Its sheets ("Kunden$") and defined names are the tables
 // (workbook.h); statements run on the file SQL engine (file_engine.h).
 // CREATE TABLE [X] makes a sheet X whose header row holds the column names;
 // INSERT appends rows below the last row, UPDATE changes cells in place and
