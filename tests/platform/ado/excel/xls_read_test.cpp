@@ -28,6 +28,7 @@ ws2 = wb.add_sheet("Meine Kunden Ä")
 ws2.write(0, 0, "Ort")
 ws2.write(1, 0, "Köln")
 ws2.write(2, 0, "ü" * 20000)
+ws2.write_merge(3, 4, 0, 0, "zusammen")
 ws2.col(0).width = 9000
 wb.save("alt.xls")
 )PY";
@@ -58,18 +59,22 @@ TEST_F(ExcelTest, ReadsXlsWorkbooksByTheirContent) {
                                  std::string(300, 'y'),
                              "Double:3|NULL|NULL|NULL|NULL|NULL"}));
     // A text far longer than one record, in UTF-16 since "ü" is no ASCII.
-    EXPECT_EQ(Select(*db, "Meine Kunden Ä$"),
-              (std::vector<std::string>{"String:Köln", "String:" + [] {
-                                          std::string t;
-                                          for (int i = 0; i < 20000; ++i) t += "ü";
-                                          return t;
-                                        }()}));
+    EXPECT_EQ(Select(*db, "Meine Kunden Ä$"), (std::vector<std::string>{"String:Köln",
+                                                                        "String:" +
+                                                                            [] {
+                                                                              std::string t;
+                                                                              for (int i = 0;
+                                                                                   i < 20000; ++i)
+                                                                                t += "ü";
+                                                                              return t;
+                                                                            }(),
+                                                                        "String:zusammen"}));
   }
 }
 
 // Changing a workbook xlwt wrote: the whole workbook is written anew, its
-// other sheet's values, the number formats and the names made by CREATE
-// TABLE kept; a second run into it appends to what the first wrote.
+// other sheet's values, column widths and merged areas, the number formats
+// and the names made by CREATE TABLE kept; a second run into it appends to what the first wrote.
 TEST_F(ExcelTest, ChangesExistingXlsWorkbooks) {
   Python(kXlsScript);
   for (int run = 1; run <= 2; ++run) {
@@ -91,7 +96,8 @@ for r in range(ws.nrows):
 fmt = lambda c: wb.format_map[wb.xf_list[c.xf_index].format_key].format_str
 print(fmt(ws.cell(1, 2)), fmt(ws.cell(5, 2)), fmt(ws.cell(5, 3)))
 other = wb.sheet_by_name("Meine Kunden Ä")
-print(other.nrows, other.cell_value(1, 0), len(other.cell_value(2, 0)))
+print(other.nrows, other.cell_value(1, 0), len(other.cell_value(2, 0)), other.merged_cells,
+      other.colinfo_map[0].width)
 print([wb.sheet_by_name("Neu").row_values(r) for r in range(3)])
 )PY");
   EXPECT_EQ(out,
@@ -104,7 +110,7 @@ print([wb.sheet_by_name("Neu").row_values(r) for r in range(3)])
             "[4.0, 'neu', 3.5, 43831.0] [2, 1, 2, 3]\n"
             "[5.0, 'neu', 3.5, 43832.0] [2, 1, 2, 3]\n"
             "#,##0.00 \"€\" #,##0.00 \"€\" DD.MM.YYYY\n"
-            "3 Köln 20000\n"
+            "5 Köln 20000 [(3, 5, 0, 1)] 9000\n"
             "[['A', 'B'], ['1', 'ä'], ['2', 'ä']]\n");
   auto db = Open("alt.xls");
   EXPECT_EQ(Select(*db, "Neu"), Select(*db, "Neu$"));

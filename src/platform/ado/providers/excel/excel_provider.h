@@ -3,12 +3,11 @@
 //
 // The workbook's format is taken from its content, not its name: a zip
 // container is .xlsx, a compound document Excel 97-2003 (.xls); both are
-// read and written, and a new workbook named .xls is written so. Its sheets ("Kunden$") and defined names are the tables
-// (workbook.h); statements run on the file SQL engine (file_engine.h).
-// CREATE TABLE [X] makes a sheet X whose header row holds the column names;
-// INSERT appends rows below the last row, UPDATE changes cells in place and
-// DELETE removes rows, the rows below moving up (the old Jet driver refused
-// DELETE on workbooks; here a "delete before insert" empties the sheet below
+// read and written, and a new workbook named .xls is written so. Its sheets ("Kunden$") and defined
+// names are the tables (workbook.h); statements run on the file SQL engine (file_engine.h). CREATE
+// TABLE [X] makes a sheet X whose header row holds the column names; INSERT appends rows below the
+// last row, UPDATE changes cells in place and DELETE removes rows, the rows below moving up (the
+// old Jet driver refused DELETE on workbooks; here a "delete before insert" empties the sheet below
 // its header).
 //
 // A workbook that does not exist opens, so that a target can be made by its

@@ -603,7 +603,9 @@ void Workbook::SaveXls() {
     std::optional<std::size_t> table;
     for (std::size_t t = 0; t < tables_.size(); ++t)
       if (tables_[t].sheet == s && !tables_[t].range && !tables_[t].alias) table = t;
-    if (auto reader = OpenSheet(s)) {
+    std::unique_ptr<RowReader> reader;
+    if (xls_ && sheet.source != SIZE_MAX) reader = xls_->OpenSheet(sheet.source, &out.formatting);
+    if (reader) {
       RawRow row;
       while (reader->Next(row)) out.rows.push_back(std::move(row));
     } else if (table) {

@@ -7,6 +7,7 @@
 #include <gsf/gsf-utils.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <optional>
 
@@ -26,6 +27,9 @@ enum : std::uint16_t {
   kExternSheet = 0x0017,
   kName = 0x0018,
   kDateMode = 0x0022,
+  kDefColWidth = 0x0055,
+  kColInfo = 0x007D,
+  kMergedCells = 0x00E5,
   kFilePass = 0x002F,
   kContinue = 0x003C,
   kBoundSheet = 0x0085,
@@ -250,9 +254,22 @@ XlsFile::XlsFile(const std::filesystem::path& file) : file_(file) {
   GsfPtr<GsfInfile> document(gsf_infile_msole_new(input.get(), &error));
   if (error) g_clear_error(&error);
   if (!document) Damaged("Verbunddokument");
-  GsfPtr<GsfInput> stream(gsf_infile_child_by_name(document.get(), "Workbook"));
+  // The stream by its name, whatever case a writer gave it.
+  auto child = [&](std::string_view wanted) -> GsfPtr<GsfInput> {
+    for (int i = 0; i < gsf_infile_num_children(document.get()); ++i) {
+      const char* name = gsf_infile_name_by_index(document.get(), i);
+      if (name && std::string_view(name).size() == wanted.size() &&
+          std::equal(wanted.begin(), wanted.end(), name, [](char a, char b) {
+            return std::tolower(static_cast<unsigned char>(a)) ==
+                   std::tolower(static_cast<unsigned char>(b));
+          }))
+        return GsfPtr<GsfInput>(gsf_infile_child_by_index(document.get(), i));
+    }
+    return nullptr;
+  };
+  GsfPtr<GsfInput> stream = child("Workbook");
   if (!stream) {
-    if (GsfPtr<GsfInput> old{gsf_infile_child_by_name(document.get(), "Book")}) {
+    if (child("Book")) {
       throw VbError(ado::kErrGeneral,
                     "Die Excel-Arbeitsmappe '" + file.string() +
                         "' hat ein Format vor Excel 97 und wird nicht gelesen",
@@ -406,7 +423,8 @@ void XlsFile::ReadGlobals() {
   }
 }
 
-std::unique_ptr<RowReader> XlsFile::OpenSheet(std::size_t sheet) const {
+std::unique_ptr<RowReader> XlsFile::OpenSheet(std::size_t sheet,
+                                              std::vector<XlsRecord>* formatting) const {
   const std::size_t start = sheet_offsets_.at(sheet);
   if (start >= stream_.size()) Damaged(sheets_[sheet]);
   Records records(stream_, start);
@@ -445,6 +463,11 @@ std::unique_ptr<RowReader> XlsFile::OpenSheet(std::size_t sheet) const {
       continue;
     }
     if (depth > 1) continue;
+    if (formatting && (r.type == kDefColWidth || r.type == kColInfo || r.type == kMergedCells)) {
+      XlsRecord kept{r.type, {}};
+      for (auto part : r.parts) kept.data += part;
+      formatting->push_back(std::move(kept));
+    }
     const std::uint16_t row = U16(d, 0);
     const std::uint16_t column = U16(d, 2);
     const std::uint16_t xf = U16(d, 4);

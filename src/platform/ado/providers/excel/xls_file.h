@@ -29,6 +29,12 @@ struct XlsFormats {
   std::map<std::uint16_t, std::string> codes;
 };
 
+// A record as stored, type and data.
+struct XlsRecord {
+  std::uint16_t type = 0;
+  std::string data;
+};
+
 class XlsFile {
  public:
   // Raises VbError naming the file when it is no readable BIFF8 workbook or
@@ -45,7 +51,10 @@ class XlsFile {
   NumberKind StyleKind(std::uint32_t style) const;
 
   // Raises VbError naming the file when the sheet's records are damaged.
-  std::unique_ptr<RowReader> OpenSheet(std::size_t sheet) const;
+  // `formatting`, when given, receives the sheet's column widths and merged
+  // areas as records (DEFCOLWIDTH, COLINFO, MERGEDCELLS), for the writer.
+  std::unique_ptr<RowReader> OpenSheet(std::size_t sheet,
+                                       std::vector<XlsRecord>* formatting = nullptr) const;
 
  private:
   void ReadGlobals();

@@ -257,6 +257,18 @@ std::string Sheet(const XlsSheet& sheet, CellFormats& xfs,
                   std::map<std::string, std::uint32_t>& index, std::vector<std::string>& strings,
                   std::uint32_t& total) {
   std::string out = Bof(0x0010);
+  // Column widths come before the cells; a column's format is the default,
+  // since the cell formats are numbered anew.
+  for (const auto& r : sheet.formatting) {
+    if (r.type == 0x0055) Record(out, r.type, r.data);
+  }
+  for (const auto& r : sheet.formatting) {
+    if (r.type != 0x007D || r.data.size() < 12) continue;
+    std::string data = r.data;
+    data[6] = static_cast<char>(kCellXf);
+    data[7] = '\0';
+    Record(out, r.type, data);
+  }
   int first_column = 256, last_column = -1;
   std::int64_t first_row = 0, last_row = 0;
   for (const auto& row : sheet.rows) {
@@ -312,6 +324,9 @@ std::string Sheet(const XlsSheet& sheet, CellFormats& xfs,
         }
       }
     }
+  }
+  for (const auto& r : sheet.formatting) {
+    if (r.type == 0x00E5) Record(out, r.type, r.data);
   }
   Record(out, 0x000A, "");
   return out;

@@ -3,6 +3,11 @@
 // document (libgsf). It writes a whole workbook: a new one, or one read
 // before whose cells come back with their cell formats, the number formats
 // those use, the date system and the defined names that cover a rectangle.
+// The sheets' column widths and merged areas are kept as they were. Not kept
+// from a workbook read before: fonts, colours, borders, alignment, the
+// formats of whole columns, row heights, formulas (their last values are written),
+// merged areas, comments, print settings, chart and macro sheets, built-in
+// and sheet-local names.
 // The file is written to a temporary file in the same folder and renamed
 // over the target.
 //
@@ -22,6 +27,8 @@ namespace ketrova::excel {
 struct XlsSheet {
   std::string name;
   std::vector<RawRow> rows;  // in row order; a cell's style is its format in `formats`
+  // Column widths and merged areas read with the sheet (XlsFile::OpenSheet).
+  std::vector<XlsRecord> formatting;
 };
 
 struct XlsWorkbook {
