@@ -17,6 +17,13 @@
 
 namespace ketrova::excel {
 
+// Widens a first and last column to take in one more.
+inline void WidenExtent(std::optional<std::pair<int, int>>& extent, int column) {
+  if (!extent) extent.emplace(column, column);
+  extent->first = std::min(extent->first, column);
+  extent->second = std::max(extent->second, column);
+}
+
 // One row as stored: only the cells that hold something, in column order.
 struct RawCell {
   int column = 0;  // 1-based
@@ -50,11 +57,7 @@ class RowReader {
     std::optional<std::pair<int, int>> extent;
     RawRow row;
     while (Next(row)) {
-      for (const auto& c : row.cells) {
-        if (!extent) extent.emplace(c.column, c.column);
-        extent->first = std::min(extent->first, c.column);
-        extent->second = std::max(extent->second, c.column);
-      }
+      for (const auto& c : row.cells) WidenExtent(extent, c.column);
     }
     return extent;
   }

@@ -1,6 +1,5 @@
 #include "platform/ado/providers/excel/xlsx_sheet_reader.h"
 
-#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
@@ -67,15 +66,11 @@ std::optional<std::pair<int, int>> XlsxRowReader::RemainingColumns() {
   // The rows parsed but not handed out yet count too, and the row being parsed.
   ready_.push_back(std::move(row_));
   row_ = RawRow{};
-  for (const auto& r : ready_) {
-    for (const auto& c : r.cells) {
-      if (!extent_) extent_.emplace(c.column, c.column);
-      extent_->first = std::min(extent_->first, c.column);
-      extent_->second = std::max(extent_->second, c.column);
-    }
-  }
+  for (const auto& r : ready_)
+    for (const auto& c : r.cells) WidenExtent(extent_, c.column);
   ready_.clear();
   columns_only_ = true;
+  XML_SetCharacterDataHandler(parser_, nullptr);
   RawRow none;
   Next(none);
   return extent_;
@@ -89,7 +84,6 @@ void XMLCALL XlsxRowReader::OnEnd(void* self, const XML_Char* name) {
 }
 void XMLCALL XlsxRowReader::OnText(void* self, const XML_Char* text, int length) {
   auto* r = static_cast<XlsxRowReader*>(self);
-  if (r->columns_only_) return;
   if (r->in_value_ || (r->in_inline_text_ && !r->in_phonetic_))
     r->text_.append(text, static_cast<std::size_t>(length));
 }
@@ -160,9 +154,7 @@ void XlsxRowReader::End(std::string_view name) {
 void XlsxRowReader::FinishCell() {
   if (!has_value_) return;
   if (columns_only_) {
-    if (!extent_) extent_.emplace(cell_.column, cell_.column);
-    extent_->first = std::min(extent_->first, cell_.column);
-    extent_->second = std::max(extent_->second, cell_.column);
+    WidenExtent(extent_, cell_.column);
     return;
   }
   CellValue& v = cell_.value;
