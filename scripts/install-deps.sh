@@ -10,9 +10,9 @@ packages=(
   libgtest-dev libgmock-dev
   libpugixml-dev uuid-dev duktape-dev
   libsqlite3-dev sqlite3
-  # workbooks: the zip container and sheets of .xlsx, .xls through FreeXL; the
+  # workbooks: the zip container and sheets of .xlsx, the compound document of .xls; the
   # tests write and read workbooks with independent Python libraries
-  libzip-dev libexpat1-dev libfreexl-dev python3-openpyxl python3-xlwt python3-xlrd
+  libzip-dev libexpat1-dev libgsf-1-dev python3-openpyxl python3-xlwt python3-xlrd
   # record access: the driver manager and the drivers
   unixodbc unixodbc-dev libsqliteodbc odbc-postgresql odbc-mariadb tdsodbc
   # Access files (libmdb; mdb-export is the tests' independent reader), dBase

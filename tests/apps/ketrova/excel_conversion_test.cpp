@@ -126,5 +126,46 @@ TEST_F(ExcelConversionTest, SqliteIntoANewXlsWorkbook) {
             "Kunden\n['Nr', 'Name']\n['1', 'Müller']\n['2', 'Åsa Ümit']\n");
 }
 
+// A project of two jobs into one workbook: each job's end writes the
+// workbook, the next job writes into what the first wrote, and a second run
+// appends to both sheets. Both formats: the workbook as .xlsx and as .XLS.
+TEST_F(ExcelConversionTest, TwoJobsIntoOneWorkbookAndASecondRun) {
+  Write("daten/leute.csv", "Name\r\nAnna\r\n");
+  for (const std::string workbook : {"zwei.xlsx", "ZWEI.XLS"}) {
+    SCOPED_TRACE(workbook);
+    const std::string project = workbook + ".cpf";
+    Outcome o = Ketrova("new " + project + " --name P --source text --source-file daten " +
+                        "--dest excel --dest-file " + workbook);
+    ASSERT_EQ(o.status, 0) << o.err;
+    EXPECT_EQ(o.out, Path(project).string() + ": 2 Aufgabe(n)\n");
+    for (int run = 0; run < 2; ++run) {
+      o = Ketrova("run " + project + " --yes");
+      EXPECT_EQ(o.status, 0) << o.out << o.err;
+      EXPECT_EQ(o.err.find("Excel-Arbeitsmappe"), std::string::npos) << o.err;
+    }
+    EXPECT_EQ(
+        Python("import xlrd, openpyxl\nf = '" + workbook +
+               "'\n"
+               "if f.endswith('xlsx'):\n"
+               "    wb = openpyxl.load_workbook(f)\n"
+               "    sheets = [(ws.title, [[str(c.value) for c in r] for r in ws.iter_rows()]) "
+               "for ws in wb.worksheets]\n"
+               "else:\n"
+               "    wb = xlrd.open_workbook(f)\n"
+               "    sheets = [(ws.name, [[str(v) for v in ws.row_values(r)] for r in "
+               "range(ws.nrows)]) for ws in wb.sheets()]\n"
+               "for name, rows in sheets:\n"
+               "    for r in rows: print(name + '|' + '|'.join(r))\n"),
+        "leute.csv|Name\n"
+        "leute.csv|Anna\n"
+        "leute.csv|Anna\n"
+        "orte.csv|Nr|Ort|Seit\n"
+        "orte.csv|1|München|12.03.1961\n"
+        "orte.csv|2|Köln|01.07.1975\n"
+        "orte.csv|1|München|12.03.1961\n"
+        "orte.csv|2|Köln|01.07.1975\n");
+  }
+}
+
 }  // namespace
 }  // namespace ketrova

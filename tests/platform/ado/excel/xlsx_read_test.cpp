@@ -187,6 +187,39 @@ with zipfile.ZipFile("roh.xlsx", "w", zipfile.ZIP_DEFLATED) as z:
                                                  "String:ab|Double:0,0025"}));
 }
 
+// Writers do not always keep the recorded used range true: cells outside it,
+// in rows below those the types are taken from, are read all the same.
+TEST_F(ExcelTest, ReadsCellsOutsideTheRecordedUsedRange) {
+  Python(R"PY(
+import openpyxl, re, zipfile
+wb = openpyxl.Workbook()
+ws = wb.active
+ws.title = "Kurz"
+ws.append(["Nr", "Name"])
+for i in range(1, 41):
+    ws.append([i, "n%d" % i])
+ws["D41"] = "weit draußen"
+ws["B60"] = "tief unten"
+wb.save("lang.xlsx")
+with zipfile.ZipFile("lang.xlsx") as z:
+    parts = {n: z.read(n) for n in z.namelist()}
+sheet = "xl/worksheets/sheet1.xml"
+parts[sheet] = re.sub(rb'<dimension ref="[^"]*"/>', b'<dimension ref="A1:B3"/>', parts[sheet])
+assert b'ref="A1:B3"' in parts[sheet]
+with zipfile.ZipFile("lang.xlsx", "w", zipfile.ZIP_DEFLATED) as z:
+    for n, data in parts.items():
+        z.writestr(n, data)
+)PY");
+  auto db = Open("lang.xlsx");
+  auto rs = db->Execute(" SELECT *  FROM [Kurz$]");
+  ASSERT_EQ(rs->GetFields().Count(), 4);
+  EXPECT_EQ(rs->GetFields().Item(3).Name(), "F4");
+  auto rows = Rows(*rs);
+  ASSERT_EQ(rows.size(), 41u);
+  EXPECT_EQ(rows[39], "Double:40|String:n40|NULL|String:weit draußen");
+  EXPECT_EQ(rows[40], "NULL|String:tief unten|NULL|NULL");
+}
+
 TEST_F(ExcelTest, BadFilesGiveGermanErrorsNamingThem) {
   auto message = [&](const std::string& name) {
     try {

@@ -245,5 +245,99 @@ TEST_F(XlsxWriteTest, RefusedWritesLeaveTheFileAsItWas) {
   EXPECT_EQ(Read("ziel.xlsx"), original);
 }
 
+// At a job's end the workbook is written; a later save writes only what was
+// changed since, and a failure then reaches the caller.
+TEST_F(XlsxWriteTest, FlushWritesTheChangesOnceAndReportsAFailure) {
+  auto db = Open("neu.xlsx");
+  db->Execute("CREATE TABLE [A] ([Nr] TEXT, [Name] TEXT)");
+  db->Execute("INSERT INTO [A$] VALUES ('1', 'eins')");
+  db->Execute("INSERT INTO [A$] VALUES ('2', 'zwei')");
+  db->Flush();
+  EXPECT_EQ(Dump("neu.xlsx"), (std::vector<std::string>{"A|Nr:str|Name:str", "A|1:str|eins:str",
+                                                        "A|2:str|zwei:str"}));
+  struct stat first {};
+  ASSERT_EQ(::stat(Path("neu.xlsx").c_str(), &first), 0);
+  db->Flush();
+  struct stat again {};
+  ASSERT_EQ(::stat(Path("neu.xlsx").c_str(), &again), 0);
+  EXPECT_EQ(first.st_ino, again.st_ino) << "written without a change";
+
+  db->Execute("INSERT INTO [A] VALUES ('3', 'drei')");
+  db->Execute("UPDATE [A$] SET [Name] = 'ZWEI' WHERE [A$].[Nr] = '2'");
+  db->Execute("CREATE TABLE [B] ([X] TEXT)");
+  db->Execute("INSERT INTO [B$] VALUES ('b')");
+  db->Flush();
+  EXPECT_EQ(Dump("neu.xlsx"),
+            (std::vector<std::string>{"A|Nr:str|Name:str", "A|1:str|eins:str", "A|2:str|ZWEI:str",
+                                      "A|3:str|drei:str", "B|X:str", "B|b:str"}));
+  EXPECT_EQ(Python("import openpyxl\nwb = openpyxl.load_workbook('neu.xlsx')\n"
+                   "for d in wb.defined_names.definedName: print(d.name, d.attr_text)\n"),
+            "A 'A'!$A$1:$B$4\nB 'B'!$A$1:$A$2\n");
+  EXPECT_EQ(Select(*db, "A").size(), 3u);
+
+  // The file replaced by a folder before the next save.
+  db->Execute("INSERT INTO [A$] VALUES ('4', 'vier')");
+  std::filesystem::remove(Path("neu.xlsx"));
+  std::filesystem::create_directory(Path("neu.xlsx"));
+  const std::string error = Error([&] { db->Flush(); });
+  EXPECT_EQ(error.rfind("Die Excel-Arbeitsmappe '" + Path("neu.xlsx").string() +
+                            "' kann nicht geschrieben werden: ",
+                        0),
+            0u)
+      << error;
+  std::filesystem::remove(Path("neu.xlsx"));
+}
+
+// Updates by key in a sheet of some thousand rows find their rows through an
+// index of the sheet, rows appended, changed and removed since included.
+TEST_F(XlsxWriteTest, UpdatesByKeyInALargeSheet) {
+  Python(R"PY(
+import openpyxl
+wb = openpyxl.Workbook()
+ws = wb.active
+ws.title = "Gross"
+ws.append(["Nr", "Code", "Name"])
+for i in range(1, 3001):
+    ws.append([i, "K%05d" % i, "n%d" % i])
+wb.save("gross.xlsx")
+)PY");
+  {
+    auto db = Open("gross.xlsx");
+    Variant affected;
+    for (int i = 1; i <= 3000; i += 3) {
+      db->Execute(" UPDATE [Gross$]\r\n SET \r\n [Name] = 'neu" + std::to_string(i) +
+                      "' \r\n\r\n WHERE \r\n\t[Gross$].[Nr] = " + std::to_string(i),
+                  &affected);
+      ASSERT_EQ(affected.ToLong(), 1) << i;
+    }
+    db->Execute("INSERT INTO [Gross$] VALUES (3001, 'K03001', 'angehängt')");
+    db->Execute("UPDATE [Gross$] SET [Name] = 'geändert' WHERE [Gross$].[Nr] = 3001", &affected);
+    EXPECT_EQ(affected.ToLong(), 1);
+    // A key given as text, a text key, a key changed and a row removed.
+    db->Execute("UPDATE [Gross$] SET [Name] = 'sieben' WHERE [Nr] = '7'", &affected);
+    EXPECT_EQ(affected.ToLong(), 1);
+    db->Execute("UPDATE [Gross$] SET [Nr] = 9999 WHERE [Code] = 'K00002'", &affected);
+    EXPECT_EQ(affected.ToLong(), 1);
+    db->Execute("UPDATE [Gross$] SET [Name] = 'x' WHERE [Nr] = 2", &affected);
+    EXPECT_EQ(affected.ToLong(), 0);
+    db->Execute("DELETE FROM [Gross$] WHERE [Nr] = 10");
+    db->Execute("UPDATE [Gross$] SET [Name] = 'x' WHERE [Nr] = 10", &affected);
+    EXPECT_EQ(affected.ToLong(), 0);
+    auto rs = db->Execute("SELECT [Name] FROM [Gross$] WHERE [Nr] = 9999");
+    EXPECT_EQ(Rows(*rs), (std::vector<std::string>{"String:n2"}));
+  }
+  auto lines = Dump("gross.xlsx");
+  ASSERT_EQ(lines.size(), 3001u);
+  EXPECT_EQ(lines[1], "Gross|1:int|K00001:str|neu1:str");
+  EXPECT_EQ(lines[2], "Gross|9999:int|K00002:str|n2:str");
+  EXPECT_EQ(lines[7], "Gross|7:int|K00007:str|sieben:str");
+  EXPECT_EQ(lines[9], "Gross|9:int|K00009:str|n9:str");
+  EXPECT_EQ(lines[10], "Gross|11:int|K00011:str|n11:str");
+  EXPECT_EQ(lines[2997], "Gross|2998:int|K02998:str|neu2998:str");
+  EXPECT_EQ(lines[2998], "Gross|2999:int|K02999:str|n2999:str");
+  EXPECT_EQ(lines[2999], "Gross|3000:int|K03000:str|n3000:str");
+  EXPECT_EQ(lines[3000], "Gross|3001:int|K03001:str|geändert:str");
+}
+
 }  // namespace
 }  // namespace ketrova

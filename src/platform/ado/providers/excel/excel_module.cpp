@@ -1,6 +1,10 @@
 #include "platform/ado/providers/excel/excel_module.h"
 
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,9 +35,18 @@ struct ExcelTable : sqlite3_vtab {
 };
 
 struct ExcelCursor : sqlite3_vtab_cursor {
-  std::unique_ptr<TableScan> scan;
+  std::unique_ptr<TableScan> scan;  // a full scan, or
+  std::vector<TableRow> found;      // the rows a lookup by key found
+  std::size_t next_found = 0;
   TableRow row;
   bool eof = true;
+
+  bool Advance() {
+    if (scan) return scan->Next(row);
+    if (next_found >= found.size()) return false;
+    row = std::move(found[next_found++]);
+    return true;
+  }
 };
 
 int Fail(sqlite3_vtab* vtab, const VbError& e) {
@@ -45,6 +58,11 @@ int Fail(sqlite3_vtab* vtab, const VbError& e) {
 
 int FailUnknown(sqlite3_vtab* vtab, const std::exception& e) {
   return Fail(vtab, VbError(ado::kErrGeneral, e.what()));
+}
+
+std::string TextOf(sqlite3_value* v) {
+  return std::string(reinterpret_cast<const char*>(sqlite3_value_text(v)),
+                     static_cast<std::size_t>(sqlite3_value_bytes(v)));
 }
 
 std::string DeclareSql(const TableLayout& layout) {
@@ -85,12 +103,137 @@ int Connect(sqlite3* db, void* aux, int argc, const char* const* argv, sqlite3_v
   return SQLITE_ERROR;
 }
 
-int Filter(sqlite3_vtab_cursor* base, int, const char*, int, sqlite3_value**) {
+// A cell as the SQL engine sees it in a column of the given type.
+struct SqlValue {
+  enum class Kind { kNull, kInteger, kDouble, kText } kind = Kind::kNull;
+  double number = 0;
+  std::string text;
+};
+
+SqlValue ValueOf(const Workbook& wb, const CellValue& v, ColumnType type) {
+  SqlValue out;
+  auto number = [&](double n, bool integer) {
+    out.kind = integer ? SqlValue::Kind::kInteger : SqlValue::Kind::kDouble;
+    out.number = n;
+  };
+  auto text = [&](std::string t) {
+    out.kind = SqlValue::Kind::kText;
+    out.text = std::move(t);
+  };
+  switch (v.kind) {
+    case CellValue::Kind::kEmpty:
+      break;
+    case CellValue::Kind::kNumber:
+      if (type == ColumnType::kDateTime) {
+        text(IsoFromOle(OleFromSerial(v.number, wb.date1904())));
+      } else if (type == ColumnType::kDouble || type == ColumnType::kCurrency) {
+        number(v.number, false);
+      } else if (type == ColumnType::kBoolean) {
+        number(v.number != 0 ? 1 : 0, true);
+      } else if (wb.StyleKind(v.style) == NumberKind::kDate) {
+        text(file_engine::GermanDateText(IsoFromOle(OleFromSerial(v.number, wb.date1904()))));
+      } else {
+        text(file_engine::FormatNumber(v.number));
+      }
+      break;
+    case CellValue::Kind::kBoolean:
+      if (type == ColumnType::kBoolean)
+        number(v.number != 0 ? 1 : 0, true);
+      else
+        text(v.number != 0 ? "True" : "False");
+      break;
+    case CellValue::Kind::kText:
+    case CellValue::Kind::kError:
+      text(v.text);
+      break;
+  }
+  return out;
+}
+
+// The lookup key of a value: numbers, and texts that SQLite would take for
+// the same number, share one key.
+std::string NumberKey(double n) {
+  char buffer[32];
+  std::snprintf(buffer, sizeof buffer, "n%.17g", n == 0 ? 0.0 : n);
+  return buffer;
+}
+
+std::string TextKey(std::string_view text) {
+  std::string_view trimmed = text;
+  while (!trimmed.empty() && trimmed.front() == ' ') trimmed.remove_prefix(1);
+  while (!trimmed.empty() && trimmed.back() == ' ') trimmed.remove_suffix(1);
+  if (!trimmed.empty()) {
+    std::string copy(trimmed);
+    char* end = nullptr;
+    double n = std::strtod(copy.c_str(), &end);
+    if (end == copy.c_str() + copy.size() && std::isfinite(n)) return NumberKey(n);
+  }
+  return "t" + std::string(text);
+}
+
+std::string CellKeyOf(const Workbook& wb, const CellValue& cell, ColumnType type) {
+  SqlValue v = ValueOf(wb, cell, type);
+  switch (v.kind) {
+    case SqlValue::Kind::kNull:
+      return {};
+    case SqlValue::Kind::kInteger:
+    case SqlValue::Kind::kDouble:
+      return NumberKey(v.number);
+    case SqlValue::Kind::kText:
+      return TextKey(v.text);
+  }
+  return {};
+}
+
+// An equality on a column is offered to Filter (idxNum: the column + 1),
+// which looks it up by key in a sheet being written; SQLite compares the rows
+// found all the same.
+int BestIndex(sqlite3_vtab*, sqlite3_index_info* info) {
+  info->estimatedCost = 1e6;
+  info->estimatedRows = 1000000;
+  for (int i = 0; i < info->nConstraint; ++i) {
+    const auto& c = info->aConstraint[i];
+    if (!c.usable || c.op != SQLITE_INDEX_CONSTRAINT_EQ || c.iColumn < 0) continue;
+    info->aConstraintUsage[i].argvIndex = 1;
+    info->aConstraintUsage[i].omit = 0;
+    info->idxNum = c.iColumn + 1;
+    info->estimatedCost = 10;
+    info->estimatedRows = 10;
+    break;
+  }
+  return SQLITE_OK;
+}
+
+// The key a value compared with a column gives; nullopt for NULL, which
+// equals nothing.
+std::optional<std::string> ValueKey(sqlite3_value* v) {
+  switch (sqlite3_value_type(v)) {
+    case SQLITE_NULL:
+      return std::nullopt;
+    case SQLITE_INTEGER:
+    case SQLITE_FLOAT:
+      return NumberKey(sqlite3_value_double(v));
+    default:
+      return TextKey(TextOf(v));
+  }
+}
+
+int Filter(sqlite3_vtab_cursor* base, int idx, const char*, int argc, sqlite3_value** argv) {
   auto* cursor = static_cast<ExcelCursor*>(base);
   auto* table = static_cast<ExcelTable*>(base->pVtab);
   try {
-    cursor->scan = std::make_unique<TableScan>(*table->workbook, table->table);
-    cursor->eof = !cursor->scan->Next(cursor->row);
+    cursor->scan.reset();
+    cursor->found.clear();
+    cursor->next_found = 0;
+    if (idx > 0 && argc == 1 && table->workbook->Indexed(table->table)) {
+      if (auto key = ValueKey(argv[0])) {
+        cursor->found = table->workbook->RowsByKey(table->table, static_cast<std::size_t>(idx - 1),
+                                                   *key, CellKeyOf);
+      }
+    } else {
+      cursor->scan = std::make_unique<TableScan>(*table->workbook, table->table);
+    }
+    cursor->eof = !cursor->Advance();
     return SQLITE_OK;
   } catch (const VbError& e) {
     return Fail(base->pVtab, e);
@@ -102,7 +245,7 @@ int Filter(sqlite3_vtab_cursor* base, int, const char*, int, sqlite3_value**) {
 int Next(sqlite3_vtab_cursor* base) {
   auto* cursor = static_cast<ExcelCursor*>(base);
   try {
-    cursor->eof = !cursor->scan->Next(cursor->row);
+    cursor->eof = !cursor->Advance();
     return SQLITE_OK;
   } catch (const VbError& e) {
     return Fail(base->pVtab, e);
@@ -125,34 +268,18 @@ int Column(sqlite3_vtab_cursor* base, sqlite3_context* ctx, int n) {
   const Workbook& wb = *table->workbook;
   const TableLayout& layout = wb.Layout(table->table);
   auto i = static_cast<std::size_t>(n);
-  const CellValue& v = cursor->row.values.at(i);
-  const ColumnType type = layout.types.at(i);
+  SqlValue v = ValueOf(wb, cursor->row.values.at(i), layout.types.at(i));
   switch (v.kind) {
-    case CellValue::Kind::kEmpty:
+    case SqlValue::Kind::kNull:
       sqlite3_result_null(ctx);
       break;
-    case CellValue::Kind::kNumber:
-      if (type == ColumnType::kDateTime) {
-        ResultText(ctx, IsoFromOle(OleFromSerial(v.number, wb.date1904())));
-      } else if (type == ColumnType::kDouble || type == ColumnType::kCurrency) {
-        sqlite3_result_double(ctx, v.number);
-      } else if (type == ColumnType::kBoolean) {
-        sqlite3_result_int(ctx, v.number != 0 ? 1 : 0);
-      } else if (wb.StyleKind(v.style) == NumberKind::kDate) {
-        ResultText(ctx,
-                   file_engine::GermanDateText(IsoFromOle(OleFromSerial(v.number, wb.date1904()))));
-      } else {
-        ResultText(ctx, file_engine::FormatNumber(v.number));
-      }
+    case SqlValue::Kind::kInteger:
+      sqlite3_result_int(ctx, static_cast<int>(v.number));
       break;
-    case CellValue::Kind::kBoolean:
-      if (type == ColumnType::kBoolean)
-        sqlite3_result_int(ctx, v.number != 0 ? 1 : 0);
-      else
-        ResultText(ctx, v.number != 0 ? "True" : "False");
+    case SqlValue::Kind::kDouble:
+      sqlite3_result_double(ctx, v.number);
       break;
-    case CellValue::Kind::kText:
-    case CellValue::Kind::kError:
+    case SqlValue::Kind::kText:
       ResultText(ctx, v.text);
       break;
   }
@@ -162,11 +289,6 @@ int Column(sqlite3_vtab_cursor* base, sqlite3_context* ctx, int n) {
 int Rowid(sqlite3_vtab_cursor* base, sqlite3_int64* rowid) {
   *rowid = static_cast<ExcelCursor*>(base)->row.id;
   return SQLITE_OK;
-}
-
-std::string TextOf(sqlite3_value* v) {
-  return std::string(reinterpret_cast<const char*>(sqlite3_value_text(v)),
-                     static_cast<std::size_t>(sqlite3_value_bytes(v)));
 }
 
 CellValue TextCell(std::string text) {
@@ -321,6 +443,7 @@ int Rename(sqlite3_vtab* vtab, const char*) {
 sqlite3_module MakeModule() {
   sqlite3_module m =
       file_engine::ScanModule<ExcelTable, ExcelCursor>(Connect, Filter, Next, Eof, Column, Rowid);
+  m.xBestIndex = BestIndex;
   m.xUpdate = Update;
   m.xBegin = Begin;
   m.xSync = Sync;

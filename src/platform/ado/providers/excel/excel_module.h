@@ -11,6 +11,10 @@
 // written as text. A text longer than a cell holds (32,767 characters) is
 // refused. A statement's changes reach the workbook when it ends, or not at
 // all when it fails.
+//
+// A statement comparing a column with a value (an update by key) reads a
+// sheet being written through the workbook's index of that column instead
+// of the whole sheet; SQLite compares the rows found as it would the others.
 #pragma once
 
 #include <sqlite3.h>

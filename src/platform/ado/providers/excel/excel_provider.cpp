@@ -56,7 +56,7 @@ ExcelProvider::~ExcelProvider() {
   }
 }
 
-void ExcelProvider::Save() {
+void ExcelProvider::Flush() {
   workbook_->Save();
 }
 

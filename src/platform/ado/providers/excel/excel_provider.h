@@ -2,21 +2,21 @@
 // "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=<file>;Extended Properties="Excel 8.0;";".
 //
 // The workbook's format is taken from its content, not its name: a zip
-// container is .xlsx (read and written), a compound document Excel 97-2003
-// (read; a new workbook named .xls is written so, an existing one is not
-// changed yet). Its sheets ("Kunden$") and defined names are the tables
-// (workbook.h); statements run on the file SQL engine (file_engine.h).
-// CREATE TABLE [X] makes a sheet X whose header row holds the column names;
-// INSERT appends rows below the last row, UPDATE changes cells in place and
-// DELETE removes rows, the rows below moving up (the old Jet driver refused
-// DELETE on workbooks; here a "delete before insert" empties the sheet below
+// container is .xlsx, a compound document Excel 97-2003 (.xls); both are
+// read and written, and a new workbook named .xls is written so. Its sheets ("Kunden$") and defined
+// names are the tables (workbook.h); statements run on the file SQL engine (file_engine.h). CREATE
+// TABLE [X] makes a sheet X whose header row holds the column names; INSERT appends rows below the
+// last row, UPDATE changes cells in place and DELETE removes rows, the rows below moving up (the
+// old Jet driver refused DELETE on workbooks; here a "delete before insert" empties the sheet below
 // its header).
 //
 // A workbook that does not exist opens, so that a target can be made by its
 // first CREATE TABLE; reading a table of it raises an error naming the file.
-// Changes are written when the connection closes, through a temporary file
-// renamed over the original; a connection that changed nothing never writes.
-// A file that cannot be written is refused at the first change.
+// Changes are written at the end of each job (Flush) and when the connection
+// closes, through a temporary file renamed over the original; a connection
+// that changed nothing never writes. A file that cannot be written is
+// refused at the first change already, since a failure at close cannot be
+// reported.
 //
 // RegisterExcelProvider() must be called once at program start.
 #pragma once
@@ -37,8 +37,8 @@ class ExcelProvider : public ado::Provider {
  public:
   // Raises VbError kErrGeneral naming the file when it is no readable workbook.
   explicit ExcelProvider(const ado::ConnectionSpec& spec);
-  // Writes the workbook's changes; a failure then cannot be reported, which
-  // is why a file that cannot be written is refused at the first change.
+  // Writes the workbook's changes; a failure then cannot be reported but on
+  // the terminal.
   ~ExcelProvider() override;
 
   std::string Dialect() const override { return "excel"; }
@@ -56,7 +56,7 @@ class ExcelProvider : public ado::Provider {
   std::string ColumnTypeSql(const ado::ColumnInfo& column) const override;
 
   // Writes the changes now. Raises VbError naming the file.
-  void Save();
+  void Flush() override;
 
  private:
   void CreateTable(const std::string& sql);

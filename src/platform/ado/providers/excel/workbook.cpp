@@ -95,8 +95,24 @@ WorkbookFormat DetectWorkbookFormat(const std::filesystem::path& file) {
 }
 
 Workbook::Workbook(std::filesystem::path file) : file_(std::move(file)) {
+  OpenFile();
+  for (std::size_t i = 0; i < sheets_.size(); ++i)
+    tables_.push_back(Table{sheets_[i].name + "$", i, std::nullopt, std::nullopt});
+  std::vector<DefinedName> names;
+  if (xlsx_) names = xlsx_->names();
+  if (xls_) names = xls_->names();
+  for (const auto& n : names) {
+    if (SameName(n.name, sheets_[n.sheet].name))
+      tables_.push_back(Table{n.name, n.sheet, std::nullopt, std::nullopt, true});
+    else
+      tables_.push_back(Table{n.name, n.sheet, n.range, {}});
+  }
+}
+
+void Workbook::OpenFile() {
   format_ = DetectWorkbookFormat(file_);
   const std::string shown = "'" + file_.string() + "'";
+  std::vector<std::string> names;
   switch (format_) {
     case WorkbookFormat::kMissing:
       return;
@@ -110,41 +126,57 @@ Workbook::Workbook(std::filesystem::path file) : file_(std::move(file)) {
                     kSource);
     case WorkbookFormat::kXls:
       xls_ = std::make_unique<XlsFile>(file_);
-      for (std::size_t i = 0; i < xls_->sheets().size(); ++i) {
-        Sheet sheet;
-        sheet.name = xls_->sheets()[i];
-        sheet.source = i;
-        sheets_.push_back(std::move(sheet));
-        tables_.push_back(Table{sheets_.back().name + "$", i, std::nullopt, std::nullopt});
-      }
-      return;
+      names = xls_->sheets();
+      break;
     case WorkbookFormat::kXlsx:
+      xlsx_ = std::make_unique<XlsxPackage>(file_);
+      for (const auto& s : xlsx_->sheets()) names.push_back(s.name);
       break;
   }
-  xlsx_ = std::make_unique<XlsxPackage>(file_);
-  for (std::size_t i = 0; i < xlsx_->sheets().size(); ++i) {
+  // A sheet known before keeps its place; the file's others are added.
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    auto known = std::find_if(sheets_.begin(), sheets_.end(),
+                              [&](const Sheet& s) { return SameName(s.name, names[i]); });
+    if (known != sheets_.end()) {
+      known->source = i;
+      continue;
+    }
     Sheet sheet;
-    sheet.name = xlsx_->sheets()[i].name;
+    sheet.name = names[i];
     sheet.source = i;
     sheets_.push_back(std::move(sheet));
-    tables_.push_back(Table{sheets_.back().name + "$", i, std::nullopt, std::nullopt});
   }
-  for (const auto& n : xlsx_->names()) {
-    if (SameName(n.name, sheets_[n.sheet].name))
-      tables_.push_back(Table{n.name, n.sheet, std::nullopt, std::nullopt, true});
-    else
-      tables_.push_back(Table{n.name, n.sheet, n.range, {}});
+}
+
+void Workbook::Reopen() {
+  if (xlsx_) old_xlsx_.push_back(std::move(xlsx_));
+  if (xls_) old_xls_.push_back(std::move(xls_));
+  for (auto& sheet : sheets_) {
+    sheet.source = SIZE_MAX;
+    sheet.replaced.clear();
+    sheet.removed.clear();
+    sheet.appended.clear();
+    sheet.dirty = false;
+    sheet.held.reset();
+    sheet.indexes.clear();
   }
+  const std::size_t known = sheets_.size();
+  OpenFile();
+  // Every sheet was written, so the file has them all.
+  assert(sheets_.size() == known);
+  (void)known;
+  changed_ = false;
 }
 
 Workbook::~Workbook() = default;
 
 bool Workbook::date1904() const {
+  if (xls_) return xls_->date1904();
   return xlsx_ && xlsx_->date1904();
 }
 
 NumberKind Workbook::StyleKind(std::uint32_t style) const {
-  if (style == kXlsDateStyle) return NumberKind::kDate;
+  if (xls_) return xls_->StyleKind(style);
   return xlsx_ ? xlsx_->StyleKind(style) : NumberKind::kPlain;
 }
 
@@ -206,6 +238,14 @@ TableLayout Workbook::ReadLayout(const Table& table) const {
     if (reader && reader->used) {
       first = reader->used->first_column;
       last = reader->used->last_column;
+    }
+    // Cells further out than the recorded used range, in rows below the
+    // sample, widen the table too.
+    if (reader) {
+      if (auto extent = reader->RemainingColumns()) {
+        first = std::min(first, extent->first);
+        last = std::max(last, extent->second);
+      }
     }
     for (const auto& r : rows) {
       for (const auto& c : r.cells) {
@@ -356,13 +396,6 @@ void Workbook::CheckWritable(std::size_t table) {
 void Workbook::CheckWritableFile() {
   if (checked_writable_) return;
   const std::string shown = "'" + file_.string() + "'";
-  if (format_ == WorkbookFormat::kXls) {
-    throw VbError(ado::kErrGeneral,
-                  "Die Excel-Arbeitsmappe " + shown +
-                      " kann nicht geschrieben werden: vorhandene Arbeitsmappen im Format "
-                      "Excel 97-2003 (.xls) werden noch nicht geändert",
-                  kSource);
-  }
   std::filesystem::path folder = file_.parent_path();
   if (folder.empty()) folder = ".";
   // A file without write permission is read only, also to a user who could
@@ -393,15 +426,83 @@ Workbook::Sheet& Workbook::WritableSheet(std::size_t table) {
   return sheet;
 }
 
+void Workbook::IndexRow(Sheet& sheet, std::int64_t id, const std::vector<CellValue>& values) {
+  for (auto& index : sheet.indexes) {
+    if (index.column < values.size())
+      index.rows[index.key_of(*this, values[index.column], index.type)].push_back(id);
+  }
+}
+
+bool Workbook::Indexed(std::size_t table) const {
+  const Table& t = tables_.at(table);
+  return !t.range && sheets_.at(t.sheet).dirty;
+}
+
+std::vector<TableRow> Workbook::RowsByKey(std::size_t table, std::size_t column,
+                                          const std::string& key, CellKey key_of) {
+  assert(Indexed(table));
+  Sheet& sheet = sheets_.at(tables_[table].sheet);
+  const TableLayout& layout = Layout(table);
+  assert(column < layout.names.size());
+  auto index = std::find_if(sheet.indexes.begin(), sheet.indexes.end(),
+                            [&](const Sheet::KeyIndex& i) { return i.column == column; });
+  if (index == sheet.indexes.end()) {
+    if (!sheet.held) {
+      sheet.held.emplace();
+      TableScan scan(*this, table);
+      TableRow row;
+      while (scan.Next(row)) {
+        if (row.id < kAppendedIds) sheet.held->emplace(row.id, std::move(row.values));
+      }
+    }
+    sheet.indexes.push_back({column, layout.types.at(column), key_of, {}});
+    index = sheet.indexes.end() - 1;
+    auto add = [&](std::int64_t id, const std::vector<CellValue>& values) {
+      if (column < values.size())
+        index->rows[key_of(*this, values[column], index->type)].push_back(id);
+    };
+    for (const auto& [id, values] : *sheet.held) add(id, values);
+    for (const auto& [id, values] : sheet.appended) add(id, values);
+  }
+  std::vector<TableRow> found;
+  auto hit = index->rows.find(key);
+  if (hit == index->rows.end()) return found;
+  std::vector<std::int64_t> ids = hit->second;
+  std::sort(ids.begin(), ids.end());
+  ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
+  const std::size_t count = layout.names.size();
+  for (std::int64_t id : ids) {
+    const std::vector<CellValue>* values = nullptr;
+    if (id >= kAppendedIds) {
+      auto it = sheet.appended.find(id);
+      if (it != sheet.appended.end()) values = &it->second;
+    } else if (!sheet.removed.count(id)) {
+      auto it = sheet.replaced.find(id);
+      if (it != sheet.replaced.end()) {
+        values = &it->second;
+      } else if (auto held = sheet.held->find(id); held != sheet.held->end()) {
+        values = &held->second;
+      }
+    }
+    if (!values) continue;
+    TableRow row{id, *values};
+    row.values.resize(count);
+    found.push_back(std::move(row));
+  }
+  return found;
+}
+
 std::int64_t Workbook::Append(std::size_t table, std::vector<CellValue> values) {
   Sheet& sheet = WritableSheet(table);
   std::int64_t id = sheet.next_id++;
+  IndexRow(sheet, id, values);
   sheet.appended.emplace(id, std::move(values));
   return id;
 }
 
 void Workbook::Replace(std::size_t table, std::int64_t id, std::vector<CellValue> values) {
   Sheet& sheet = WritableSheet(table);
+  IndexRow(sheet, id, values);
   if (id >= kAppendedIds)
     sheet.appended[id] = std::move(values);
   else
@@ -419,36 +520,144 @@ void Workbook::Remove(std::size_t table, std::int64_t id) {
 }
 
 bool Workbook::WritesXls() const {
-  return format_ == WorkbookFormat::kMissing && LowerCase(file_.extension().string()) == ".xls";
+  return format_ == WorkbookFormat::kXls ||
+         (format_ == WorkbookFormat::kMissing && LowerCase(file_.extension().string()) == ".xls");
+}
+
+namespace {
+
+// A sheet's rows with a table's changes: rows replaced (the table's cells
+// written anew, a cell keeping its format unless the value brings one, the
+// other cells kept), rows removed (those below moving up), rows appended
+// below the last row that holds a value.
+void EditRows(std::vector<RawRow>& rows, const TableLayout& layout,
+              const std::map<std::int64_t, std::vector<CellValue>>& replaced,
+              const std::set<std::int64_t>& removed,
+              const std::map<std::int64_t, std::vector<CellValue>>& appended) {
+  for (auto& row : rows) {
+    auto it = replaced.find(row.row);
+    if (it == replaced.end()) continue;
+    const int first = layout.first_column;
+    const int last = first + static_cast<int>(it->second.size()) - 1;
+    std::vector<RawCell> cells;
+    for (auto& c : row.cells) {
+      if (c.column < first || c.column > last) {
+        cells.push_back(std::move(c));
+        continue;
+      }
+      const auto i = static_cast<std::size_t>(c.column - first);
+      CellValue value = it->second[i];
+      if (value.empty()) continue;
+      if (value.style == 0) value.style = c.value.style;
+      cells.push_back(RawCell{c.column, std::move(value)});
+    }
+    for (std::size_t i = 0; i < it->second.size(); ++i) {
+      const int column = first + static_cast<int>(i);
+      const bool present = std::any_of(cells.begin(), cells.end(),
+                                       [&](const RawCell& c) { return c.column == column; });
+      if (!present && !it->second[i].empty()) cells.push_back(RawCell{column, it->second[i]});
+    }
+    std::sort(cells.begin(), cells.end(),
+              [](const RawCell& a, const RawCell& b) { return a.column < b.column; });
+    row.cells = std::move(cells);
+  }
+  if (!removed.empty()) {
+    std::vector<RawRow> kept;
+    std::int64_t gone = 0;
+    for (auto& row : rows) {
+      if (removed.count(row.row)) {
+        ++gone;
+        continue;
+      }
+      row.row -= gone;
+      kept.push_back(std::move(row));
+    }
+    rows = std::move(kept);
+  }
+  std::erase_if(rows, [](const RawRow& r) { return r.cells.empty(); });
+  std::int64_t next = rows.empty() ? 0 : rows.back().row;
+  for (const auto& [id, values] : appended) {
+    RawRow row;
+    row.row = ++next;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      if (!values[i].empty())
+        row.cells.push_back(RawCell{layout.first_column + static_cast<int>(i), values[i]});
+    }
+    rows.push_back(std::move(row));
+  }
+}
+
+}  // namespace
+
+void Workbook::SaveXls() {
+  XlsWorkbook book;
+  if (xls_) {
+    book.formats = xls_->formats();
+    book.date1904 = xls_->date1904();
+  }
+  std::vector<std::optional<CellRange>> areas(sheets_.size());  // of each sheet's table
+  for (std::size_t s = 0; s < sheets_.size(); ++s) {
+    const Sheet& sheet = sheets_[s];
+    XlsSheet out;
+    out.name = sheet.name;
+    std::optional<std::size_t> table;
+    for (std::size_t t = 0; t < tables_.size(); ++t)
+      if (tables_[t].sheet == s && !tables_[t].range && !tables_[t].alias) table = t;
+    std::unique_ptr<RowReader> reader;
+    if (xls_ && sheet.source != SIZE_MAX) reader = xls_->OpenSheet(sheet.source, &out.formatting);
+    if (reader) {
+      RawRow row;
+      while (reader->Next(row)) out.rows.push_back(std::move(row));
+    } else if (table) {
+      // A sheet made by CREATE TABLE: its header row.
+      RawRow header{1, {}};
+      const auto& names = Layout(*table).names;
+      for (std::size_t i = 0; i < names.size(); ++i) {
+        CellValue c;
+        c.kind = CellValue::Kind::kText;
+        c.text = names[i];
+        header.cells.push_back(RawCell{static_cast<int>(i) + 1, std::move(c)});
+      }
+      out.rows.push_back(std::move(header));
+    }
+    if (table && sheet.dirty) {
+      const TableLayout& layout = Layout(*table);
+      EditRows(out.rows, layout, sheet.replaced, sheet.removed, sheet.appended);
+      CellRange area;
+      area.first_column = layout.first_column;
+      area.last_column = layout.first_column + static_cast<int>(layout.names.size()) - 1;
+      area.first_row = std::max<std::int64_t>(layout.header_row, 1);
+      area.last_row = std::max(area.first_row, out.rows.empty() ? 1 : out.rows.back().row);
+      areas[s] = area;
+    }
+    book.sheets.push_back(std::move(out));
+  }
+  // The defined names: ranges as they were, a name standing for a sheet
+  // over its table as it now is.
+  std::vector<DefinedName> file_names;
+  if (xls_) file_names = xls_->names();
+  for (const auto& t : tables_) {
+    if (t.range) {
+      book.names.push_back(DefinedName{t.name, t.sheet, *t.range});
+    } else if (t.alias) {
+      if (areas[t.sheet]) {
+        book.names.push_back(DefinedName{t.name, t.sheet, *areas[t.sheet]});
+      } else {
+        for (const auto& n : file_names)
+          if (SameName(n.name, t.name)) book.names.push_back(n);
+      }
+    }
+  }
+  WriteXlsWorkbook(file_, book);
 }
 
 void Workbook::Save() {
   if (!changed_) return;
-  if (WritesXls()) {
-    // A new workbook: every sheet was made by CREATE TABLE, its rows appended.
-    std::vector<XlsSheet> sheets;
-    for (std::size_t t = 0; t < tables_.size(); ++t) {
-      const Table& table = tables_[t];
-      if (table.range || table.alias) continue;
-      const Sheet& sheet = sheets_[table.sheet];
-      XlsSheet out;
-      out.name = sheet.name;
-      std::vector<CellValue> header;
-      for (const auto& name : Layout(t).names) {
-        CellValue c;
-        c.kind = CellValue::Kind::kText;
-        c.text = name;
-        header.push_back(std::move(c));
-      }
-      out.rows.push_back(std::move(header));
-      for (const auto& [id, values] : sheet.appended) out.rows.push_back(values);
-      sheets.push_back(std::move(out));
-    }
-    WriteXlsWorkbook(file_, sheets);
-  } else {
+  if (WritesXls())
+    SaveXls();
+  else
     XlsxWriter(*this).Write();
-  }
-  changed_ = false;
+  Reopen();
 }
 
 TableScan::TableScan(const Workbook& workbook, std::size_t table)

@@ -32,6 +32,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/ado/file_engine/column_types.h"
@@ -119,11 +120,30 @@ class Workbook {
   void Replace(std::size_t table, std::int64_t id, std::vector<CellValue> values);
   void Remove(std::size_t table, std::int64_t id);
 
+  // The key a cell gives for lookups by value: two cells that compare equal
+  // in the SQL engine must give the same key (different cells may, too).
+  using CellKey = std::string (*)(const Workbook& workbook, const CellValue& cell,
+                                  file_engine::ColumnType type);
+  // Whether lookups by key in a table go through an index: for a sheet being
+  // written, whose rows an update by key otherwise reads once per record.
+  bool Indexed(std::size_t table) const;
+  // The rows of an indexed table whose column may hold the key, a superset
+  // the caller compares, in row order and with the changes. The first lookup
+  // in a column reads the sheet once and keeps its rows in memory; changes
+  // keep the index in step until the next Save.
+  std::vector<TableRow> RowsByKey(std::size_t table, std::size_t column, const std::string& key,
+                                  CellKey key_of);
+
   bool changed() const { return changed_; }
-  // A workbook made by this connection under a name ending in ".xls" is
-  // written as Excel 97-2003.
+  // An Excel 97-2003 workbook, and one made by this connection under a name
+  // ending in ".xls", is written as Excel 97-2003: the whole workbook anew,
+  // each sheet's cells with their number formats, and the defined names that
+  // cover a rectangle (see xls_writer.h for what is not kept).
   bool WritesXls() const;
-  // Writes the changes, when there are any. Raises VbError naming the file.
+  // Writes the changes, when there are any, and reads the file afresh: the
+  // tables keep their indexes and layouts, the changes are gone into the
+  // file, so that a later Save writes only what was changed since. Raises
+  // VbError naming the file; the changes are then kept.
   void Save();
 
  private:
@@ -138,6 +158,17 @@ class Workbook {
     std::map<std::int64_t, std::vector<CellValue>> appended;
     std::int64_t next_id = kAppendedIds;
     bool dirty = false;
+    // Once looked up by key: the rows the file holds, as table values, and
+    // per indexed column the rows by their key. An index may name rows whose
+    // value has changed since or that are gone: lookups check them.
+    std::optional<std::map<std::int64_t, std::vector<CellValue>>> held;
+    struct KeyIndex {
+      std::size_t column = 0;
+      file_engine::ColumnType type = file_engine::ColumnType::kText;
+      CellKey key_of = nullptr;
+      std::unordered_map<std::string, std::vector<std::int64_t>> rows;
+    };
+    std::vector<KeyIndex> indexes;
   };
   struct Table {
     std::string name;
@@ -150,11 +181,21 @@ class Workbook {
   std::unique_ptr<RowReader> OpenSheet(std::size_t sheet) const;
   TableLayout ReadLayout(const Table& table) const;
   Sheet& WritableSheet(std::size_t table);
+  void SaveXls();
+  void IndexRow(Sheet& sheet, std::int64_t id, const std::vector<CellValue>& values);
+  // Opens the file's format: its sheets and defined names.
+  void OpenFile();
+  // After a Save: the file read anew under the tables as they stand.
+  void Reopen();
 
   std::filesystem::path file_;
   WorkbookFormat format_ = WorkbookFormat::kMissing;
   std::unique_ptr<XlsxPackage> xlsx_;
   std::unique_ptr<XlsFile> xls_;
+  // Readers of a scan still running may read the file as it was before a
+  // Save: what they read from stays alive with the workbook.
+  std::vector<std::unique_ptr<XlsxPackage>> old_xlsx_;
+  std::vector<std::unique_ptr<XlsFile>> old_xls_;
   std::vector<Sheet> sheets_;
   std::vector<Table> tables_;
   bool changed_ = false;

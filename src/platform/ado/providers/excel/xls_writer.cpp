@@ -1,11 +1,19 @@
 #include "platform/ado/providers/excel/xls_writer.h"
 
+#include <gsf/gsf-outfile-msole.h>
+#include <gsf/gsf-outfile.h>
+#include <gsf/gsf-output-memory.h>
+#include <gsf/gsf-output.h>
+#include <gsf/gsf-utils.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
+#include <functional>
 #include <map>
+#include <memory>
 
 #include "platform/ado/enums.h"
 #include "platform/ado/value_text.h"
@@ -16,10 +24,6 @@ namespace ketrova::excel {
 namespace {
 
 constexpr std::size_t kMaxRecordData = 8224;
-constexpr std::size_t kSector = 512;
-constexpr std::uint32_t kEndOfChain = 0xFFFFFFFE;
-constexpr std::uint32_t kFreeSector = 0xFFFFFFFF;
-constexpr std::uint32_t kFatSector = 0xFFFFFFFD;
 constexpr std::uint16_t kCellXf = 15;  // the default cell format
 
 void Put16(std::string& out, std::uint32_t v) {
@@ -54,8 +58,7 @@ std::string Utf16Bytes(const std::string& utf8) {
 // record; a string split across records repeats its option byte there. A
 // string whose characters all lie below U+0100 is stored with one byte each.
 // A string that does not fit where the record stands begins a record of its
-// own, so that only strings longer than a record are split (FreeXL, which
-// reads the .xls workbooks back, follows a string over one split only).
+// own, so that only strings longer than a record are split.
 std::string SharedStrings(const std::vector<std::string>& strings, std::uint32_t total) {
   std::string out;
   std::string data;
@@ -128,8 +131,33 @@ std::string Xf(std::uint16_t format, bool style) {
   return out;
 }
 
-std::string Globals(const std::vector<XlsSheet>& sheets, const std::vector<std::uint32_t>& offsets,
-                    const std::string& sst) {
+// The cell formats the workbook gets: Excel's 15 style formats, the default
+// cell format (15), then one per number format the cells use.
+struct CellFormats {
+  std::map<std::uint16_t, std::uint16_t> xf_of_format;  // number format to cell format
+  std::vector<std::uint16_t> formats;                   // the number formats of 16, 17, ...
+
+  CellFormats(const XlsWorkbook& book) : source_(book.formats) {
+    for (const auto& sheet : book.sheets)
+      for (const auto& row : sheet.rows)
+        for (const auto& cell : row.cells) Xf(cell.value.style);
+  }
+  std::uint16_t Xf(std::uint32_t style) {
+    const std::uint16_t format =
+        style < source_.xf_format.size() ? source_.xf_format[style] : std::uint16_t{0};
+    if (format == 0) return kCellXf;
+    auto [it, added] =
+        xf_of_format.emplace(format, static_cast<std::uint16_t>(kCellXf + 1 + formats.size()));
+    if (added) formats.push_back(format);
+    return it->second;
+  }
+
+ private:
+  const XlsFormats& source_;
+};
+
+std::string Globals(const XlsWorkbook& book, const CellFormats& xfs,
+                    const std::vector<std::uint32_t>& offsets, const std::string& sst) {
   std::string out = Bof(0x0005);
   std::string d;
   Put16(d, 1200);  // UTF-16
@@ -137,6 +165,9 @@ std::string Globals(const std::vector<XlsSheet>& sheets, const std::vector<std::
   d.clear();
   for (std::uint32_t v : {0u, 0u, 0x4000u, 0x2000u, 0x0038u, 0u, 0u, 1u, 0x0258u}) Put16(d, v);
   Record(out, 0x003D, d);
+  d.clear();
+  Put16(d, book.date1904 ? 1 : 0);
+  Record(out, 0x0022, d);
   for (int i = 0; i < 4; ++i) {
     d.clear();
     Put16(d, 200);
@@ -150,61 +181,133 @@ std::string Globals(const std::vector<XlsSheet>& sheets, const std::vector<std::
     d += "Arial";
     Record(out, 0x0031, d);
   }
+  // The number formats the workbook defined itself, for those in use.
+  for (std::uint16_t format : xfs.formats) {
+    auto code = book.formats.codes.find(format);
+    if (code == book.formats.codes.end()) continue;
+    d.clear();
+    Put16(d, format);
+    std::string units = Utf16Bytes(code->second);
+    Put16(d, static_cast<std::uint32_t>(units.size() / 2));
+    d.push_back('\x01');
+    d += units;
+    Record(out, 0x041E, d);
+  }
   for (int i = 0; i < 15; ++i) out += Xf(0, true);
-  out += Xf(0, false);   // 15: text and numbers
-  out += Xf(14, false);  // 16: dates
+  out += Xf(0, false);  // 15: the default
+  for (std::uint16_t format : xfs.formats) out += Xf(format, false);
   d.clear();
   Put16(d, 0x8000);
   d.push_back('\0');
   d.push_back('\xFF');
   Record(out, 0x0293, d);
-  for (std::size_t i = 0; i < sheets.size(); ++i) {
+  for (std::size_t i = 0; i < book.sheets.size(); ++i) {
     d.clear();
     Put32(d, offsets.empty() ? 0 : offsets[i]);
     d.push_back('\0');
     d.push_back('\0');
-    std::string name = Utf16Bytes(sheets[i].name);
+    std::string name = Utf16Bytes(book.sheets[i].name);
     d.push_back(static_cast<char>(name.size() / 2));
     d.push_back('\x01');
     d += name;
     Record(out, 0x0085, d);
+  }
+  if (!book.names.empty()) {
+    // The names refer to the sheets through this workbook's own reference
+    // list: one entry per sheet.
+    d.clear();
+    Put16(d, static_cast<std::uint32_t>(book.sheets.size()));
+    Put16(d, 0x0401);
+    Record(out, 0x01AE, d);
+    d.clear();
+    Put16(d, static_cast<std::uint32_t>(book.sheets.size()));
+    for (std::size_t i = 0; i < book.sheets.size(); ++i) {
+      Put16(d, 0);
+      Put16(d, static_cast<std::uint32_t>(i));
+      Put16(d, static_cast<std::uint32_t>(i));
+    }
+    Record(out, 0x0017, d);
+    for (const auto& name : book.names) {
+      std::string units = Utf16Bytes(name.name);
+      d.clear();
+      Put16(d, 0);  // options
+      d.push_back('\0');
+      d.push_back(static_cast<char>(units.size() / 2));
+      Put16(d, 11);  // the formula's size
+      Put16(d, 0);
+      Put16(d, 0);  // global
+      d.append(4, '\0');
+      d.push_back('\x01');
+      d += units;
+      d.push_back('\x3B');  // an area on a sheet
+      Put16(d, static_cast<std::uint32_t>(name.sheet));
+      Put16(d, static_cast<std::uint32_t>(name.range.first_row - 1));
+      Put16(d, static_cast<std::uint32_t>(name.range.last_row - 1));
+      Put16(d, static_cast<std::uint32_t>(name.range.first_column - 1));
+      Put16(d, static_cast<std::uint32_t>(name.range.last_column - 1));
+      Record(out, 0x0018, d);
+    }
   }
   out += sst;
   Record(out, 0x000A, "");
   return out;
 }
 
-std::string Sheet(const XlsSheet& sheet, std::map<std::string, std::uint32_t>& index,
-                  std::vector<std::string>& strings, std::uint32_t& total) {
+std::string Sheet(const XlsSheet& sheet, CellFormats& xfs,
+                  std::map<std::string, std::uint32_t>& index, std::vector<std::string>& strings,
+                  std::uint32_t& total) {
   std::string out = Bof(0x0010);
-  std::size_t columns = 0;
-  for (const auto& row : sheet.rows) columns = std::max(columns, row.size());
+  // Column widths come before the cells; a column's format is the default,
+  // since the cell formats are numbered anew.
+  for (const auto& r : sheet.formatting) {
+    if (r.type == 0x0055) Record(out, r.type, r.data);
+  }
+  for (const auto& r : sheet.formatting) {
+    if (r.type != 0x007D || r.data.size() < 12) continue;
+    std::string data = r.data;
+    data[6] = static_cast<char>(kCellXf);
+    data[7] = '\0';
+    Record(out, r.type, data);
+  }
+  int first_column = 256, last_column = -1;
+  std::int64_t first_row = 0, last_row = 0;
+  for (const auto& row : sheet.rows) {
+    if (!row.cells.empty()) {
+      if (first_row == 0) first_row = row.row;
+      last_row = row.row;
+    }
+    for (const auto& c : row.cells) {
+      first_column = std::min(first_column, c.column);
+      last_column = std::max(last_column, c.column);
+    }
+  }
   std::string d;
-  Put32(d, 0);
-  Put32(d, static_cast<std::uint32_t>(sheet.rows.size()));
-  Put16(d, 0);
-  Put16(d, static_cast<std::uint32_t>(columns));
+  Put32(d, first_row > 0 ? static_cast<std::uint32_t>(first_row - 1) : 0);
+  Put32(d, static_cast<std::uint32_t>(last_row));
+  Put16(d, last_column >= 0 ? static_cast<std::uint32_t>(first_column - 1) : 0);
+  Put16(d, last_column >= 0 ? static_cast<std::uint32_t>(last_column) : 0);
   Put16(d, 0);
   Record(out, 0x0200, d);
   d.clear();
   for (std::uint32_t v : {0x06B6u, 0u, 0u, 0x40u, 0u, 0u, 0u, 0u, 0u}) Put16(d, v);
   Record(out, 0x023E, d);
-  for (std::size_t r = 0; r < sheet.rows.size(); ++r) {
-    for (std::size_t c = 0; c < sheet.rows[r].size(); ++c) {
-      const CellValue& v = sheet.rows[r][c];
+  for (const auto& row : sheet.rows) {
+    for (const auto& cell : row.cells) {
+      const CellValue& v = cell.value;
       d.clear();
-      Put16(d, static_cast<std::uint32_t>(r));
-      Put16(d, static_cast<std::uint32_t>(c));
+      Put16(d, static_cast<std::uint32_t>(row.row - 1));
+      Put16(d, static_cast<std::uint32_t>(cell.column - 1));
+      const std::uint16_t xf = xfs.Xf(v.style);
       switch (v.kind) {
         case CellValue::Kind::kEmpty:
           continue;
         case CellValue::Kind::kNumber:
-          Put16(d, v.style == 16 ? 16 : kCellXf);
+          Put16(d, xf);
           PutDouble(d, v.number);
           Record(out, 0x0203, d);
           break;
         case CellValue::Kind::kBoolean:
-          Put16(d, kCellXf);
+          Put16(d, xf);
           d.push_back(v.number != 0 ? '\x01' : '\0');
           d.push_back('\0');
           Record(out, 0x0205, d);
@@ -214,7 +317,7 @@ std::string Sheet(const XlsSheet& sheet, std::map<std::string, std::uint32_t>& i
           auto [it, added] = index.emplace(v.text, static_cast<std::uint32_t>(strings.size()));
           if (added) strings.push_back(v.text);
           ++total;
-          Put16(d, kCellXf);
+          Put16(d, xf);
           Put32(d, it->second);
           Record(out, 0x00FD, d);
           break;
@@ -222,127 +325,85 @@ std::string Sheet(const XlsSheet& sheet, std::map<std::string, std::uint32_t>& i
       }
     }
   }
+  for (const auto& r : sheet.formatting) {
+    if (r.type == 0x00E5) Record(out, r.type, r.data);
+  }
   Record(out, 0x000A, "");
   return out;
 }
 
-// The compound document with the one stream "Workbook": the stream's
-// sectors, one directory sector, then the allocation table.
-std::string CompoundDocument(std::string stream, const std::filesystem::path& file) {
-  // Streams below 4096 bytes would belong in the mini stream; padding keeps
-  // this one in the regular sectors (readers stop at its EOF record).
-  if (stream.size() < 4096) stream.resize(4096, '\0');
-  const std::size_t size = stream.size();
-  stream.resize((size + kSector - 1) / kSector * kSector, '\0');
-  const std::size_t data_sectors = stream.size() / kSector;
-  std::size_t fat_sectors = 1;
-  while ((data_sectors + 1 + fat_sectors) > fat_sectors * (kSector / 4)) ++fat_sectors;
-  if (fat_sectors > 109) {
-    throw VbError(ado::kErrGeneral,
-                  "Die Excel-Arbeitsmappe '" + file.string() +
-                      "' ist für das Format Excel 97-2003 (.xls) zu groß",
-                  "Ketrova.Excel");
+// GLib objects with one owner.
+struct Unref {
+  void operator()(void* object) const {
+    if (object) g_object_unref(object);
   }
-  const auto dir_sector = static_cast<std::uint32_t>(data_sectors);
-  const auto first_fat = dir_sector + 1;
+};
 
-  std::string header;
-  header.append("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8);
-  header.append(16, '\0');
-  Put16(header, 0x003E);
-  Put16(header, 0x0003);
-  Put16(header, 0xFFFE);
-  Put16(header, 9);
-  Put16(header, 6);
-  header.append(6, '\0');
-  Put32(header, 0);
-  Put32(header, static_cast<std::uint32_t>(fat_sectors));
-  Put32(header, dir_sector);
-  Put32(header, 0);
-  Put32(header, 4096);
-  Put32(header, kEndOfChain);
-  Put32(header, 0);
-  Put32(header, kEndOfChain);
-  Put32(header, 0);
-  for (std::size_t i = 0; i < 109; ++i)
-    Put32(header, i < fat_sectors ? first_fat + static_cast<std::uint32_t>(i) : kFreeSector);
-
-  auto entry = [](const std::string& name, std::uint8_t type, std::uint32_t child,
-                  std::uint32_t start, std::uint32_t bytes) {
-    std::string e;
-    std::string units = name.empty() ? std::string() : Utf16Bytes(name) + std::string(2, '\0');
-    e += units;
-    e.resize(64, '\0');
-    Put16(e, static_cast<std::uint32_t>(units.size()));
-    e.push_back(static_cast<char>(type));
-    e.push_back('\x01');  // black
-    Put32(e, kFreeSector);
-    Put32(e, kFreeSector);
-    Put32(e, child);
-    e.append(16 + 4 + 16, '\0');  // class, state bits, times
-    Put32(e, start);
-    Put32(e, bytes);
-    Put32(e, 0);
-    return e;
-  };
-  std::string directory = entry("Root Entry", 5, 1, kEndOfChain, 0) +
-                          entry("Workbook", 2, kFreeSector, 0, static_cast<std::uint32_t>(size));
-  while (directory.size() < kSector) {
-    std::string empty = entry("", 0, kFreeSector, 0, 0);
-    directory += empty;
+// The compound document with the one stream "Workbook".
+std::string CompoundDocument(const std::string& stream,
+                             const std::function<void(const std::string&)>& fail) {
+  static const bool initialised = (gsf_init(), true);
+  (void)initialised;
+  std::unique_ptr<GsfOutput, Unref> memory(gsf_output_memory_new());
+  std::unique_ptr<GsfOutfile, Unref> document(gsf_outfile_msole_new(memory.get()));
+  if (!document) fail("libgsf");
+  {
+    std::unique_ptr<GsfOutput, Unref> workbook(
+        gsf_outfile_new_child(document.get(), "Workbook", FALSE));
+    if (!workbook ||
+        !gsf_output_write(workbook.get(), stream.size(),
+                          reinterpret_cast<const guint8*>(stream.data())) ||
+        !gsf_output_close(workbook.get())) {
+      fail("libgsf");
+    }
   }
-
-  std::string fat;
-  for (std::size_t i = 0; i < data_sectors; ++i)
-    Put32(fat, i + 1 < data_sectors ? static_cast<std::uint32_t>(i + 1) : kEndOfChain);
-  Put32(fat, kEndOfChain);  // the directory
-  for (std::size_t i = 0; i < fat_sectors; ++i) Put32(fat, kFatSector);
-  while (fat.size() < fat_sectors * kSector) Put32(fat, kFreeSector);
-
-  return header + stream + directory + fat;
+  if (!gsf_output_close(GSF_OUTPUT(document.get()))) fail("libgsf");
+  const guint8* bytes = gsf_output_memory_get_bytes(GSF_OUTPUT_MEMORY(memory.get()));
+  const auto size = static_cast<std::size_t>(gsf_output_size(memory.get()));
+  // Closing the document has closed the memory it was written to.
+  return std::string(reinterpret_cast<const char*>(bytes), size);
 }
 
 }  // namespace
 
-void WriteXlsWorkbook(const std::filesystem::path& file, const std::vector<XlsSheet>& sheets) {
+void WriteXlsWorkbook(const std::filesystem::path& file, const XlsWorkbook& book) {
   const std::string shown = "'" + file.string() + "'";
-  for (const auto& s : sheets) {
-    std::size_t columns = 0;
-    for (const auto& row : s.rows) columns = std::max(columns, row.size());
-    if (s.rows.size() > 65536 || columns > 256) {
-      throw VbError(ado::kErrGeneral,
-                    "Die Excel-Arbeitsmappe " + shown + " kann nicht geschrieben werden: das " +
-                        "Tabellenblatt '" + s.name +
-                        "' hat mehr Zeilen oder Spalten, als das Format Excel 97-2003 fasst",
-                    "Ketrova.Excel");
-    }
-  }
-  std::map<std::string, std::uint32_t> index;
-  std::vector<std::string> strings;
-  std::uint32_t total = 0;
-  std::vector<std::string> bodies;
-  for (const auto& s : sheets) bodies.push_back(Sheet(s, index, strings, total));
-  const std::string sst = SharedStrings(strings, total);
-  // The globals' size does not depend on the offsets they hold.
-  std::vector<std::uint32_t> offsets;
-  std::uint32_t at = static_cast<std::uint32_t>(Globals(sheets, {}, sst).size());
-  for (const auto& b : bodies) {
-    offsets.push_back(at);
-    at += static_cast<std::uint32_t>(b.size());
-  }
-  std::string stream = Globals(sheets, offsets, sst);
-  for (const auto& b : bodies) stream += b;
-  const std::string bytes = CompoundDocument(std::move(stream), file);
-
-  std::string temp =
-      (file.parent_path().empty() ? std::filesystem::path(".") : file.parent_path()).string() +
-      "/.ketrova-XXXXXX";
-  int fd = ::mkstemp(temp.data());
   auto fail = [&](const std::string& why) {
     throw VbError(ado::kErrGeneral,
                   "Die Excel-Arbeitsmappe " + shown + " kann nicht geschrieben werden: " + why,
                   "Ketrova.Excel");
   };
+  for (const auto& s : book.sheets) {
+    int columns = 0;
+    for (const auto& row : s.rows)
+      for (const auto& c : row.cells) columns = std::max(columns, c.column);
+    if ((!s.rows.empty() && s.rows.back().row > 65536) || columns > 256) {
+      fail("das Tabellenblatt '" + s.name +
+           "' hat mehr Zeilen oder Spalten, als das Format Excel 97-2003 fasst");
+    }
+  }
+  CellFormats xfs(book);
+  std::map<std::string, std::uint32_t> index;
+  std::vector<std::string> strings;
+  std::uint32_t total = 0;
+  std::vector<std::string> bodies;
+  for (const auto& s : book.sheets) bodies.push_back(Sheet(s, xfs, index, strings, total));
+  const std::string sst = SharedStrings(strings, total);
+  // The globals' size does not depend on the offsets they hold.
+  std::vector<std::uint32_t> offsets;
+  std::uint32_t at = static_cast<std::uint32_t>(Globals(book, xfs, {}, sst).size());
+  for (const auto& b : bodies) {
+    offsets.push_back(at);
+    at += static_cast<std::uint32_t>(b.size());
+  }
+  std::string stream = Globals(book, xfs, offsets, sst);
+  for (const auto& b : bodies) stream += b;
+  const std::string bytes = CompoundDocument(stream, fail);
+
+  std::string temp =
+      (file.parent_path().empty() ? std::filesystem::path(".") : file.parent_path()).string() +
+      "/.ketrova-XXXXXX";
+  int fd = ::mkstemp(temp.data());
   if (fd < 0) fail(std::strerror(errno));
   std::size_t written = 0;
   while (written < bytes.size()) {

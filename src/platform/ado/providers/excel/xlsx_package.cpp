@@ -12,8 +12,6 @@ namespace ketrova::excel {
 
 namespace {
 
-constexpr const char* kSource = "Ketrova.Excel";
-
 // The local part of an element name ("x:row" is "row").
 std::string_view Local(const char* name) {
   std::string_view n(name);
@@ -204,10 +202,7 @@ XlsxPackage::XlsxPackage(const std::filesystem::path& file) : file_(file) {
 XlsxPackage::~XlsxPackage() = default;
 
 void XlsxPackage::Damaged(const std::string& what) const {
-  throw VbError(
-      ado::kErrGeneral,
-      "Die Datei '" + file_.string() + "' ist keine lesbare Excel-Arbeitsmappe (" + what + ")",
-      kSource);
+  ThrowUnreadableWorkbook(file_, what);
 }
 
 bool XlsxPackage::HasEntry(const std::string& name) const {

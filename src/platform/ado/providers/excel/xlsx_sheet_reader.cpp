@@ -62,6 +62,20 @@ bool XlsxRowReader::Next(RawRow& row) {
   return true;
 }
 
+std::optional<std::pair<int, int>> XlsxRowReader::RemainingColumns() {
+  // The rows parsed but not handed out yet count too, and the row being parsed.
+  ready_.push_back(std::move(row_));
+  row_ = RawRow{};
+  for (const auto& r : ready_)
+    for (const auto& c : r.cells) WidenExtent(extent_, c.column);
+  ready_.clear();
+  columns_only_ = true;
+  XML_SetCharacterDataHandler(parser_, nullptr);
+  RawRow none;
+  Next(none);
+  return extent_;
+}
+
 void XMLCALL XlsxRowReader::OnStart(void* self, const XML_Char* name, const XML_Char** attrs) {
   static_cast<XlsxRowReader*>(self)->Start(Local(name), attrs);
 }
@@ -132,13 +146,17 @@ void XlsxRowReader::End(std::string_view name) {
   } else if (name == "c") {
     FinishCell();
   } else if (name == "row") {
-    if (!row_.cells.empty()) ready_.push_back(std::move(row_));
+    if (!row_.cells.empty() && !columns_only_) ready_.push_back(std::move(row_));
     row_ = RawRow{};
   }
 }
 
 void XlsxRowReader::FinishCell() {
   if (!has_value_) return;
+  if (columns_only_) {
+    WidenExtent(extent_, cell_.column);
+    return;
+  }
   CellValue& v = cell_.value;
   if (type_ == "s") {
     char* end = nullptr;

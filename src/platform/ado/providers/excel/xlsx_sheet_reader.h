@@ -26,6 +26,8 @@ class XlsxRowReader : public RowReader {
   XlsxRowReader& operator=(const XlsxRowReader&) = delete;
 
   bool Next(RawRow& row) override;
+  // Parses the rest without making values: only the cells' columns count.
+  std::optional<std::pair<int, int>> RemainingColumns() override;
 
  private:
   static void XMLCALL OnStart(void* self, const XML_Char* name, const XML_Char** attrs);
@@ -54,6 +56,8 @@ class XlsxRowReader : public RowReader {
   bool in_inline_text_ = false;
   bool in_phonetic_ = false;
   bool has_value_ = false;
+  bool columns_only_ = false;
+  std::optional<std::pair<int, int>> extent_;
 };
 
 }  // namespace ketrova::excel

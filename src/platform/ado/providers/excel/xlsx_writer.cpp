@@ -364,10 +364,14 @@ void XlsxWriter::Write() {
                    1 + static_cast<std::int64_t>(sheet.appended.size())};
     if (sheet.source == SIZE_MAX) {
       std::string part;
+      int number = 0;
       do {
-        part = folder + "worksheets/sheet" + std::to_string(next_sheet++) + ".xml";
+        number = next_sheet++;
+        part = folder + "worksheets/sheet" + std::to_string(number) + ".xml";
       } while (!fresh && wb.xlsx_->HasEntry(part));
-      added.push_back({sheet.name, part, "rIdKetrova" + std::to_string(added.size() + 1)});
+      // Named after the part, which is new, so that it is new in the
+      // workbook's relationships too.
+      added.push_back({sheet.name, part, "rIdKetrova" + std::to_string(number)});
       put(part, NewSheet(layout, sheet.appended));
     } else {
       const std::string& part = wb.xlsx_->sheets()[sheet.source].part;
