@@ -18,9 +18,9 @@
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <string>
-#include <map>
 #include <thread>
 
 #include "platform/ado/provider.h"

@@ -174,5 +174,33 @@ TEST_F(XbaseProviderTest, OdbcDataSourcesOfParadoxAndDbaseDriversOpenTheFolder) 
   EXPECT_TRUE(std::filesystem::exists(Path("P.db")));
 }
 
+// The rows written since the last flush form one group for the record loop:
+// open until the flush, committed when it saved them, lost with the store's
+// text when it could not, so that they are not counted as written.
+TEST_F(XbaseProviderTest, RowsAFlushCouldNotSaveAreLostWithItsText) {
+  auto db = Open();
+  db->Execute("CREATE TABLE [Liste] ([Nr] TEXT)");
+  db->Flush();
+  db->Execute("INSERT INTO [Liste] ([Nr]) VALUES ('1')");
+  const std::uint64_t group = db->LastWriteGroup();
+  ASSERT_NE(group, 0u);
+  std::string text;
+  EXPECT_EQ(db->FateOfWriteGroup(group, text), ado::Provider::GroupFate::kOpen);
+
+  // A folder where the table's file must go: no save, even for root.
+  std::filesystem::rename(Path("Liste.dbf"), Path("Liste.alt"));
+  std::filesystem::create_directories(Path("Liste.dbf") / "belegt");
+  EXPECT_THROW(db->Flush(), VbError);
+  EXPECT_EQ(db->FateOfWriteGroup(group, text), ado::Provider::GroupFate::kLost);
+  EXPECT_NE(text.find("Liste"), std::string::npos) << text;
+
+  std::filesystem::remove_all(Path("Liste.dbf"));
+  db->Execute("INSERT INTO [Liste] ([Nr]) VALUES ('2')");
+  const std::uint64_t next = db->LastWriteGroup();
+  EXPECT_GT(next, group);
+  db->Flush();
+  EXPECT_EQ(db->FateOfWriteGroup(next, text), ado::Provider::GroupFate::kCommitted);
+}
+
 }  // namespace
 }  // namespace ketrova::xbase_provider

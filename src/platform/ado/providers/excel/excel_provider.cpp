@@ -57,7 +57,7 @@ ExcelProvider::~ExcelProvider() {
 }
 
 void ExcelProvider::Flush() {
-  workbook_->Save();
+  unsaved_.Save([this] { workbook_->Save(); });
 }
 
 ado::ExecuteResult ExcelProvider::Execute(const std::string& sql, std::span<const Variant> params,
@@ -68,7 +68,9 @@ ado::ExecuteResult ExcelProvider::Execute(const std::string& sql, std::span<cons
     result.rowsAffected = 0;
     return result;
   }
-  return file_engine::ExecuteStatement(*engine_, sql, params, maxRows);
+  ado::ExecuteResult result = file_engine::ExecuteStatement(*engine_, sql, params, maxRows);
+  unsaved_.Wrote(result.rowsAffected);
+  return result;
 }
 
 void ExcelProvider::BeginTrans() {

@@ -25,6 +25,7 @@
 #include <string>
 
 #include "platform/ado/file_engine/file_engine.h"
+#include "platform/ado/file_engine/unsaved_writes.h"
 #include "platform/ado/provider.h"
 
 namespace ketrova::excel {
@@ -55,14 +56,20 @@ class ExcelProvider : public ado::Provider {
   std::vector<ado::IndexInfo> TableIndexes(const std::string&) override { return {}; }
   std::string ColumnTypeSql(const ado::ColumnInfo& column) const override;
 
-  // Writes the changes now. Raises VbError naming the file.
+  // Writes the changes now. Raises VbError naming the file; the writes since
+  // the last flush are then lost (FateOfGroup).
   void Flush() override;
+  std::uint64_t LastWriteGroup() const override { return unsaved_.LastWrite(); }
+  GroupFate FateOfGroup(std::uint64_t group, std::string& text) const override {
+    return unsaved_.Fate(group, text);
+  }
 
  private:
   void CreateTable(const std::string& sql);
 
   std::unique_ptr<Workbook> workbook_;
   std::unique_ptr<file_engine::FileEngine> engine_;
+  file_engine::UnsavedWrites unsaved_{"Excel"};
 };
 
 }  // namespace ketrova::excel

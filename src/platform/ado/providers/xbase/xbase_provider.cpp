@@ -172,15 +172,17 @@ XbaseProvider::~XbaseProvider() {
 }
 
 void XbaseProvider::Flush() {
-  for (auto& [key, table] : tables_) {
-    if (!table->changed) continue;
-    auto& rows = table->file->rows();
-    std::vector<ado::Row> kept;
-    for (std::size_t i = 0; i < rows.size(); ++i)
-      if (table->live[i]) kept.push_back(rows[i]);
-    table->file->Write(kept);
-    table->changed = false;
-  }
+  unsaved_.Save([this] {
+    for (auto& [key, table] : tables_) {
+      if (!table->changed) continue;
+      auto& rows = table->file->rows();
+      std::vector<ado::Row> kept;
+      for (std::size_t i = 0; i < rows.size(); ++i)
+        if (table->live[i]) kept.push_back(rows[i]);
+      table->file->Write(kept);
+      table->changed = false;
+    }
+  });
 }
 
 std::filesystem::path XbaseProvider::FileOf(const std::string& name) const {
@@ -208,7 +210,10 @@ ado::ExecuteResult XbaseProvider::Execute(const std::string& sql, std::span<cons
     result.rowsAffected = 0;
     return result;
   }
-  return file_engine::ExecuteStatement(*engine_, QuoteDottedAliases(sql), params, maxRows);
+  ado::ExecuteResult result =
+      file_engine::ExecuteStatement(*engine_, QuoteDottedAliases(sql), params, maxRows);
+  unsaved_.Wrote(result.rowsAffected);
+  return result;
 }
 
 std::vector<ado::TableInfo> XbaseProvider::Tables() {

@@ -25,6 +25,7 @@
 #include <string>
 
 #include "platform/ado/file_engine/file_engine.h"
+#include "platform/ado/file_engine/unsaved_writes.h"
 #include "platform/ado/provider.h"
 #include "platform/ado/providers/xbase/dbf_file.h"
 #include "platform/ado/providers/xbase/dbf_module.h"
@@ -62,8 +63,13 @@ class XbaseProvider : public ado::Provider {
   std::string ColumnTypeSql(const ado::ColumnInfo& column) const override;
 
   // Writes every changed table now: at a job's end, before the run waits on
-  // the user, and when the connection closes. Raises kErrGeneral.
+  // the user, and when the connection closes. Raises kErrGeneral; the writes
+  // since the last flush are then lost (FateOfGroup).
   void Flush() override;
+  std::uint64_t LastWriteGroup() const override { return unsaved_.LastWrite(); }
+  GroupFate FateOfGroup(std::uint64_t group, std::string& text) const override {
+    return unsaved_.Fate(group, text);
+  }
 
  private:
   std::filesystem::path FileOf(const std::string& name) const;
@@ -74,6 +80,7 @@ class XbaseProvider : public ado::Provider {
   std::map<std::string, std::unique_ptr<LoadedTable>> tables_;  // by upper-case file path
   TableLoader loader_;  // reads a table on first use; the module's way to tables_
   std::unique_ptr<file_engine::FileEngine> engine_;
+  file_engine::UnsavedWrites unsaved_{"dBase/Paradox"};
 };
 
 }  // namespace ketrova::xbase_provider
