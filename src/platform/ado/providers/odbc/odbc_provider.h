@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "platform/ado/provider.h"
+#include "platform/ado/providers/odbc/odbc_handle.h"
 
 namespace ketrova::ado {
 
@@ -66,7 +67,7 @@ class OdbcProvider : public Provider {
   std::unique_ptr<OdbcStatement> Acquire(const std::string& sql);
   void PrepareStatement(OdbcStatement& statement);
   void ExecDirect(const std::string& sql);
-  SQLHSTMT NewCatalogStatement();
+  odbc::OdbcHandle NewCatalogStatement();
   enum class CatalogFunction { kTables, kPrimaryKeys, kStatistics };
   SQLRETURN CatalogCall(SQLHSTMT stmt, CatalogFunction function, const std::string& table,
                         const std::string& extra = {});
@@ -79,7 +80,7 @@ class OdbcProvider : public Provider {
   SQLRETURN ExecDirectText(SQLHSTMT stmt, const std::string& sql);
   std::string ColumnText(SQLHSTMT stmt, SQLUSMALLINT col);
 
-  SQLHDBC dbc_ = SQL_NULL_HDBC;
+  odbc::OdbcHandle dbc_;
   std::string dialect_ = "odbc";
   std::string dbms_;
   std::string quote_ = "\"";
