@@ -4,6 +4,7 @@
 #include <cassert>
 #include <cctype>
 
+#include "platform/ado/sql_tokens.h"
 #include "support/collection.h"
 #include "support/vb_error.h"
 
@@ -27,24 +28,26 @@ constexpr std::int32_t kErrRowNotFound = -2147217864;  // DB_E_CONCURRENCYVIOLAT
                 "ADODB.Recordset");
 }
 
-bool IsWordChar(char c) {
-  return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '$' || c == '.' ||
-         static_cast<unsigned char>(c) >= 0x80;
+// A name may be joined by "." (owner.table, file.csv) and "$" (Tabelle1$).
+bool JoinsName(const SqlToken& t) {
+  return t.kind == SqlTokenKind::kWord || t.Is('.') || t.Is('$');
 }
 
 // Reads an identifier ([x], "x", `x` or a word) at `i`; empty when there is none.
 std::string ReadIdentifier(std::string_view s, std::size_t& i) {
-  while (i < s.size() && std::isspace(static_cast<unsigned char>(s[i]))) ++i;
-  if (i >= s.size()) return {};
-  char open = s[i];
-  char close = open == '[' ? ']' : open;
-  if (open == '[' || open == '"' || open == '`') {
-    std::size_t end = s.find(close, i + 1);
-    if (end == std::string_view::npos) return {};
-    std::string name(s.substr(i + 1, end - i - 1));
-    i = end + 1;
+  std::size_t p = i;
+  SqlToken t;
+  do {
+    if (p >= s.size()) return {};
+    i = p;
+    t = NextSqlToken(s, p);
+  } while (t.kind == SqlTokenKind::kSpace);
+  if (t.kind == SqlTokenKind::kBracketed || t.kind == SqlTokenKind::kQuoted) {
+    if (!t.closed) return {};
+    std::string name = t.Content();
+    i = p;
     // The text driver's `folder`\file.TXT names one table: folder and file.
-    if (open == '`' && i < s.size() && s[i] == '\\') {
+    if (t.text[0] == '`' && i < s.size() && s[i] == '\\') {
       std::size_t start = i;
       while (i < s.size() && !std::isspace(static_cast<unsigned char>(s[i]))) ++i;
       name += std::string(s.substr(start, i - start));
@@ -52,32 +55,28 @@ std::string ReadIdentifier(std::string_view s, std::size_t& i) {
     return name;
   }
   std::size_t start = i;
-  while (i < s.size() && IsWordChar(s[i])) ++i;
+  while (JoinsName(t)) {
+    i = p;
+    if (p >= s.size()) break;
+    t = NextSqlToken(s, p);
+  }
   return std::string(s.substr(start, i - start));
 }
 
 // Position of a keyword at top level (outside quotes, brackets, parentheses).
 std::size_t FindKeyword(std::string_view s, std::string_view keyword, std::size_t from = 0) {
   int depth = 0;
-  char quote = 0;
-  for (std::size_t i = from; i < s.size(); ++i) {
-    char c = s[i];
-    if (quote) {
-      if (c == quote) quote = 0;
-      continue;
-    }
-    if (c == '\'' || c == '"' || c == '`')
-      quote = c;
-    else if (c == '[')
-      quote = ']';
-    else if (c == '(')
+  for (std::size_t i = from; i < s.size();) {
+    std::size_t start = i;
+    SqlToken t = NextSqlToken(s, i);
+    if (t.Is('('))
       ++depth;
-    else if (c == ')')
+    else if (t.Is(')'))
       --depth;
-    else if (depth == 0 && (i == 0 || !IsWordChar(s[i - 1])) && s.size() - i >= keyword.size() &&
-             KeyEquals(s.substr(i, keyword.size()), keyword) &&
-             (i + keyword.size() == s.size() || !IsWordChar(s[i + keyword.size()])))
-      return i;
+    else if (depth == 0 && t.IsWord(keyword) &&
+             (start == 0 || (s[start - 1] != '.' && s[start - 1] != '$')) &&
+             (i == s.size() || (s[i] != '.' && s[i] != '$')))
+      return start;
   }
   return std::string_view::npos;
 }
