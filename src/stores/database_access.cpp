@@ -125,6 +125,8 @@ void CDatabase::Open() {
     SetColBrackets();
     active_ = true;
   } catch (...) {
+    // A store that does not open raises nothing: the error lands in
+    // LastErrorMessage and ErrorNumber.
     SetPendingError(std::current_exception());
     ui::ShowHourglass(false);
     if (std::string why = SQLiteFileProblem(); !why.empty()) Err().Description += " (" + why + ")";
@@ -199,6 +201,7 @@ std::string Transaction(Call&& call, bool& onTransaction, bool after) {
     onTransaction = after;
     return {};
   } catch (...) {
+    // A failed transaction call answers its error text and leaves the flag as it was.
     return CurrentFailureText();
   }
 }
@@ -244,6 +247,7 @@ std::string CDatabase::RecordSetOpen(std::shared_ptr<ado::Recordset>& objRS,
     objRS->Open(Variant(szSQL), Variant(ObjectPtr(Connection)), inCursorType, inLockType, -1);
     return {};
   } catch (...) {
+    // A record set that does not open answers the error text.
     return CurrentFailureText();
   }
 }
@@ -270,6 +274,7 @@ bool CDatabase::RecordsetEOF() {
   try {
     return Recordset->Eof();
   } catch (...) {
+    // The store-level EOF swallows a failure and answers False.
     Err().Clear();
     return false;
   }
@@ -284,6 +289,7 @@ bool CDatabase::RecordsetMoveNext() {
     }
     Recordset->MoveNext();
   } catch (...) {
+    // The store-level MoveNext swallows a failure (and answers False, as always).
   }
   return false;
 }
@@ -294,6 +300,7 @@ std::int32_t CDatabase::RecordsetRecordCount() {
     if (DatabaseType == dbtOutlook) return m_OutLook ? m_OutLook->RecordCount() : 0;
     return Recordset->RecordCount();
   } catch (...) {
+    // The store-level RecordCount swallows a failure and answers 0.
     return 0;
   }
 }
@@ -306,6 +313,7 @@ std::string CDatabase::CreateObject(const std::string& szObjectName, const std::
     if (!szSQL.empty()) Connection->Execute(szSQL, nullptr, -1);
     return {};
   } catch (...) {
+    // A failed CREATE answers the error text.
     return CurrentFailureText();
   }
 }
@@ -330,6 +338,7 @@ bool CDatabase::ObjectExists(const std::string& szObjectName) {
       if (IsEqual(schema->GetFields().Item("TABLE_NAME").Value().ToText(), szObjectName))
         return true;
   } catch (...) {
+    // An object that cannot be looked up does not exist for the caller.
     Err().Clear();
   }
   return false;
@@ -373,6 +382,7 @@ std::string ExecuteSQL(ado::Connection& objConnection, const std::string& szSQL)
     if (result && result->State() == ado::adStateOpen) result->Close();
     return {};
   } catch (...) {
+    // A failed statement answers its error message; the failure does not spread.
     SetPendingError(std::current_exception());
     std::string text = BuildErrorMessage(std::string(), std::string());
     Err().Clear();
@@ -387,6 +397,7 @@ void CloseRecordset(ado::Recordset* objRS) {
   try {
     objRS->Close();
   } catch (...) {
+    // A record set is closed with every error ignored.
   }
 }
 
@@ -395,6 +406,7 @@ void CloseConnection(ado::Connection* objConnection) {
   try {
     objConnection->Close();
   } catch (...) {
+    // A connection is closed with every error ignored.
   }
 }
 

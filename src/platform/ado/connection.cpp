@@ -21,9 +21,11 @@ ColumnInfo SchemaColumn(const char* name, DataTypeEnum type, std::int64_t size) 
 }  // namespace
 
 Connection::~Connection() {
+  // A connection let go while open is closed; a destructor has no one to tell
+  // of a failure.
   try {
     Close();
-  } catch (...) {
+  } catch (const VbError&) {
   }
 }
 
@@ -42,9 +44,11 @@ void Connection::Open(const std::string& connectionString, const std::string& us
 void Connection::Close() {
   if (!provider_) return;
   if (inTransaction_) {
+    // A transaction left open is rolled back; when that fails, the driver's
+    // own rollback at disconnect stands behind it.
     try {
       provider_->RollbackTrans();
-    } catch (...) {
+    } catch (const VbError&) {
     }
     inTransaction_ = false;
   }

@@ -159,10 +159,7 @@ int FieldAttributes(const ColumnInfo& c, bool updatable) {
 Recordset::Recordset() : fields_(std::make_shared<Fields>(this)) {}
 
 Recordset::~Recordset() {
-  try {
-    cursor_.reset();
-  } catch (...) {
-  }
+  cursor_.reset();
   fields_->Detach();
 }
 
