@@ -2,6 +2,7 @@
 
 #include <cctype>
 
+#include "platform/ado/ado_errors.h"
 #include "platform/ado/recordset.h"
 #include "support/vb_error.h"
 
@@ -31,9 +32,7 @@ Connection::~Connection() {
 
 void Connection::Open(const std::string& connectionString, const std::string& user,
                       const std::string& password, int options) {
-  if (provider_)
-    throw VbError(kErrObjectOpen, "Der Vorgang ist für ein geöffnetes Objekt nicht zulässig.",
-                  "ADODB.Connection");
+  if (provider_) ThrowAdoError(AdoError::kObjectOpen, "ADODB.Connection");
   if (!connectionString.empty()) ConnectionString = connectionString;
   provider_ = OpenProvider(ConnectionString, user, password);
   provider_->SetCommandTimeout(commandTimeout_);
@@ -64,9 +63,7 @@ void Connection::SetCommandTimeout(std::int32_t seconds) {
 }
 
 Provider& Connection::GetProvider() const {
-  if (!provider_)
-    throw VbError(kErrObjectClosed, "Der Vorgang ist für ein geschlossenes Objekt nicht zulässig.",
-                  "ADODB.Connection");
+  if (!provider_) ThrowAdoError(AdoError::kObjectClosed, "ADODB.Connection");
   return *provider_;
 }
 
@@ -111,9 +108,7 @@ void Connection::RollbackTrans() {
 
 RecordsetPtr Connection::OpenSchema(int schema) {
   Provider& provider = GetProvider();
-  if (schema != adSchemaTables)
-    throw VbError(kErrNotSupported, "Der Vorgang wird von diesem Provider nicht unterstützt.",
-                  "ADODB.Connection");
+  if (schema != adSchemaTables) ThrowAdoError(AdoError::kNotSupported, "ADODB.Connection");
   std::vector<ColumnInfo> columns = {
       SchemaColumn("TABLE_CATALOG", adVarWChar, 128), SchemaColumn("TABLE_SCHEMA", adVarWChar, 128),
       SchemaColumn("TABLE_NAME", adVarWChar, 128),    SchemaColumn("TABLE_TYPE", adVarWChar, 32),

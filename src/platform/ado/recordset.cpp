@@ -4,6 +4,7 @@
 #include <cassert>
 #include <cctype>
 
+#include "platform/ado/ado_errors.h"
 #include "platform/ado/sql_tokens.h"
 #include "support/collection.h"
 #include "support/vb_error.h"
@@ -12,20 +13,13 @@ namespace ketrova::ado {
 namespace {
 
 constexpr std::size_t kBlockRows = 64;
-constexpr std::int32_t kErrRowNotFound = -2147217864;  // DB_E_CONCURRENCYVIOLATION
 
 [[noreturn]] void NoCurrentRecord() {
-  throw VbError(kErrBofEof,
-                "BOF oder EOF hat den Wert True, oder der aktuelle Datensatz wurde gelöscht. Für "
-                "den angeforderten Vorgang ist ein aktueller Datensatz erforderlich.",
-                "ADODB.Recordset");
+  ThrowAdoError(AdoError::kNoCurrentRecord, "ADODB.Recordset");
 }
 
 [[noreturn]] void NotUpdatable() {
-  throw VbError(kErrNotSupported,
-                "Das aktuelle Recordset unterstützt keine Aktualisierungen. Dies ist "
-                "möglicherweise eine Einschränkung des Providers oder des gewählten Sperrtyps.",
-                "ADODB.Recordset");
+  ThrowAdoError(AdoError::kNotUpdatable, "ADODB.Recordset");
 }
 
 // A name may be joined by "." (owner.table, file.csv) and "$" (Tabelle1$).
@@ -164,32 +158,22 @@ Recordset::~Recordset() {
 }
 
 void Recordset::SetActiveConnection(ConnectionPtr connection) {
-  if (open_)
-    throw VbError(kErrObjectOpen, "Der Vorgang ist für ein geöffnetes Objekt nicht zulässig.",
-                  "ADODB.Recordset");
+  if (open_) ThrowAdoError(AdoError::kObjectOpen, "ADODB.Recordset");
   connection_ = std::move(connection);
 }
 
 void Recordset::SetMaxRecords(std::int32_t n) {
-  if (open_)
-    throw VbError(kErrObjectOpen, "Der Vorgang ist für ein geöffnetes Objekt nicht zulässig.",
-                  "ADODB.Recordset");
+  if (open_) ThrowAdoError(AdoError::kObjectOpen, "ADODB.Recordset");
   maxRecords_ = std::max(n, 0);
 }
 
 void Recordset::Open(const Variant& source, const Variant& activeConnection, int cursorType,
                      int lockType, int options) {
-  if (open_)
-    throw VbError(kErrObjectOpen, "Der Vorgang ist für ein geöffnetes Objekt nicht zulässig.",
-                  "ADODB.Recordset");
+  if (open_) ThrowAdoError(AdoError::kObjectOpen, "ADODB.Recordset");
   if (!activeConnection.IsMissing() && !activeConnection.IsEmpty() && !activeConnection.IsNull()) {
     if (activeConnection.IsObject()) {
       auto c = std::dynamic_pointer_cast<Connection>(activeConnection.AsObject());
-      if (!c)
-        throw VbError(kErrArguments,
-                      "Die Argumente sind vom falschen Typ, liegen außerhalb "
-                      "des zulässigen Bereichs oder sind miteinander unvereinbar.",
-                      "ADODB.Recordset");
+      if (!c) ThrowAdoError(AdoError::kArguments, "ADODB.Recordset");
       connection_ = c;
     } else {
       auto c = std::make_shared<Connection>();
@@ -209,10 +193,7 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
 
   if (source_.empty() && (source.IsMissing() || source.IsEmpty())) {
     if (connection_ && fields_->Count() == 0)
-      throw VbError(kErrArguments,
-                    "Die Argumente sind vom falschen Typ, liegen außerhalb des "
-                    "zulässigen Bereichs oder sind miteinander unvereinbar.",
-                    "ADODB.Recordset");
+      ThrowAdoError(AdoError::kArguments, "ADODB.Recordset");
     // The in-memory record set, over the appended fields.
     inMemory_ = true;
     columns_.clear();
@@ -224,9 +205,7 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
     open_ = true;
     return;
   }
-  if (!connection_)
-    throw VbError(kErrObjectClosed, "Der Vorgang ist für ein geschlossenes Objekt nicht zulässig.",
-                  "ADODB.Recordset");
+  if (!connection_) ThrowAdoError(AdoError::kObjectClosed, "ADODB.Recordset");
   provider_ = connection_->SharedProvider();
   if (IsDdlStatement(source_)) connection_->ForgetTableShapes();
   bool updatable = lockType_ > adLockReadOnly;
@@ -355,9 +334,7 @@ void Recordset::OpenInMemory(const std::vector<ColumnInfo>& columns, std::vector
 }
 
 void Recordset::Close() {
-  if (!open_)
-    throw VbError(kErrObjectClosed, "Der Vorgang ist für ein geschlossenes Objekt nicht zulässig.",
-                  "ADODB.Recordset");
+  if (!open_) ThrowAdoError(AdoError::kObjectClosed, "ADODB.Recordset");
   // Pending changes of a batch are thrown away, as ADO does on Close.
   cursor_.reset();
   pendingRun_ = false;
@@ -374,9 +351,7 @@ void Recordset::Close() {
 }
 
 void Recordset::CheckOpen() const {
-  if (!open_)
-    throw VbError(kErrObjectClosed, "Der Vorgang ist für ein geschlossenes Objekt nicht zulässig.",
-                  "ADODB.Recordset");
+  if (!open_) ThrowAdoError(AdoError::kObjectClosed, "ADODB.Recordset");
 }
 
 void Recordset::RunPending() {
@@ -755,10 +730,7 @@ void Recordset::WriteRecord(Record& r) {
   }
   ExecuteResult result = provider.Execute(sql, params);
   if (!r.isNew && result.rowsAffected == 0)
-    throw VbError(kErrRowNotFound,
-                  "Die Zeile für die Aktualisierung konnte nicht gefunden werden. Einige Werte "
-                  "wurden seit dem letzten Lesen möglicherweise geändert.",
-                  "ADODB.Recordset");
+    ThrowAdoError(AdoError::kRowNotFound, "ADODB.Recordset");
   r.original.clear();
   r.changed.assign(columns_.size(), false);
   r.isNew = false;
