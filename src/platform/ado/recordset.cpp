@@ -14,6 +14,18 @@ namespace {
 
 constexpr std::size_t kBlockRows = 64;
 
+// Asserts what the moves rely on: BOF is -1, EOF one past the rows read, the
+// rows let go (only of a result read from a store) lie before them, and every
+// record has a changed flag per column.
+template <typename Records>
+void CheckPosition(std::int64_t position, std::int64_t dropped, bool inMemory,
+                   const Records& records, std::size_t columns) {
+  assert(position >= -1 && position <= static_cast<std::int64_t>(records.size()));
+  assert(dropped >= 0 && (dropped == 0 || !inMemory));
+  assert(records.empty() || records.back().changed.size() == columns);
+  (void)position, (void)dropped, (void)inMemory, (void)records, (void)columns;
+}
+
 [[noreturn]] void NoCurrentRecord() {
   ThrowAdoError(AdoError::kNoCurrentRecord, "ADODB.Recordset");
 }
@@ -377,7 +389,9 @@ bool Recordset::FetchMore() {
   }
   std::vector<Row> rows;
   std::size_t got = cursor_->Fetch(rows, want);
+  assert(got <= want && rows.size() == got);
   for (auto& r : rows) {
+    assert(r.size() == columns_.size());
     Record rec;
     rec.values = std::move(r);
     rec.changed.assign(columns_.size(), false);
@@ -388,6 +402,7 @@ bool Recordset::FetchMore() {
   if (got < want || (maxRecords_ > 0 && records_.size() + static_cast<std::size_t>(dropped_) >=
                                             static_cast<std::size_t>(maxRecords_)))
     cursor_.reset();
+  CheckPosition(position_, dropped_, inMemory_, records_, columns_.size());
   return got > 0;
 }
 
@@ -403,6 +418,7 @@ void Recordset::DropPassedRows() {
   records_.erase(records_.begin(), records_.begin() + drop);
   position_ -= drop;
   dropped_ += drop;
+  CheckPosition(position_, dropped_, inMemory_, records_, columns_.size());
 }
 
 void Recordset::Requery(std::int64_t row) {
@@ -416,6 +432,7 @@ void Recordset::Requery(std::int64_t row) {
   cursor_ = std::move(result.cursor);
   FetchMore();
   while (dropped_ + position_ < row && !Eof()) ++position_;
+  CheckPosition(position_, dropped_, inMemory_, records_, columns_.size());
 }
 
 void Recordset::FetchAll() {
@@ -438,6 +455,7 @@ bool Recordset::Bof() {
 
 Recordset::Record& Recordset::Current() {
   if (Eof() || position_ < 0) NoCurrentRecord();
+  CheckPosition(position_, dropped_, inMemory_, records_, columns_.size());
   return records_[static_cast<std::size_t>(position_)];
 }
 
@@ -455,6 +473,7 @@ void Recordset::MoveNext() {
   if (editMode_ != adEditNone) Update();
   if (Eof()) NoCurrentRecord();
   ++position_;
+  CheckPosition(position_, dropped_, inMemory_, records_, columns_.size());
 }
 
 void Recordset::MovePrevious() {
@@ -463,6 +482,7 @@ void Recordset::MovePrevious() {
   if (position_ < 0) NoCurrentRecord();
   if (position_ == 0 && dropped_ > 0) return Requery(dropped_ - 1);
   --position_;
+  CheckPosition(position_, dropped_, inMemory_, records_, columns_.size());
 }
 
 void Recordset::MoveLast() {
