@@ -391,7 +391,8 @@ bool Recordset::FetchMore() {
   std::size_t got = cursor_->Fetch(rows, want);
   assert(got <= want && rows.size() == got);
   for (auto& r : rows) {
-    assert(r.size() == columns_.size());
+    // A value per column, and the row's identity behind them when it is read.
+    assert(r.size() == columns_.size() + (identity_.column.empty() ? 0 : 1));
     Record rec;
     rec.values = std::move(r);
     rec.changed.assign(columns_.size(), false);
