@@ -36,8 +36,10 @@ class OdbcHandle {
 
   SQLSMALLINT Type() const { return type_; }
   SQLHANDLE Get() const { return handle_; }
-  // The raw handle for the ODBC calls; null when empty.
-  operator SQLHANDLE() const { return handle_; }  // NOLINT(google-explicit-constructor)
+  // The raw handle for the ODBC calls; null when empty. Not of a temporary,
+  // which would free the handle at once.
+  operator SQLHANDLE() const& { return handle_; }  // NOLINT(google-explicit-constructor)
+  operator SQLHANDLE() const&& = delete;
   explicit operator bool() const { return handle_ != SQL_NULL_HANDLE; }
   // Frees the handle now (a connection is disconnected first).
   void Free() noexcept;
