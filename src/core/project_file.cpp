@@ -99,6 +99,7 @@ std::string CConverter::SaveProject(const std::string& szFileName) {
     if (!SaveDocument(Document(), FileName)) throw VbError(75);
     EditMode = edEdit;
   } catch (...) {
+    // The first failure stops the sections; the partial document is written all the same.
     SetPendingError(std::current_exception());
   }
   ui::ShowHourglass(false);
@@ -174,6 +175,7 @@ std::string CConverter::LoadProject(const std::string& szFileName) {
     SetProjectDirectory(FilePath(szFileName));
     EditMode = edEdit;
   } catch (...) {
+    // A failed load is reported through the text made below.
     SetPendingError(std::current_exception());
     failed = true;
   }

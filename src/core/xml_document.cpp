@@ -4,6 +4,8 @@
 #include <iterator>
 #include <sstream>
 
+#include "support/xml_text.h"
+
 namespace ketrova {
 
 namespace {
@@ -14,49 +16,6 @@ constexpr const char* kHoldingName = "ketrova-detached";
 
 bool IsHolding(pugi::xml_node node) {
   return node.type() == pugi::node_element && std::string_view(node.name()) == kHoldingName;
-}
-
-void AppendEscaped(std::string& out, std::string_view text, bool attribute) {
-  for (char c : text) {
-    switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      case '"':
-        if (attribute)
-          out += "&quot;";
-        else
-          out += c;
-        break;
-      // Line ends and tabs in an attribute would be folded to blanks on reading.
-      case '\r':
-        if (attribute)
-          out += "&#13;";
-        else
-          out += c;
-        break;
-      case '\n':
-        if (attribute)
-          out += "&#10;";
-        else
-          out += c;
-        break;
-      case '\t':
-        if (attribute)
-          out += "&#9;";
-        else
-          out += c;
-        break;
-      default:
-        out += c;
-    }
-  }
 }
 
 void AppendCData(std::string& out, std::string_view data) {
@@ -85,7 +44,7 @@ void AppendNode(std::string& out, pugi::xml_node node) {
         out += ' ';
         out += a.name();
         out += "=\"";
-        AppendEscaped(out, a.value(), true);
+        AppendXmlEscaped(out, a.value(), true);
         out += '"';
       }
       if (!node.first_child()) {
@@ -100,7 +59,7 @@ void AppendNode(std::string& out, pugi::xml_node node) {
       break;
     }
     case pugi::node_pcdata:
-      AppendEscaped(out, node.value(), false);
+      AppendXmlEscaped(out, node.value(), false);
       break;
     case pugi::node_cdata:
       AppendCData(out, node.value());

@@ -222,6 +222,7 @@ pugi::xml_node CXMLADO::RecordsetToXML(const ObjectPtr& objRecordSet, std::strin
       AppendChild(element, child);
     }
   } catch (...) {
+    // Writes swallow their failures into the error text.
     SetPendingError(std::current_exception());
     szError = BuildErrorMessage(szError, "");
     Err().Clear();

@@ -269,6 +269,7 @@ std::string CEngine::Execute(std::string& szFileName) {
           ui::vbInformation, Converter->ProductName());
     }
   } catch (...) {
+    // An unexpected run-time error in the driver is logged, counted and the result.
     SetPendingError(std::current_exception());
     if (szError.empty()) {
       ++errorCount_;

@@ -152,6 +152,7 @@ std::string CEngine::JobRun::Run() {
       if (dst_.DeleteBeforeInsert) CountWritten();
     }
   } catch (...) {
+    // A run-time error under error trapping goes to the job's error end.
     SetPendingError(std::current_exception());
     flow = Flow::kErrorEnd;
     FlushAndSettle();

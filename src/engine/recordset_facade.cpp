@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "platform/ado/ado_errors.h"
 #include "support/vb_error.h"
 
 namespace ketrova {
@@ -63,10 +64,7 @@ void CRecordset::Assign(const Variant& fields, const Variant& values) {
   std::vector<Variant> items = Items(values);
   // ADO refuses lists of different lengths before it touches a field.
   if (values.IsMissing() || names.size() != items.size())
-    throw VbError(3001,
-                  "Die Argumente sind vom falschen Typ, liegen außerhalb des gültigen Bereichs "
-                  "oder sind miteinander unvereinbar.",
-                  "ADODB.Recordset");
+    ado::ThrowAdoError(ado::AdoError::kArguments, "ADODB.Recordset");
   for (std::size_t i = 0; i < names.size(); ++i)
     recordset_->GetFields().Item(names[i]).SetValue(items[i]);
 }

@@ -36,6 +36,7 @@ std::string CScriptModule::Load(pugi::xml_node objRootNode) {
       ScriptText = EscapeSpecialChars(ConvertUmlautsEscape(NodeText(text), false), false);
     return {};
   } catch (...) {
+    // A module that cannot be read answers the error text of its step.
     SetPendingError(std::current_exception());
     std::string message = "\\nAusgeführte Aktion : " + szStep;
     BuildErrorText(1, message, "");

@@ -54,6 +54,7 @@ std::string CEngine::ConfigureScripting(const std::string& szName) {
     WriteLogLine(LogFrame('-', 100));
     return {};
   } catch (...) {
+    // A run-time error while setting up the scripting ends with its error text.
     SetPendingError(std::current_exception());
     return BuildErrorText(1, "", "");
   }

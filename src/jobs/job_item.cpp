@@ -180,6 +180,7 @@ bool CJobItem::ValidRecordset() const {
   try {
     return Recordset && Recordset->State() > ado::adStateClosed && !Recordset->Eof();
   } catch (...) {
+    // Any error gives False.
     return false;
   }
 }
@@ -223,6 +224,7 @@ bool CJobItem::OpenRecordSet(std::int32_t inMaxRecords, bool bForInsert,
     }
     return true;
   } catch (...) {
+    // Opening never raises: False, and the reason in LastErrorMessage.
     SetPendingError(std::current_exception());
     LastErrorNumber = Err().Number;
     LastErrorMessage = BuildErrorText(1, std::string(), std::string()) + "\r\nSQL:\r\n" + sql;
@@ -259,6 +261,7 @@ bool CJobItem::ReloadColumns(bool bReload, std::int32_t inMaxRecords) {
     }
     return true;
   } catch (...) {
+    // Any failure ends the reload with False and the columns built so far.
     return false;
   }
 }

@@ -65,6 +65,7 @@ bool CJobs::MoveJob(std::int32_t& liFromIndex, std::int32_t& liToIndex) {
       ++counter;
     }
   } catch (...) {
+    // A failing step beeps and leaves the list as far as the steps have come.
     ui::Current().Beep();
   }
   return false;

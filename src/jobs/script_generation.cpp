@@ -105,6 +105,7 @@ std::string CJob::GenerateScript(std::string& szError) {
     Script = script;
     return script;
   } catch (...) {
+    // A run-time error in the head or the loop gives the German message and no script.
     szError = std::string("Ein oder mehrere Feld(er) konnte(n) nicht ermittelt werden.") + kCrLf +
               "Weisen Sie bitte die Zielfelder nochmals zu.";
     return {};

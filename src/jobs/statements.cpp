@@ -244,6 +244,7 @@ std::string CJobItem::GenerateSQLInsertRecord(std::string& szError) {
     }
     szError.clear();
   } catch (...) {
+    // A failure is reported through szError with an empty statement.
     SetPendingError(std::current_exception());
     szError = BuildErrorText(1, std::string(), std::string());
     Err().Clear();

@@ -186,6 +186,7 @@ std::string CJobItem::GenerateTableStructure(std::string& szError,
     }
     sql += ")\r\n";
   } catch (...) {
+    // A failure is reported through szError, which is also the result.
     SetPendingError(std::current_exception());
     szError = BuildErrorText(1, szError, szStep);
     Err().Clear();

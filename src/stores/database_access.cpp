@@ -124,6 +124,8 @@ void CDatabase::Open() {
     SetColBrackets();
     active_ = true;
   } catch (...) {
+    // A store that does not open raises nothing: the error lands in
+    // LastErrorMessage and ErrorNumber.
     SetPendingError(std::current_exception());
     ui::ShowHourglass(false);
     if (std::string why = SQLiteFileProblem(); !why.empty()) Err().Description += " (" + why + ")";
@@ -198,6 +200,7 @@ std::string Transaction(Call&& call, bool& onTransaction, bool after) {
     onTransaction = after;
     return {};
   } catch (...) {
+    // A failed transaction call answers its error text and leaves the flag as it was.
     return CurrentFailureText();
   }
 }
@@ -243,6 +246,7 @@ std::string CDatabase::RecordSetOpen(std::shared_ptr<ado::Recordset>& objRS,
     objRS->Open(Variant(szSQL), Variant(ObjectPtr(Connection)), inCursorType, inLockType, -1);
     return {};
   } catch (...) {
+    // A record set that does not open answers the error text.
     return CurrentFailureText();
   }
 }
@@ -274,6 +278,7 @@ bool CDatabase::RecordsetEOF() {
   try {
     return recordset_->Eof();
   } catch (...) {
+    // The store-level EOF swallows a failure and answers False.
     Err().Clear();
     return false;
   }
@@ -288,6 +293,7 @@ bool CDatabase::RecordsetMoveNext() {
     }
     recordset_->MoveNext();
   } catch (...) {
+    // The store-level MoveNext swallows a failure (and answers False, as always).
   }
   return false;
 }
@@ -298,6 +304,7 @@ std::int32_t CDatabase::RecordsetRecordCount() {
     if (DatabaseType == dbtOutlook) return m_OutLook ? m_OutLook->RecordCount() : 0;
     return recordset_->RecordCount();
   } catch (...) {
+    // The store-level RecordCount swallows a failure and answers 0.
     return 0;
   }
 }
@@ -310,6 +317,7 @@ std::string CDatabase::CreateObject(const std::string& szObjectName, const std::
     if (!szSQL.empty()) Connection->Execute(szSQL, nullptr, -1);
     return {};
   } catch (...) {
+    // A failed CREATE answers the error text.
     return CurrentFailureText();
   }
 }
@@ -334,6 +342,7 @@ bool CDatabase::ObjectExists(const std::string& szObjectName) {
       if (IsEqual(schema->GetFields().Item("TABLE_NAME").Value().ToText(), szObjectName))
         return true;
   } catch (...) {
+    // An object that cannot be looked up does not exist for the caller.
     Err().Clear();
   }
   return false;
@@ -393,6 +402,7 @@ std::string ExecuteSQL(ado::Connection& objConnection, const std::string& szSQL)
     if (result && result->State() == ado::adStateOpen) result->Close();
     return {};
   } catch (...) {
+    // A failed statement answers its error message; the failure does not spread.
     SetPendingError(std::current_exception());
     std::string text = BuildErrorMessage(std::string(), std::string());
     Err().Clear();
@@ -407,6 +417,7 @@ void CloseRecordset(ado::Recordset* objRS) {
   try {
     objRS->Close();
   } catch (...) {
+    // A record set is closed with every error ignored.
   }
 }
 
@@ -415,6 +426,7 @@ void CloseConnection(ado::Connection* objConnection) {
   try {
     objConnection->Close();
   } catch (...) {
+    // A connection is closed with every error ignored.
   }
 }
 

@@ -1,5 +1,7 @@
 #include "stores/database_objects.h"
 
+#include <stdexcept>
+
 #include "core/converter.h"
 #include "core/error_text.h"
 #include "core/project_values.h"
@@ -38,7 +40,7 @@ bool IsValidMySQLField(std::int32_t inDataType) {
 std::int32_t LeadingNumber(const std::string& text) {
   try {
     return static_cast<std::int32_t>(std::stol(Trim(text)));
-  } catch (...) {
+  } catch (const std::logic_error&) {  // no number, or one beyond long
     return 0;
   }
 }
@@ -164,6 +166,7 @@ std::string CDatabaseObject::LoadColumns() {
       if (native == dbtMySQL) ReadMySQLColumnSize(entry, field->Name());
     }
   } catch (...) {
+    // A failure ends the listing with the error text of its step; the fields read so far stay.
     SetPendingError(std::current_exception());
     result = ReplaceAll(BuildErrorText(1, std::string(), szStep), "\r\n", " ");
     Err().Clear();
@@ -184,6 +187,7 @@ void CDatabaseObject::ReadMySQLColumnSize(CDatabaseObjectField& objField,
     Variant value = rs->GetFields().Item("Type").Value();
     if (!value.IsNull()) type = value.ToText();
   } catch (...) {
+    // The size from the server is a refinement: each failing step leaves the driver's size.
   }
   CloseRecordset(rs.get());
   if (type.empty()) return;

@@ -38,15 +38,17 @@ void FillODBCDataSources(ListControl& cboDSN, ListControl* cboDrivers) {
   cboDSN.Clear();
   if (cboDrivers) cboDrivers->Clear();
   cboDSN.AddItem("(Keine)");
+  // Without a driver manager that answers, the list holds only "(Keine)".
   SQLHENV env = SQL_NULL_HENV;
   if (SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &env))) {
-    SQLSetEnvAttr(env, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
+    bool ready = SQL_SUCCEEDED(
+        SQLSetEnvAttr(env, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0));
     std::array<SQLCHAR, 1024> name{};
     std::array<SQLCHAR, 1024> driver{};
     SQLSMALLINT nameLength = 0;
     SQLSMALLINT driverLength = 0;
-    while (SQLDataSources(env, SQL_FETCH_NEXT, name.data(), name.size(), &nameLength, driver.data(),
-                          driver.size(), &driverLength) == SQL_SUCCESS) {
+    while (ready && SQLDataSources(env, SQL_FETCH_NEXT, name.data(), name.size(), &nameLength,
+                                   driver.data(), driver.size(), &driverLength) == SQL_SUCCESS) {
       std::string dsn(reinterpret_cast<const char*>(name.data()));
       if (Trim(dsn).empty()) continue;
       cboDSN.AddItem(dsn);

@@ -127,6 +127,7 @@ std::string CDatabase::Reload(bool bShowWorkForm, bool bShowErrors,
                            ui::vbOKOnly | ui::vbExclamation,
                            Converter ? Converter->ProductName() : std::string());
   } catch (...) {
+    // An unexpected failure of the analysis answers the error text of its step.
     SetPendingError(std::current_exception());
     result = BuildErrorText(1, std::string(), szStep);
     Err().Clear();
@@ -172,6 +173,7 @@ std::string CDatabase::VerifyTables(bool bShowWorkForm, bool bShowErrors,
     if (bShowWorkForm) WorkFormClose();
     if (reload) result = Reload(bShowWorkForm, true);
   } catch (...) {
+    // A failure ends the table check; the text is made below.
     SetPendingError(std::current_exception());
   }
   if (!result.empty() || Err().Number != 0) {
@@ -210,6 +212,7 @@ CDatabaseObject* CDatabase::ObjectByName(const std::string& szObjectName, std::s
       }
     }
   } catch (...) {
+    // A name that cannot be looked up gives no object.
     Err().Clear();
   }
   return nullptr;
@@ -292,6 +295,7 @@ void CDatabase::CopyDataBaseObjectsToJobs() {
       job.CheckValidate();
     }
   } catch (...) {
+    // Copying the catalogue into jobs ends silently with the jobs made so far.
     Err().Clear();
   }
   WorkFormClose();
@@ -319,6 +323,7 @@ void CDatabase::CopyOutlookObjectsToTargetJobs(CJob& objJob, bool bShowWorkForm,
     objJob.GenerateScript(scriptError);
     objJob.CheckValidate();
   } catch (...) {
+    // Copying the folder's columns ends silently with the columns made so far.
     Err().Clear();
   }
   if (ProgressBar) ProgressBar->SetVisible(false);

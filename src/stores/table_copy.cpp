@@ -133,6 +133,7 @@ std::string CDatabase::CreateTableFromSource(std::string& szTableName) {
     szTableName = newName;
     Err().Clear();  // of the steps that were passed over
   } catch (...) {
+    // A failed copy answers the error text; what was made on the target stays.
     SetPendingError(std::current_exception());
     std::string text = BuildErrorText(1, std::string(), std::string());
     Err().Clear();

@@ -3,6 +3,7 @@
 #include "support/dates.h"
 #include "support/format.h"
 #include "support/utf8.h"
+#include "support/vb_error.h"
 
 namespace ketrova {
 
@@ -25,6 +26,7 @@ std::string Nvl(const Variant& value, const Variant& defaultValue) {
   try {
     return NullIfEmpty(value, defaultValue);
   } catch (...) {
+    // Nvl catches every error and answers empty text.
     return {};
   }
 }
@@ -182,7 +184,7 @@ bool Bool(std::int16_t value) {
 bool IsChecked(const Variant& value) {
   try {
     return !value.IsNull() && !value.IsEmpty() && IsNumeric(value) && value.ToDouble() == 1;
-  } catch (...) {
+  } catch (const VbError&) {  // a number beyond a Double is not 1
     return false;
   }
 }
@@ -219,6 +221,7 @@ std::string FormatValue(const Variant& value, int adoType, std::string_view form
         break;
     }
   } catch (...) {
+    // Formatting catches every error and answers what it has built.
   }
   return result;
 }

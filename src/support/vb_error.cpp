@@ -114,6 +114,8 @@ void SetPendingError(std::exception_ptr error) {
   } catch (const std::exception& e) {
     Err().Set(VbError(440, e.what()));
   } catch (...) {
+    // Not kept here: a failure no class describes is error 440, as VBScript
+    // reports an object's failure.
     Err().Set(VbError(440));
   }
 }

@@ -2,6 +2,7 @@
 
 #include <cctype>
 
+#include "platform/ado/ado_errors.h"
 #include "platform/ado/recordset.h"
 #include "support/vb_error.h"
 
@@ -21,17 +22,17 @@ ColumnInfo SchemaColumn(const char* name, DataTypeEnum type, std::int64_t size) 
 }  // namespace
 
 Connection::~Connection() {
+  // A connection let go while open is closed; a destructor has no one to tell
+  // of a failure.
   try {
     Close();
-  } catch (...) {
+  } catch (const VbError&) {
   }
 }
 
 void Connection::Open(const std::string& connectionString, const std::string& user,
                       const std::string& password, int options) {
-  if (provider_)
-    throw VbError(kErrObjectOpen, "Der Vorgang ist für ein geöffnetes Objekt nicht zulässig.",
-                  "ADODB.Connection");
+  if (provider_) ThrowAdoError(AdoError::kObjectOpen, "ADODB.Connection");
   if (!connectionString.empty()) ConnectionString = connectionString;
   provider_ = OpenProvider(ConnectionString, user, password);
   provider_->SetCommandTimeout(commandTimeout_);
@@ -42,9 +43,11 @@ void Connection::Open(const std::string& connectionString, const std::string& us
 void Connection::Close() {
   if (!provider_) return;
   if (inTransaction_) {
+    // A transaction left open is rolled back; when that fails, the driver's
+    // own rollback at disconnect stands behind it.
     try {
       provider_->RollbackTrans();
-    } catch (...) {
+    } catch (const VbError&) {
     }
     inTransaction_ = false;
   }
@@ -60,9 +63,7 @@ void Connection::SetCommandTimeout(std::int32_t seconds) {
 }
 
 Provider& Connection::GetProvider() const {
-  if (!provider_)
-    throw VbError(kErrObjectClosed, "Der Vorgang ist für ein geschlossenes Objekt nicht zulässig.",
-                  "ADODB.Connection");
+  if (!provider_) ThrowAdoError(AdoError::kObjectClosed, "ADODB.Connection");
   return *provider_;
 }
 
@@ -115,9 +116,7 @@ void Connection::RollbackTrans() {
 
 RecordsetPtr Connection::OpenSchema(int schema) {
   Provider& provider = GetProvider();
-  if (schema != adSchemaTables)
-    throw VbError(kErrNotSupported, "Der Vorgang wird von diesem Provider nicht unterstützt.",
-                  "ADODB.Connection");
+  if (schema != adSchemaTables) ThrowAdoError(AdoError::kNotSupported, "ADODB.Connection");
   std::vector<ColumnInfo> columns = {
       SchemaColumn("TABLE_CATALOG", adVarWChar, 128), SchemaColumn("TABLE_SCHEMA", adVarWChar, 128),
       SchemaColumn("TABLE_NAME", adVarWChar, 128),    SchemaColumn("TABLE_TYPE", adVarWChar, 32),

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "platform/ado/ado_errors.h"
 #include "platform/ado/recordset.h"
 #include "support/collection.h"
 #include "support/utf8.h"
@@ -10,13 +11,6 @@
 
 namespace ketrova::ado {
 namespace {
-
-constexpr const char* kNotFound =
-    "Das Objekt ist in der Auflistung, die dem angeforderten Namen oder der angeforderten "
-    "Ordinalzahl entspricht, nicht vorhanden.";
-constexpr const char* kMultipleStep =
-    "Der aus mehreren Schritten bestehende Vorgang hat Fehler verursacht. Überprüfen Sie die "
-    "einzelnen Statuswerte.";
 
 bool IsTextType(DataTypeEnum t) {
   switch (t) {
@@ -122,25 +116,26 @@ std::shared_ptr<Properties> Field::PropertiesPtr() const {
 }
 
 Variant Field::Value() const {
-  if (!owner_) throw VbError(kErrObjectClosed);
+  if (!owner_) ThrowAdoError(AdoError::kObjectClosed, "ADODB.Fields");
   return owner_->FieldValue(index_);
 }
 
 void Field::SetValue(const Variant& value) {
-  if (!owner_) throw VbError(kErrObjectClosed);
+  if (!owner_) ThrowAdoError(AdoError::kObjectClosed, "ADODB.Fields");
   Variant converted;
   try {
     converted = ConvertForField(value, info_.type);
   } catch (const VbError& e) {
     throw VbError(kErrMultipleStep,
-                  std::string(kMultipleStep) + " (" + info_.name + ": " + e.Description + ")",
+                  std::string(AdoErrorOf(AdoError::kMultipleStep).text) + " (" + info_.name + ": " +
+                      e.Description + ")",
                   "ADODB.Field");
   }
   owner_->SetFieldValue(index_, converted);
 }
 
 Variant Field::OriginalValue() const {
-  if (!owner_) throw VbError(kErrObjectClosed);
+  if (!owner_) ThrowAdoError(AdoError::kObjectClosed, "ADODB.Fields");
   return owner_->FieldOriginalValue(index_);
 }
 
@@ -157,7 +152,7 @@ std::int32_t Field::ActualSize() const {
 }
 
 Field& Fields::Item(std::int32_t index) const {
-  if (index < 0 || index >= Count()) throw VbError(kErrItemNotFound, kNotFound, "ADODB.Fields");
+  if (index < 0 || index >= Count()) ThrowAdoError(AdoError::kItemNotFound, "ADODB.Fields");
   return *items_[static_cast<std::size_t>(index)];
 }
 
@@ -172,7 +167,7 @@ Field* Fields::Find(std::string_view name) const {
 
 Field& Fields::Item(std::string_view name) const {
   if (Field* f = Find(name)) return *f;
-  throw VbError(kErrItemNotFound, kNotFound, "ADODB.Fields");
+  ThrowAdoError(AdoError::kItemNotFound, "ADODB.Fields");
 }
 
 Field& Fields::Item(const Variant& key) const {
@@ -183,12 +178,8 @@ Field& Fields::Item(const Variant& key) const {
 void Fields::Append(const std::string& name, DataTypeEnum type, std::int32_t definedSize,
                     int attributes) {
   if (owner_ && owner_->State() == adStateOpen)
-    throw VbError(3219, "Der Vorgang ist in diesem Kontext nicht zulässig.", "ADODB.Fields");
-  if (Find(name))
-    throw VbError(3367,
-                  "Das Objekt ist bereits in der Auflistung vorhanden. "
-                  "Anhängen nicht möglich.",
-                  "ADODB.Fields");
+    ThrowAdoError(AdoError::kNotInContext, "ADODB.Fields");
+  if (Find(name)) ThrowAdoError(AdoError::kAlreadyInCollection, "ADODB.Fields");
   ColumnInfo info;
   info.name = name;
   info.type = type;
@@ -203,7 +194,7 @@ void Fields::Append(const std::string& name, DataTypeEnum type, std::int32_t def
 
 void Fields::Delete(const Variant& key) {
   if (owner_ && owner_->State() == adStateOpen)
-    throw VbError(3219, "Der Vorgang ist in diesem Kontext nicht zulässig.", "ADODB.Fields");
+    ThrowAdoError(AdoError::kNotInContext, "ADODB.Fields");
   Field& f = Item(key);
   items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(f.index_));
   for (std::size_t i = 0; i < items_.size(); ++i) items_[i]->index_ = i;

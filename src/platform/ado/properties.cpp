@@ -1,5 +1,6 @@
 #include "platform/ado/properties.h"
 
+#include "platform/ado/ado_errors.h"
 #include "platform/ado/enums.h"
 #include "support/collection.h"
 #include "support/vb_error.h"
@@ -14,18 +15,11 @@ Property* Properties::Find(std::string_view name) const {
 
 Property& Properties::Item(std::string_view name) const {
   if (Property* p = Find(name)) return *p;
-  throw VbError(kErrItemNotFound,
-                "Das Objekt ist in der Auflistung, die dem angeforderten Namen oder der "
-                "angeforderten Ordinalzahl entspricht, nicht vorhanden.",
-                "ADODB.Properties");
+  ThrowAdoError(AdoError::kItemNotFound, "ADODB.Properties");
 }
 
 Property& Properties::Item(std::int32_t index) const {
-  if (index < 0 || index >= Count())
-    throw VbError(kErrItemNotFound,
-                  "Das Objekt ist in der Auflistung, die dem angeforderten Namen oder der "
-                  "angeforderten Ordinalzahl entspricht, nicht vorhanden.",
-                  "ADODB.Properties");
+  if (index < 0 || index >= Count()) ThrowAdoError(AdoError::kItemNotFound, "ADODB.Properties");
   return *items_[static_cast<std::size_t>(index)];
 }
 

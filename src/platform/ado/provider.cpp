@@ -7,6 +7,7 @@
 
 #include "platform/ado/providers/odbc/odbc_provider.h"
 #include "platform/ado/providers/sqlite/sqlite_provider.h"
+#include "platform/ado/sql_tokens.h"
 #include "support/vb_error.h"
 
 namespace ketrova::ado {
@@ -88,29 +89,14 @@ std::string RewriteBrackets(std::string_view sql, std::string_view openQuote,
                             std::string_view closeQuote) {
   std::string out;
   out.reserve(sql.size());
-  bool inString = false;
-  for (std::size_t i = 0; i < sql.size(); ++i) {
-    char c = sql[i];
-    if (inString) {
-      out.push_back(c);
-      if (c == '\'') inString = false;  // '' re-enters at the next quote
-      continue;
-    }
-    if (c == '\'') {
-      inString = true;
-      out.push_back(c);
-    } else if (c == '[') {
-      std::size_t close = sql.find(']', i + 1);
-      if (close == std::string_view::npos) {
-        out.append(sql.substr(i));
-        break;
-      }
+  for (std::size_t i = 0; i < sql.size();) {
+    SqlToken t = NextSqlToken(sql, i);
+    if (t.kind == SqlTokenKind::kBracketed && t.closed) {
       out.append(openQuote);
-      out.append(sql.substr(i + 1, close - i - 1));
+      out.append(t.Content());
       out.append(closeQuote);
-      i = close;
     } else {
-      out.push_back(c);
+      out.append(t.text);
     }
   }
   return out;

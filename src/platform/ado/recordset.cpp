@@ -4,6 +4,8 @@
 #include <cassert>
 #include <cctype>
 
+#include "platform/ado/ado_errors.h"
+#include "platform/ado/sql_tokens.h"
 #include "support/collection.h"
 #include "support/vb_error.h"
 
@@ -11,40 +13,47 @@ namespace ketrova::ado {
 namespace {
 
 constexpr std::size_t kBlockRows = 64;
-constexpr std::int32_t kErrRowNotFound = -2147217864;  // DB_E_CONCURRENCYVIOLATION
+
+// Asserts what the moves rely on: BOF is -1, EOF one past the rows read, the
+// rows let go (only of a result read from a store) lie before them, and every
+// record has a changed flag per column.
+template <typename Records>
+void CheckPosition(std::int64_t position, std::int64_t dropped, bool inMemory,
+                   const Records& records, std::size_t columns) {
+  assert(position >= -1 && position <= static_cast<std::int64_t>(records.size()));
+  assert(dropped >= 0 && (dropped == 0 || !inMemory));
+  assert(records.empty() || records.back().changed.size() == columns);
+  (void)position, (void)dropped, (void)inMemory, (void)records, (void)columns;
+}
 
 [[noreturn]] void NoCurrentRecord() {
-  throw VbError(kErrBofEof,
-                "BOF oder EOF hat den Wert True, oder der aktuelle Datensatz wurde gelöscht. Für "
-                "den angeforderten Vorgang ist ein aktueller Datensatz erforderlich.",
-                "ADODB.Recordset");
+  ThrowAdoError(AdoError::kNoCurrentRecord, "ADODB.Recordset");
 }
 
 [[noreturn]] void NotUpdatable() {
-  throw VbError(kErrNotSupported,
-                "Das aktuelle Recordset unterstützt keine Aktualisierungen. Dies ist "
-                "möglicherweise eine Einschränkung des Providers oder des gewählten Sperrtyps.",
-                "ADODB.Recordset");
+  ThrowAdoError(AdoError::kNotUpdatable, "ADODB.Recordset");
 }
 
-bool IsWordChar(char c) {
-  return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '$' || c == '.' ||
-         static_cast<unsigned char>(c) >= 0x80;
+// A name may be joined by "." (owner.table, file.csv) and "$" (Tabelle1$).
+bool JoinsName(const SqlToken& t) {
+  return t.kind == SqlTokenKind::kWord || t.Is('.') || t.Is('$');
 }
 
 // Reads an identifier ([x], "x", `x` or a word) at `i`; empty when there is none.
 std::string ReadIdentifier(std::string_view s, std::size_t& i) {
-  while (i < s.size() && std::isspace(static_cast<unsigned char>(s[i]))) ++i;
-  if (i >= s.size()) return {};
-  char open = s[i];
-  char close = open == '[' ? ']' : open;
-  if (open == '[' || open == '"' || open == '`') {
-    std::size_t end = s.find(close, i + 1);
-    if (end == std::string_view::npos) return {};
-    std::string name(s.substr(i + 1, end - i - 1));
-    i = end + 1;
+  std::size_t p = i;
+  SqlToken t;
+  do {
+    if (p >= s.size()) return {};
+    i = p;
+    t = NextSqlToken(s, p);
+  } while (t.kind == SqlTokenKind::kSpace);
+  if (t.kind == SqlTokenKind::kBracketed || t.kind == SqlTokenKind::kQuoted) {
+    if (!t.closed) return {};
+    std::string name = t.Content();
+    i = p;
     // The text driver's `folder`\file.TXT names one table: folder and file.
-    if (open == '`' && i < s.size() && s[i] == '\\') {
+    if (t.text[0] == '`' && i < s.size() && s[i] == '\\') {
       std::size_t start = i;
       while (i < s.size() && !std::isspace(static_cast<unsigned char>(s[i]))) ++i;
       name += std::string(s.substr(start, i - start));
@@ -52,32 +61,28 @@ std::string ReadIdentifier(std::string_view s, std::size_t& i) {
     return name;
   }
   std::size_t start = i;
-  while (i < s.size() && IsWordChar(s[i])) ++i;
+  while (JoinsName(t)) {
+    i = p;
+    if (p >= s.size()) break;
+    t = NextSqlToken(s, p);
+  }
   return std::string(s.substr(start, i - start));
 }
 
 // Position of a keyword at top level (outside quotes, brackets, parentheses).
 std::size_t FindKeyword(std::string_view s, std::string_view keyword, std::size_t from = 0) {
   int depth = 0;
-  char quote = 0;
-  for (std::size_t i = from; i < s.size(); ++i) {
-    char c = s[i];
-    if (quote) {
-      if (c == quote) quote = 0;
-      continue;
-    }
-    if (c == '\'' || c == '"' || c == '`')
-      quote = c;
-    else if (c == '[')
-      quote = ']';
-    else if (c == '(')
+  for (std::size_t i = from; i < s.size();) {
+    std::size_t start = i;
+    SqlToken t = NextSqlToken(s, i);
+    if (t.Is('('))
       ++depth;
-    else if (c == ')')
+    else if (t.Is(')'))
       --depth;
-    else if (depth == 0 && (i == 0 || !IsWordChar(s[i - 1])) && s.size() - i >= keyword.size() &&
-             KeyEquals(s.substr(i, keyword.size()), keyword) &&
-             (i + keyword.size() == s.size() || !IsWordChar(s[i + keyword.size()])))
-      return i;
+    else if (depth == 0 && t.IsWord(keyword) &&
+             (start == 0 || (s[start - 1] != '.' && s[start - 1] != '$')) &&
+             (i == s.size() || (s[i] != '.' && s[i] != '$')))
+      return start;
   }
   return std::string_view::npos;
 }
@@ -160,40 +165,27 @@ int FieldAttributes(const ColumnInfo& c, bool updatable) {
 Recordset::Recordset() : fields_(std::make_shared<Fields>(this)) {}
 
 Recordset::~Recordset() {
-  try {
-    cursor_.reset();
-  } catch (...) {
-  }
+  cursor_.reset();
   fields_->Detach();
 }
 
 void Recordset::SetActiveConnection(ConnectionPtr connection) {
-  if (open_)
-    throw VbError(kErrObjectOpen, "Der Vorgang ist für ein geöffnetes Objekt nicht zulässig.",
-                  "ADODB.Recordset");
+  if (open_) ThrowAdoError(AdoError::kObjectOpen, "ADODB.Recordset");
   connection_ = std::move(connection);
 }
 
 void Recordset::SetMaxRecords(std::int32_t n) {
-  if (open_)
-    throw VbError(kErrObjectOpen, "Der Vorgang ist für ein geöffnetes Objekt nicht zulässig.",
-                  "ADODB.Recordset");
+  if (open_) ThrowAdoError(AdoError::kObjectOpen, "ADODB.Recordset");
   maxRecords_ = std::max(n, 0);
 }
 
 void Recordset::Open(const Variant& source, const Variant& activeConnection, int cursorType,
                      int lockType, int options) {
-  if (open_)
-    throw VbError(kErrObjectOpen, "Der Vorgang ist für ein geöffnetes Objekt nicht zulässig.",
-                  "ADODB.Recordset");
+  if (open_) ThrowAdoError(AdoError::kObjectOpen, "ADODB.Recordset");
   if (!activeConnection.IsMissing() && !activeConnection.IsEmpty() && !activeConnection.IsNull()) {
     if (activeConnection.IsObject()) {
       auto c = std::dynamic_pointer_cast<Connection>(activeConnection.AsObject());
-      if (!c)
-        throw VbError(kErrArguments,
-                      "Die Argumente sind vom falschen Typ, liegen außerhalb "
-                      "des zulässigen Bereichs oder sind miteinander unvereinbar.",
-                      "ADODB.Recordset");
+      if (!c) ThrowAdoError(AdoError::kArguments, "ADODB.Recordset");
       connection_ = c;
     } else {
       auto c = std::make_shared<Connection>();
@@ -213,10 +205,7 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
 
   if (source_.empty() && (source.IsMissing() || source.IsEmpty())) {
     if (connection_ && fields_->Count() == 0)
-      throw VbError(kErrArguments,
-                    "Die Argumente sind vom falschen Typ, liegen außerhalb des "
-                    "zulässigen Bereichs oder sind miteinander unvereinbar.",
-                    "ADODB.Recordset");
+      ThrowAdoError(AdoError::kArguments, "ADODB.Recordset");
     // The in-memory record set, over the appended fields.
     inMemory_ = true;
     columns_.clear();
@@ -228,9 +217,7 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
     open_ = true;
     return;
   }
-  if (!connection_)
-    throw VbError(kErrObjectClosed, "Der Vorgang ist für ein geschlossenes Objekt nicht zulässig.",
-                  "ADODB.Recordset");
+  if (!connection_) ThrowAdoError(AdoError::kObjectClosed, "ADODB.Recordset");
   provider_ = connection_->SharedProvider();
   if (IsDdlStatement(source_)) connection_->ForgetTableShapes();
   bool updatable = lockType_ > adLockReadOnly;
@@ -359,9 +346,7 @@ void Recordset::OpenInMemory(const std::vector<ColumnInfo>& columns, std::vector
 }
 
 void Recordset::Close() {
-  if (!open_)
-    throw VbError(kErrObjectClosed, "Der Vorgang ist für ein geschlossenes Objekt nicht zulässig.",
-                  "ADODB.Recordset");
+  if (!open_) ThrowAdoError(AdoError::kObjectClosed, "ADODB.Recordset");
   // Pending changes of a batch are thrown away, as ADO does on Close.
   cursor_.reset();
   pendingRun_ = false;
@@ -378,9 +363,7 @@ void Recordset::Close() {
 }
 
 void Recordset::CheckOpen() const {
-  if (!open_)
-    throw VbError(kErrObjectClosed, "Der Vorgang ist für ein geschlossenes Objekt nicht zulässig.",
-                  "ADODB.Recordset");
+  if (!open_) ThrowAdoError(AdoError::kObjectClosed, "ADODB.Recordset");
 }
 
 void Recordset::RunPending() {
@@ -406,7 +389,10 @@ bool Recordset::FetchMore() {
   }
   std::vector<Row> rows;
   std::size_t got = cursor_->Fetch(rows, want);
+  assert(got <= want && rows.size() == got);
   for (auto& r : rows) {
+    // A value per column, and the row's identity behind them when it is read.
+    assert(r.size() == columns_.size() + (identity_.column.empty() ? 0 : 1));
     Record rec;
     rec.values = std::move(r);
     rec.changed.assign(columns_.size(), false);
@@ -417,6 +403,7 @@ bool Recordset::FetchMore() {
   if (got < want || (maxRecords_ > 0 && records_.size() + static_cast<std::size_t>(dropped_) >=
                                             static_cast<std::size_t>(maxRecords_)))
     cursor_.reset();
+  CheckPosition(position_, dropped_, inMemory_, records_, columns_.size());
   return got > 0;
 }
 
@@ -432,6 +419,7 @@ void Recordset::DropPassedRows() {
   records_.erase(records_.begin(), records_.begin() + drop);
   position_ -= drop;
   dropped_ += drop;
+  CheckPosition(position_, dropped_, inMemory_, records_, columns_.size());
 }
 
 void Recordset::Requery(std::int64_t row) {
@@ -445,6 +433,7 @@ void Recordset::Requery(std::int64_t row) {
   cursor_ = std::move(result.cursor);
   FetchMore();
   while (dropped_ + position_ < row && !Eof()) ++position_;
+  CheckPosition(position_, dropped_, inMemory_, records_, columns_.size());
 }
 
 void Recordset::FetchAll() {
@@ -467,6 +456,7 @@ bool Recordset::Bof() {
 
 Recordset::Record& Recordset::Current() {
   if (Eof() || position_ < 0) NoCurrentRecord();
+  CheckPosition(position_, dropped_, inMemory_, records_, columns_.size());
   return records_[static_cast<std::size_t>(position_)];
 }
 
@@ -484,6 +474,7 @@ void Recordset::MoveNext() {
   if (editMode_ != adEditNone) Update();
   if (Eof()) NoCurrentRecord();
   ++position_;
+  CheckPosition(position_, dropped_, inMemory_, records_, columns_.size());
 }
 
 void Recordset::MovePrevious() {
@@ -492,6 +483,7 @@ void Recordset::MovePrevious() {
   if (position_ < 0) NoCurrentRecord();
   if (position_ == 0 && dropped_ > 0) return Requery(dropped_ - 1);
   --position_;
+  CheckPosition(position_, dropped_, inMemory_, records_, columns_.size());
 }
 
 void Recordset::MoveLast() {
@@ -759,10 +751,7 @@ void Recordset::WriteRecord(Record& r) {
   }
   ExecuteResult result = provider.Execute(sql, params);
   if (!r.isNew && result.rowsAffected == 0)
-    throw VbError(kErrRowNotFound,
-                  "Die Zeile für die Aktualisierung konnte nicht gefunden werden. Einige Werte "
-                  "wurden seit dem letzten Lesen möglicherweise geändert.",
-                  "ADODB.Recordset");
+    ThrowAdoError(AdoError::kRowNotFound, "ADODB.Recordset");
   r.original.clear();
   r.changed.assign(columns_.size(), false);
   r.isNew = false;

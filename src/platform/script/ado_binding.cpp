@@ -3,6 +3,7 @@
 #include <typeinfo>
 #include <unordered_map>
 
+#include "platform/ado/ado_errors.h"
 #include "platform/ado/connection.h"
 #include "platform/ado/recordset.h"
 #include "platform/script/binding.h"
@@ -236,7 +237,8 @@ class RecordsetView : public BoundObject<RecordsetView>, public ScriptView {
     };
     std::vector<Variant> names = items(a[0]);
     std::vector<Variant> values = a.size() > 1 ? items(a[1]) : std::vector<Variant>{};
-    if (names.size() != values.size()) throw VbError(3001);
+    if (names.size() != values.size())
+      ado::ThrowAdoError(ado::AdoError::kArguments, "ADODB.Recordset");
     for (std::size_t i = 0; i < names.size(); ++i)
       rs_->GetFields().Item(PlainValue(names[i])).SetValue(PlainValue(values[i]));
   }

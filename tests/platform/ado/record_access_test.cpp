@@ -43,6 +43,7 @@ TEST_P(RecordAccess, OpenStateAndSecondOpenOfTheSameConnection) {
     FAIL() << "a second Open of an open connection must fail";
   } catch (const VbError& e) {
     EXPECT_EQ(e.Number, kErrObjectOpen);
+    EXPECT_EQ(e.Description, "Der Vorgang ist für ein geöffnetes Objekt nicht zulässig.");
   }
   db->Close();
   EXPECT_EQ(db->State(), adStateClosed);

@@ -1,5 +1,6 @@
 #include "platform/ado/adox/catalog.h"
 
+#include "platform/ado/ado_errors.h"
 #include "platform/ado/adox/ddl.h"
 #include "support/collection.h"
 #include "support/vb_error.h"
@@ -7,12 +8,8 @@
 namespace ketrova::adox {
 namespace {
 
-constexpr const char* kNotFound =
-    "Das Objekt ist in der Auflistung, die dem angeforderten Namen oder der angeforderten "
-    "Ordinalzahl entspricht, nicht vorhanden.";
-
 [[noreturn]] void NotFound(const char* source) {
-  throw VbError(ado::kErrItemNotFound, kNotFound, source);
+  ado::ThrowAdoError(ado::AdoError::kItemNotFound, source);
 }
 
 template <typename T>
@@ -95,17 +92,14 @@ void Columns::Append(const Variant& column, DataTypeEnum type, std::int32_t defi
   ColumnPtr c;
   if (column.IsObject()) {
     c = std::dynamic_pointer_cast<Column>(column.AsObject());
-    if (!c)
-      throw VbError(ado::kErrArguments, "Die Argumente sind vom falschen Typ.", "ADOX.Columns");
+    if (!c) ado::ThrowAdoError(ado::AdoError::kArguments, "ADOX.Columns");
   } else {
     c = std::make_shared<Column>();
     c->Name = column.ToText();
     c->Type = type;
     c->DefinedSize = definedSize;
   }
-  if (Find(c->Name))
-    throw VbError(-2147217858, "Das Objekt ist bereits in der Auflistung vorhanden.",
-                  "ADOX.Columns");
+  if (Find(c->Name)) ado::ThrowAdoError(ado::AdoError::kDuplicateColumn, "ADOX.Columns");
   if (table_ && table_->InStore()) {
     ado::Connection& connection = *table_->connection_;
     connection.Execute(AddColumnSql(connection.GetProvider(), table_->Name, *c));
@@ -145,8 +139,7 @@ void Indexes::Append(const Variant& index, const Variant& columns) {
   IndexPtr i;
   if (index.IsObject()) {
     i = std::dynamic_pointer_cast<Index>(index.AsObject());
-    if (!i)
-      throw VbError(ado::kErrArguments, "Die Argumente sind vom falschen Typ.", "ADOX.Indexes");
+    if (!i) ado::ThrowAdoError(ado::AdoError::kArguments, "ADOX.Indexes");
   } else {
     i = std::make_shared<Index>();
     i->Name = index.ToText();
@@ -154,8 +147,7 @@ void Indexes::Append(const Variant& index, const Variant& columns) {
       i->GetColumns().Append(Variant(columns.ToText()));
   }
   if (FindByName(Items(), i->Name))
-    throw VbError(-2147217856, "Das Objekt ist bereits in der Auflistung vorhanden.",
-                  "ADOX.Indexes");
+    ado::ThrowAdoError(ado::AdoError::kDuplicateIndex, "ADOX.Indexes");
   if (table_ && table_->InStore()) {
     ado::Connection& connection = *table_->connection_;
     connection.Execute(CreateIndexSql(connection.GetProvider(), table_->Name, *i));
@@ -213,9 +205,7 @@ void Table::Load() {
 
 void Tables::Load() {
   if (loaded_) return;
-  if (!connection_)
-    throw VbError(ado::kErrObjectClosed,
-                  "Der Vorgang ist für ein geschlossenes Objekt nicht zulässig.", "ADOX.Tables");
+  if (!connection_) ado::ThrowAdoError(ado::AdoError::kObjectClosed, "ADOX.Tables");
   items_.clear();
   for (const auto& info : connection_->GetProvider().Tables()) {
     auto t = std::make_shared<Table>();
@@ -265,8 +255,7 @@ void Tables::Append(const Variant& table) {
   TablePtr t;
   if (table.IsObject()) {
     t = std::dynamic_pointer_cast<Table>(table.AsObject());
-    if (!t)
-      throw VbError(ado::kErrArguments, "Die Argumente sind vom falschen Typ.", "ADOX.Tables");
+    if (!t) ado::ThrowAdoError(ado::AdoError::kArguments, "ADOX.Tables");
   } else {
     t = std::make_shared<Table>();
     t->Name = table.ToText();
@@ -304,8 +293,7 @@ void Catalog::SetActiveConnection(ado::ConnectionPtr connection) {
 void Catalog::SetActiveConnection(const Variant& connection) {
   if (connection.IsObject()) {
     auto c = std::dynamic_pointer_cast<ado::Connection>(connection.AsObject());
-    if (!c)
-      throw VbError(ado::kErrArguments, "Die Argumente sind vom falschen Typ.", "ADOX.Catalog");
+    if (!c) ado::ThrowAdoError(ado::AdoError::kArguments, "ADOX.Catalog");
     SetActiveConnection(c);
     return;
   }

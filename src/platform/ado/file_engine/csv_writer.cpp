@@ -118,24 +118,28 @@ void RewriteFile(const std::filesystem::path& file,
   temp.fd = ::mkstemp(temp_name.data());
   if (temp.fd < 0) FailErrno(file, "kann nicht neu geschrieben werden");
   ::fchmod(temp.fd, st.st_mode & 07777);
-  try {
-    std::string pending;
-    produce([&](std::string_view text) {
-      pending.append(text);
-      if (pending.size() >= (1 << 16)) {
-        WriteAll(temp.fd, pending, file);
-        pending.clear();
-      }
-    });
-    WriteAll(temp.fd, pending, file);
-    if (::fsync(temp.fd) < 0) FailErrno(file, "kann nicht neu geschrieben werden");
-    if (::rename(temp_name.c_str(), file.c_str()) < 0) {
-      FailErrno(file, "kann nicht ersetzt werden");
+  // The temporary file goes again unless it has replaced the original.
+  struct RemoveTemporary {
+    const std::string& name;
+    bool renamed = false;
+    ~RemoveTemporary() {
+      if (!renamed) ::unlink(name.c_str());
     }
-  } catch (...) {
-    ::unlink(temp_name.c_str());
-    throw;
+  } temporary{temp_name};
+  std::string pending;
+  produce([&](std::string_view text) {
+    pending.append(text);
+    if (pending.size() >= (1 << 16)) {
+      WriteAll(temp.fd, pending, file);
+      pending.clear();
+    }
+  });
+  WriteAll(temp.fd, pending, file);
+  if (::fsync(temp.fd) < 0) FailErrno(file, "kann nicht neu geschrieben werden");
+  if (::rename(temp_name.c_str(), file.c_str()) < 0) {
+    FailErrno(file, "kann nicht ersetzt werden");
   }
+  temporary.renamed = true;
 }
 
 }  // namespace ketrova::file_engine

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <optional>
 
+#include "platform/ado/sql_tokens.h"
 #include "support/text.h"
 
 namespace ketrova::file_engine {
@@ -12,10 +13,10 @@ namespace {
 bool IsSpace(char c) {
   return c == ' ' || c == '\t' || c == '\r' || c == '\n';
 }
-bool IsWordChar(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-         static_cast<unsigned char>(c) >= 0x80;
-}
+using ado::IsSqlWordStart;
+using ado::NextSqlToken;
+using ado::SqlToken;
+using ado::SqlTokenKind;
 
 bool IsOneOf(std::string_view word, std::initializer_list<std::string_view> list) {
   std::string up = AsciiUpper(word);
@@ -77,36 +78,43 @@ class Rewriter {
   std::string Run() {
     out_.reserve(sql_.size() + 16);
     while (i_ < sql_.size()) {
-      char c = sql_[i_];
-      if (IsSpace(c)) {
-        out_.push_back(c);
-        ++i_;
-      } else if (c == '\'') {
-        StringLiteral();
-      } else if (c == '"') {
-        CopyQuoted('"');
-        Significant("\"");
-      } else if (c == '`') {
-        Backquote();
-      } else if (c == '[') {
-        Bracket();
-      } else if (c == '#') {
-        DateLiteral();
-      } else if (c == '-' && i_ + 1 < sql_.size() && sql_[i_ + 1] == '-') {
-        auto end = sql_.find('\n', i_);
-        if (end == std::string_view::npos) end = sql_.size();
-        out_.append(sql_.substr(i_, end - i_));
-        i_ = end;
-      } else if (IsWordChar(c)) {
-        std::size_t start = i_;
-        while (i_ < sql_.size() && IsWordChar(sql_[i_])) ++i_;
-        std::string_view word = sql_.substr(start, i_ - start);
-        out_.append(word);
-        Significant(AsciiUpper(word));
-      } else {
-        out_.push_back(c);
-        ++i_;
-        Significant(std::string(1, c));
+      std::size_t next = i_;
+      SqlToken t = NextSqlToken(sql_, next);
+      switch (t.kind) {
+        case SqlTokenKind::kSpace:
+        case SqlTokenKind::kComment:
+          out_.append(t.text);
+          i_ = next;
+          break;
+        case SqlTokenKind::kString:
+          StringLiteral(t, next);
+          break;
+        case SqlTokenKind::kQuoted:
+          if (t.text[0] == '`') {
+            Backquote(t, next);
+            break;
+          }
+          out_.append(t.text);
+          i_ = next;
+          Significant("\"");
+          break;
+        case SqlTokenKind::kBracketed:
+          Bracket(t, next);
+          break;
+        case SqlTokenKind::kWord:
+          out_.append(t.text);
+          i_ = next;
+          Significant(AsciiUpper(t.text));
+          break;
+        case SqlTokenKind::kOther:
+          if (t.Is('#')) {
+            DateLiteral();
+            break;
+          }
+          out_.append(t.text);
+          i_ = next;
+          Significant(std::string(t.text));
+          break;
       }
     }
     return std::move(out_);
@@ -115,52 +123,16 @@ class Rewriter {
  private:
   void Significant(std::string token) { last_ = std::move(token); }
 
-  void CopyQuoted(char q) {
-    std::size_t start = i_++;
-    while (i_ < sql_.size()) {
-      if (sql_[i_] == q) {
-        if (i_ + 1 < sql_.size() && sql_[i_ + 1] == q) {
-          i_ += 2;
-          continue;
-        }
-        ++i_;
-        break;
-      }
-      ++i_;
-    }
-    out_.append(sql_.substr(start, i_ - start));
-  }
-
-  // The content of a quoted token at i_ (quote q), inner doubled quotes made
-  // single; i_ moves behind it.
-  std::string ReadQuoted(char q) {
-    std::string text;
-    ++i_;
-    while (i_ < sql_.size()) {
-      if (sql_[i_] == q) {
-        if (i_ + 1 < sql_.size() && sql_[i_ + 1] == q) {
-          text.push_back(q);
-          i_ += 2;
-          continue;
-        }
-        ++i_;
-        break;
-      }
-      text.push_back(sql_[i_++]);
-    }
-    return text;
-  }
-
   // The next significant token after position p, upper-cased: a word or an
   // operator of up to two characters.
   std::string PeekToken(std::size_t p) const {
-    while (p < sql_.size() && IsSpace(sql_[p])) ++p;
-    if (p >= sql_.size()) return {};
-    if (IsWordChar(sql_[p])) {
-      std::size_t start = p;
-      while (p < sql_.size() && IsWordChar(sql_[p])) ++p;
-      return AsciiUpper(sql_.substr(start, p - start));
-    }
+    SqlToken t;
+    do {
+      if (p >= sql_.size()) return {};
+      t = NextSqlToken(sql_, p);
+    } while (t.kind == SqlTokenKind::kSpace);
+    if (t.kind == SqlTokenKind::kWord) return AsciiUpper(t.text);
+    p -= t.text.size();
     std::string op(1, sql_[p]);
     if (p + 1 < sql_.size() && (sql_[p + 1] == '=' || sql_[p + 1] == '>') &&
         (sql_[p] == '<' || sql_[p] == '>' || sql_[p] == '!')) {
@@ -169,10 +141,11 @@ class Rewriter {
     return op;
   }
 
-  void StringLiteral() {
+  void StringLiteral(const SqlToken& t, std::size_t next) {
     std::size_t start = i_;
     bool after_dot = !out_.empty() && out_.back() == '.';
-    std::string text = ReadQuoted('\'');
+    std::string text = t.Content();
+    i_ = next;
     bool before_dot = i_ < sql_.size() && sql_[i_] == '.';
     bool table_place = IsOneOf(last_, {"FROM", "JOIN", "INTO", "UPDATE", "TABLE"});
     bool condition_start = IsOneOf(last_, {"WHERE", "(", "AND", "OR", "NOT"}) &&
@@ -187,15 +160,13 @@ class Rewriter {
     }
   }
 
-  void Bracket() {
-    auto close = sql_.find(']', i_ + 1);
-    if (close == std::string_view::npos) {
-      out_.append(sql_.substr(i_));
-      i_ = sql_.size();
+  void Bracket(const SqlToken& t, std::size_t next) {
+    i_ = next;
+    if (!t.closed) {
+      out_.append(t.text);
       return;
     }
-    out_.append(QuoteSqlIdentifier(sql_.substr(i_ + 1, close - i_ - 1)));
-    i_ = close + 1;
+    out_.append(QuoteSqlIdentifier(t.Content()));
     Significant("\"");
   }
 
@@ -216,9 +187,10 @@ class Rewriter {
   }
 
   // `folder`\name.TXT alias, or a plain back-quoted identifier.
-  void Backquote() {
+  void Backquote(const SqlToken& t, std::size_t next) {
     std::size_t start = i_;
-    std::string folder = ReadQuoted('`');
+    std::string folder = t.Content();
+    i_ = next;
     if (i_ >= sql_.size() || (sql_[i_] != '\\' && sql_[i_] != '/')) {
       out_.append(sql_.substr(start, i_ - start));
       Significant("\"");
@@ -258,9 +230,9 @@ class Rewriter {
     while (p < sql_.size() && (sql_[p] == ' ' || sql_[p] == '\t')) ++p;
     std::size_t alias_start = p, alias_end = p;
     while (p < sql_.size()) {
-      if (!IsWordChar(sql_[p]) && sql_[p] != '.' && sql_[p] != '-') break;
+      if (!IsSqlWordStart(sql_[p]) && sql_[p] != '.' && sql_[p] != '-') break;
       std::size_t w = p;
-      while (p < sql_.size() && (IsWordChar(sql_[p]) || sql_[p] == '.' || sql_[p] == '-')) ++p;
+      while (p < sql_.size() && (IsSqlWordStart(sql_[p]) || sql_[p] == '.' || sql_[p] == '-')) ++p;
       if (EndsAlias(sql_.substr(w, p - w)) ||
           (w == alias_start && IsOneOf(sql_.substr(w, p - w), {"AS"}))) {
         p = w;

@@ -268,13 +268,11 @@ class JsEngine : public Engine {
     // that its errors can show their line.
     int chunk = static_cast<int>(chunks_.size());
     chunks_.emplace_back(code);
-    try {
-      Execute(m, code, chunk, DUK_COMPILE_EVAL, result);
-    } catch (...) {
-      chunks_.pop_back();
-      throw;
-    }
-    chunks_.pop_back();
+    struct PopChunk {
+      decltype(chunks_)& chunks;
+      ~PopChunk() { chunks.pop_back(); }
+    } pop{chunks_};
+    Execute(m, code, chunk, DUK_COMPILE_EVAL, result);
   }
 
   void Execute(Module& m, std::string_view code, int chunk, duk_uint_t flags, Variant* result) {

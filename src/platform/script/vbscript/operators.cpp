@@ -31,18 +31,33 @@ Rank RankOf(const Variant& v) {
   }
 }
 
-double Num(const Variant& v) {
+// The whole number that Empty, a Boolean, a Byte, an Integer or a Long stands
+// for; false for the other subtypes.
+bool WholeNumber(const Variant& v, std::int64_t& n) {
   switch (v.Type()) {
     case vbEmpty:
-      return 0;
+      n = 0;
+      return true;
     case vbBoolean:
-      return v.AsBool() ? -1 : 0;
+      n = v.AsBool() ? -1 : 0;
+      return true;
     case vbByte:
-      return v.AsByte();
+      n = v.AsByte();
+      return true;
     case vbInteger:
-      return v.AsInteger();
+      n = v.AsInteger();
+      return true;
     case vbLong:
-      return v.AsLong();
+      n = v.AsLong();
+      return true;
+    default:
+      return false;
+  }
+}
+
+double Num(const Variant& v) {
+  if (std::int64_t n = 0; WholeNumber(v, n)) return static_cast<double>(n);
+  switch (v.Type()) {
     case vbSingle:
       return v.AsSingle();
     case vbDouble:
@@ -59,17 +74,8 @@ double Num(const Variant& v) {
 }
 
 std::int64_t IntOf(const Variant& v) {
+  if (std::int64_t n = 0; WholeNumber(v, n)) return n;
   switch (v.Type()) {
-    case vbEmpty:
-      return 0;
-    case vbBoolean:
-      return v.AsBool() ? -1 : 0;
-    case vbByte:
-      return v.AsByte();
-    case vbInteger:
-      return v.AsInteger();
-    case vbLong:
-      return v.AsLong();
     case vbArray:
       throw VbError(13);
     default:

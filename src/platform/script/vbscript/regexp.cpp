@@ -145,6 +145,7 @@ void MatchWithStack(std::size_t length, F&& match) {
     try {
       (*j->match)();
     } catch (...) {
+      // Not kept here: carried to the calling thread and raised there.
       j->error = std::current_exception();
     }
     return nullptr;

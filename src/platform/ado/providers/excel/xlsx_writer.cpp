@@ -14,6 +14,7 @@
 #include "platform/ado/providers/excel/workbook.h"
 #include "platform/ado/providers/excel/xlsx_package.h"
 #include "support/vb_error.h"
+#include "support/xml_text.h"
 
 namespace ketrova::excel {
 
@@ -29,27 +30,12 @@ constexpr const char* kWorksheetContent =
     "application/vnd.openxmlformats-officedocument.spreadsheetml.worksheet+xml";
 constexpr const char* kXmlHead = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n";
 
+// Text in an attribute or an element: quotes, line ends and tabs escaped as
+// well, which element text takes as they are meant.
 std::string Escaped(std::string_view text) {
   std::string out;
   out.reserve(text.size());
-  for (char c : text) {
-    switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      case '"':
-        out += "&quot;";
-        break;
-      default:
-        out.push_back(c);
-    }
-  }
+  AppendXmlEscaped(out, text, true);
   return out;
 }
 

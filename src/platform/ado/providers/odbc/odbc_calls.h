@@ -10,19 +10,35 @@
 #include <string>
 
 #include "platform/ado/providers/odbc/odbc_diagnostics.h"
+#include "platform/ado/providers/odbc/odbc_handle.h"
 #include "platform/ado/value_text.h"
 #include "support/text.h"
 
 namespace ketrova::ado::odbc {
 
-inline SQLHENV Env() {
-  static SQLHENV env = [] {
-    SQLHENV e = SQL_NULL_HENV;
-    SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &e);
-    SQLSetEnvAttr(e, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
-    return e;
-  }();
+// An environment set up for ODBC 3; raises what the driver manager says when
+// it cannot be.
+inline OdbcHandle NewEnvironment() {
+  OdbcHandle env = OdbcHandle::Allocate(SQL_HANDLE_ENV, SQL_HANDLE_ENV, SQL_NULL_HANDLE);
+  SQLRETURN rc =
+      SQLSetEnvAttr(env, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
+  if (!SQL_SUCCEEDED(rc)) ThrowOdbcError(SQL_HANDLE_ENV, env, OdbcPhase::kOther);
   return env;
+}
+
+// The process's one environment, made at the first use (tried again at the
+// next when it failed).
+inline SQLHENV Env() {
+  static const OdbcHandle env = NewEnvironment();
+  return env;
+}
+
+// The next row of a result: false at its end; a failure raises.
+inline bool FetchRow(SQLHSTMT stmt, bool narrow) {
+  SQLRETURN rc = SQLFetch(stmt);
+  if (rc == SQL_NO_DATA) return false;
+  if (!SQL_SUCCEEDED(rc)) ThrowOdbcError(SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement, narrow);
+  return true;
 }
 
 inline SQLWCHAR* W(std::u16string& s) {

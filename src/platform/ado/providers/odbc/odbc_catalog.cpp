@@ -15,18 +15,9 @@ namespace ketrova::ado {
 
 using namespace odbc;
 
-namespace {
-struct StmtGuard {
-  SQLHSTMT stmt;
-  ~StmtGuard() { SQLFreeHandle(SQL_HANDLE_STMT, stmt); }
-};
-}  // namespace
 
-SQLHSTMT OdbcProvider::NewCatalogStatement() {
-  SQLHSTMT stmt = SQL_NULL_HSTMT;
-  Check(SQLAllocHandle(SQL_HANDLE_STMT, dbc_, &stmt), SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther,
-        narrow_);
-  return stmt;
+OdbcHandle OdbcProvider::NewCatalogStatement() {
+  return OdbcHandle::Allocate(SQL_HANDLE_STMT, SQL_HANDLE_DBC, dbc_, narrow_);
 }
 
 const std::string* OdbcProvider::DeclaredType(const ColumnInfo& c) {
@@ -36,8 +27,7 @@ const std::string* OdbcProvider::DeclaredType(const ColumnInfo& c) {
   const bool mysql = dialect_ == "mysql";
   auto& declared = declaredTypes_[c.baseTable];
   if (declared.empty()) {
-    SQLHSTMT stmt = NewCatalogStatement();
-    StmtGuard guard{stmt};
+    OdbcHandle stmt = NewCatalogStatement();
     std::string table = c.baseTable;
     SQLRETURN rc = SQL_ERROR;
     if (mysql) {
@@ -50,7 +40,7 @@ const std::string* OdbcProvider::DeclaredType(const ColumnInfo& c) {
       rc = SQLColumns(stmt, nullptr, 0, nullptr, 0, N(table), SQL_NTS, nullptr, 0);
     }
     if (SQL_SUCCEEDED(rc)) {
-      while (SQL_SUCCEEDED(SQLFetch(stmt))) {
+      while (FetchRow(stmt, narrow_)) {
         const std::string column = ColumnText(stmt, 4);
         declared[mysql ? AsciiLower(column) : column] = ColumnText(stmt, 6);
       }
@@ -90,6 +80,17 @@ void OdbcProvider::DeclaredBooleans(std::vector<ColumnInfo>& columns) {
     c.numericScale = 255;
   }
 }
+
+namespace {
+// A whole number of a catalogue row.
+SQLSMALLINT ShortColumn(SQLHSTMT stmt, SQLUSMALLINT col, bool narrow) {
+  SQLSMALLINT value = 0;
+  SQLLEN ind = 0;
+  Check(SQLGetData(stmt, col, SQL_C_SSHORT, &value, 0, &ind), SQL_HANDLE_STMT, stmt,
+        OdbcPhase::kOther, narrow);
+  return ind == SQL_NULL_DATA ? 0 : value;
+}
+}  // namespace
 
 SQLRETURN OdbcProvider::CatalogCall(SQLHSTMT stmt, CatalogFunction function,
                                     const std::string& table, const std::string& extra) {
@@ -136,12 +137,11 @@ SQLRETURN OdbcProvider::CatalogCall(SQLHSTMT stmt, CatalogFunction function,
 }
 
 std::vector<TableInfo> OdbcProvider::Tables() {
-  SQLHSTMT stmt = NewCatalogStatement();
-  StmtGuard guard{stmt};
+  OdbcHandle stmt = NewCatalogStatement();
   Check(CatalogCall(stmt, CatalogFunction::kTables, {}, "TABLE,VIEW,SYSTEM TABLE"), SQL_HANDLE_STMT,
         stmt, OdbcPhase::kOther, narrow_);
   std::vector<TableInfo> tables;
-  while (SQL_SUCCEEDED(SQLFetch(stmt))) {
+  while (FetchRow(stmt, narrow_)) {
     TableInfo t;
     t.catalog = ColumnText(stmt, 1);
     t.schema = ColumnText(stmt, 2);
@@ -165,13 +165,11 @@ std::string OdbcProvider::ActualTableName(const std::string& table) {
 std::vector<std::pair<int, std::string>> OdbcProvider::PrimaryKey(const std::string& table,
                                                                   std::string* name) {
   std::vector<std::pair<int, std::string>> keyed;
-  SQLHSTMT stmt = NewCatalogStatement();
-  StmtGuard guard{stmt};
-  if (!SQL_SUCCEEDED(CatalogCall(stmt, CatalogFunction::kPrimaryKeys, table))) return keyed;
-  while (SQL_SUCCEEDED(SQLFetch(stmt))) {
-    SQLSMALLINT seq = 0;
-    SQLLEN ind = 0;
-    SQLGetData(stmt, 5, SQL_C_SSHORT, &seq, 0, &ind);
+  OdbcHandle stmt = NewCatalogStatement();
+  Check(CatalogCall(stmt, CatalogFunction::kPrimaryKeys, table), SQL_HANDLE_STMT, stmt,
+        OdbcPhase::kOther, narrow_);
+  while (FetchRow(stmt, narrow_)) {
+    SQLSMALLINT seq = ShortColumn(stmt, 5, narrow_);
     keyed.emplace_back(seq, ColumnText(stmt, 4));
     if (name) *name = ColumnText(stmt, 6);
   }
@@ -183,12 +181,11 @@ std::vector<ColumnInfo> OdbcProvider::TableColumns(const std::string& table) {
   std::string name = ActualTableName(table);
   std::vector<ColumnInfo> columns;
   {
-    SQLHSTMT stmt = NewCatalogStatement();
-    StmtGuard guard{stmt};
+    OdbcHandle stmt = NewCatalogStatement();
     Check(ExecDirectText(stmt, Rewrite("SELECT * FROM [" + name + "] WHERE 1=0")), SQL_HANDLE_STMT,
           stmt, OdbcPhase::kStatement, narrow_);
     SQLSMALLINT n = 0;
-    SQLNumResultCols(stmt, &n);
+    Check(SQLNumResultCols(stmt, &n), SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement, narrow_);
     for (SQLSMALLINT c = 1; c <= n; ++c) {
       ColumnInfo info = Describe(stmt, static_cast<SQLUSMALLINT>(c), narrow_);
       if (info.baseTable.empty()) info.baseTable = name;
@@ -211,16 +208,13 @@ std::vector<IndexInfo> OdbcProvider::TableIndexes(const std::string& table) {
   for (auto& [seq, col] : PrimaryKey(name, &pkName)) pkColumns.push_back(col);
   std::vector<IndexInfo> indexes;
   {
-    SQLHSTMT stmt = NewCatalogStatement();
-    StmtGuard guard{stmt};
+    OdbcHandle stmt = NewCatalogStatement();
     Check(CatalogCall(stmt, CatalogFunction::kStatistics, name), SQL_HANDLE_STMT, stmt,
           OdbcPhase::kOther, narrow_);
-    while (SQL_SUCCEEDED(SQLFetch(stmt))) {
-      SQLSMALLINT type = 0, nonUnique = 0;
-      SQLLEN ind = 0;
-      SQLGetData(stmt, 7, SQL_C_SSHORT, &type, 0, &ind);
+    while (FetchRow(stmt, narrow_)) {
+      SQLSMALLINT type = ShortColumn(stmt, 7, narrow_);
       if (type == SQL_TABLE_STAT) continue;
-      SQLGetData(stmt, 4, SQL_C_SSHORT, &nonUnique, 0, &ind);
+      SQLSMALLINT nonUnique = ShortColumn(stmt, 4, narrow_);
       std::string indexName = ColumnText(stmt, 6);
       std::string column = ColumnText(stmt, 9);
       auto it = std::find_if(indexes.begin(), indexes.end(),

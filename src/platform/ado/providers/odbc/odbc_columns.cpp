@@ -184,9 +184,15 @@ ColumnInfo Describe(SQLHSTMT stmt, SQLUSMALLINT col, bool narrow) {
           SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement);
     c.name = FromW(name, static_cast<std::size_t>(std::min<SQLSMALLINT>(nameLen, 511)));
   }
+  // A driver that does not tell these has a signed column, not counted up by
+  // itself, and no type name or base table (which the update then asks for).
   SQLLEN isUnsigned = SQL_FALSE, autoUnique = SQL_FALSE;
-  SQLColAttribute(stmt, col, SQL_DESC_UNSIGNED, nullptr, 0, nullptr, &isUnsigned);
-  SQLColAttribute(stmt, col, SQL_DESC_AUTO_UNIQUE_VALUE, nullptr, 0, nullptr, &autoUnique);
+  if (!SQL_SUCCEEDED(
+          SQLColAttribute(stmt, col, SQL_DESC_UNSIGNED, nullptr, 0, nullptr, &isUnsigned)))
+    isUnsigned = SQL_FALSE;
+  if (!SQL_SUCCEEDED(
+          SQLColAttribute(stmt, col, SQL_DESC_AUTO_UNIQUE_VALUE, nullptr, 0, nullptr, &autoUnique)))
+    autoUnique = SQL_FALSE;
   c.typeName = ColumnAttribute(stmt, col, SQL_DESC_TYPE_NAME, narrow);
   c.baseTable = ColumnAttribute(stmt, col, SQL_DESC_BASE_TABLE_NAME, narrow);
   c.baseColumn = ColumnAttribute(stmt, col, SQL_DESC_BASE_COLUMN_NAME, narrow);

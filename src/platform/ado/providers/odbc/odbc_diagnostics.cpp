@@ -4,52 +4,66 @@
 #include <sqlucode.h>
 
 #include <algorithm>
+#include <limits>
 
 #include "platform/ado/enums.h"
 #include "platform/ado/value_text.h"
 
 namespace ketrova::ado {
 
+namespace {
+
+// Record `i` through the narrow (SQLCHAR) or the wide (SQLWCHAR) call: false
+// when there is none. The message buffer grows to the length the driver
+// reports, so that no message is cut.
+template <typename Char>
+bool ReadRecord(SQLSMALLINT handleType, SQLHANDLE handle, SQLSMALLINT i, OdbcDiagRecord& r) {
+  Char state[6] = {};
+  SQLINTEGER native = 0;
+  std::vector<Char> message(512, Char{});
+  for (;;) {
+    SQLSMALLINT length = 0;
+    SQLSMALLINT capacity = static_cast<SQLSMALLINT>(message.size());
+    SQLRETURN rc;
+    if constexpr (sizeof(Char) == 1)
+      rc = SQLGetDiagRec(handleType, handle, i, state, &native, message.data(), capacity, &length);
+    else
+      rc = SQLGetDiagRecW(handleType, handle, i, state, &native, message.data(), capacity, &length);
+    if (!SQL_SUCCEEDED(rc)) return false;
+    if (length < capacity || capacity == std::numeric_limits<SQLSMALLINT>::max()) {
+      message.resize(static_cast<std::size_t>(std::clamp<SQLSMALLINT>(length, 0, capacity - 1)));
+      break;
+    }
+    message.assign(static_cast<std::size_t>(
+                       std::min<int>(length + 1, std::numeric_limits<SQLSMALLINT>::max())),
+                   Char{});
+  }
+  auto text = [](const Char* p, std::size_t n) {
+    if constexpr (sizeof(Char) == 1)
+      return std::string(reinterpret_cast<const char*>(p), n);
+    else
+      return Utf16ToUtf8(std::u16string_view(reinterpret_cast<const char16_t*>(p), n));
+  };
+  std::size_t stateLength = 0;
+  while (stateLength < 5 && state[stateLength] != 0) ++stateLength;
+  r.sqlState = text(state, stateLength);
+  r.nativeError = native;
+  r.message = text(message.data(), message.size());
+  while (!r.message.empty() && (r.message.back() == '\n' || r.message.back() == '\r'))
+    r.message.pop_back();
+  return true;
+}
+
+}  // namespace
+
 std::vector<OdbcDiagRecord> ReadDiagnostics(SQLSMALLINT handleType, SQLHANDLE handle, bool narrow) {
   std::vector<OdbcDiagRecord> records;
   if (!handle) return records;
-  if (narrow) {
-    for (SQLSMALLINT i = 1;; ++i) {
-      SQLCHAR state[6] = {};
-      SQLINTEGER native = 0;
-      SQLCHAR message[4096] = {};
-      SQLSMALLINT length = 0;
-      if (!SQL_SUCCEEDED(SQLGetDiagRec(handleType, handle, i, state, &native, message,
-                                       sizeof message, &length)))
-        break;
-      OdbcDiagRecord r;
-      r.sqlState = reinterpret_cast<char*>(state);
-      r.nativeError = native;
-      r.message = reinterpret_cast<char*>(message);
-      while (!r.message.empty() && (r.message.back() == '\n' || r.message.back() == '\r'))
-        r.message.pop_back();
-      records.push_back(std::move(r));
-    }
-    return records;
-  }
   for (SQLSMALLINT i = 1;; ++i) {
-    SQLWCHAR state[6] = {};
-    SQLINTEGER native = 0;
-    SQLWCHAR message[4096];
-    SQLSMALLINT length = 0;
-    SQLRETURN rc =
-        SQLGetDiagRecW(handleType, handle, i, state, &native, message,
-                       static_cast<SQLSMALLINT>(sizeof message / sizeof message[0]), &length);
-    if (!SQL_SUCCEEDED(rc)) break;
     OdbcDiagRecord r;
-    r.sqlState = Utf16ToUtf8(std::u16string_view(reinterpret_cast<const char16_t*>(state), 5));
-    r.nativeError = native;
-    std::size_t n =
-        std::min<std::size_t>(static_cast<std::size_t>(std::max<SQLSMALLINT>(length, 0)),
-                              sizeof message / sizeof message[0] - 1);
-    r.message = Utf16ToUtf8(std::u16string_view(reinterpret_cast<const char16_t*>(message), n));
-    while (!r.message.empty() && (r.message.back() == '\n' || r.message.back() == '\r'))
-      r.message.pop_back();
+    bool read = narrow ? ReadRecord<SQLCHAR>(handleType, handle, i, r)
+                       : ReadRecord<SQLWCHAR>(handleType, handle, i, r);
+    if (!read) break;
     records.push_back(std::move(r));
   }
   return records;

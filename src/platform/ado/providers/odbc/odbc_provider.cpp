@@ -19,14 +19,11 @@ using namespace odbc;
 // A prepared statement and what describing its result told.
 struct OdbcStatement {
   std::string sql;
-  SQLHSTMT stmt = SQL_NULL_HSTMT;
+  OdbcHandle stmt;
   bool described = false;
   std::vector<ColumnInfo> columns;
   std::int64_t maxRows = 0;
   int timeout = -1;
-  ~OdbcStatement() {
-    if (stmt) SQLFreeHandle(SQL_HANDLE_STMT, stmt);
-  }
 };
 
 namespace {
@@ -54,7 +51,11 @@ class OdbcCursor : public Cursor {
   }
   ~OdbcCursor() override {
     auto lock = provider_.Lock();
-    SQLFreeStmt(statement_->stmt, SQL_CLOSE);
+    // A statement the driver cannot close is not used again.
+    if (!SQL_SUCCEEDED(SQLFreeStmt(statement_->stmt, SQL_CLOSE))) {
+      provider_.CursorClosed();
+      return;
+    }
     // The SQLite3 driver neither resets a statement left before its end nor
     // ends its read, so it would go on where it stopped, and the open read
     // would hold back the checkpoints of the log. Prepared again at once on
@@ -70,13 +71,10 @@ class OdbcCursor : public Cursor {
     SQLHSTMT stmt = statement_->stmt;
     const auto& cols = statement_->columns;
     while (!atEnd_ && got < count) {
-      SQLRETURN rc = SQLFetch(stmt);
-      if (rc == SQL_NO_DATA) {
+      if (!FetchRow(stmt, provider_.Narrow())) {
         atEnd_ = true;
         break;
       }
-      if (!SQL_SUCCEEDED(rc))
-        ThrowOdbcError(SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement, provider_.Narrow());
       Row row;
       row.reserve(cols.size());
       for (std::size_t i = 0; i < cols.size(); ++i)
@@ -97,14 +95,13 @@ class OdbcCursor : public Cursor {
 }  // namespace
 
 OdbcProvider::OdbcProvider(const ConnectionSpec& spec) {
-  SQLHENV env = Env();
-  if (!env) throw VbError(kErrGeneral, "ODBC-Umgebung nicht verfügbar", "Ketrova.ODBC");
-  Check(SQLAllocHandle(SQL_HANDLE_DBC, env, &dbc_), SQL_HANDLE_ENV, env, OdbcPhase::kConnect);
+  dbc_ = OdbcHandle::Allocate(SQL_HANDLE_DBC, SQL_HANDLE_ENV, Env());
   Connect(spec.odbcString);
   SQLCHAR info[256] = {};
   SQLSMALLINT len = 0;
-  if (SQL_SUCCEEDED(SQLGetInfo(dbc_, SQL_DBMS_NAME, info, sizeof info, &len)))
-    dbms_ = reinterpret_cast<char*>(info);
+  Check(SQLGetInfo(dbc_, SQL_DBMS_NAME, info, sizeof info, &len), SQL_HANDLE_DBC, dbc_,
+        OdbcPhase::kConnect, true);
+  dbms_ = reinterpret_cast<char*>(info);
   // The PostgreSQL and SQLite3 drivers read a whole result at execution unless
   // told to fetch through a cursor or step by step; a record set must cost a
   // block, not a table.
@@ -146,7 +143,7 @@ OdbcProvider::OdbcProvider(const ConnectionSpec& spec) {
     if (upperString.find("SYNCPRAGMA") == std::string::npos) more += ";SyncPragma=NORMAL";
   }
   if (!more.empty()) {
-    SQLDisconnect(dbc_);
+    Check(SQLDisconnect(dbc_), SQL_HANDLE_DBC, dbc_, OdbcPhase::kConnect, true);
     Connect(spec.odbcString + more);
   }
   Setup();
@@ -185,7 +182,8 @@ void OdbcProvider::CommitGroupFor() {
 }
 
 void OdbcProvider::Connect(const std::string& odbcString) {
-  SQLSetConnectAttr(dbc_, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(15), 0);
+  Check(SQLSetConnectAttr(dbc_, SQL_ATTR_LOGIN_TIMEOUT, reinterpret_cast<SQLPOINTER>(15), 0),
+        SQL_HANDLE_DBC, dbc_, OdbcPhase::kConnect, true);
   // The narrow call: connection strings are ASCII in practice, and a driver
   // without wide calls (SQLite3) then gets a UTF-8 file name unchanged.
   std::string in = odbcString;
@@ -195,8 +193,6 @@ void OdbcProvider::Connect(const std::string& odbcString) {
                                   sizeof out, &outLen, SQL_DRIVER_NOPROMPT);
   if (!SQL_SUCCEEDED(rc)) {
     auto records = ReadDiagnostics(SQL_HANDLE_DBC, dbc_, true);
-    SQLFreeHandle(SQL_HANDLE_DBC, dbc_);
-    dbc_ = SQL_NULL_HDBC;
     std::string text = OdbcErrorText(records);
     if (text.empty()) text = "Verbindung fehlgeschlagen: " + odbcString;
     throw VbError(OdbcErrorNumber(records, OdbcPhase::kConnect), text, "Ketrova.ODBC");
@@ -221,7 +217,9 @@ void OdbcProvider::Setup() {
   } else if (upper.find("SQL SERVER") != std::string::npos) {
     dialect_ = "mssql";
     quote_ = "[";
-  } else if (SQL_SUCCEEDED(SQLGetInfo(dbc_, SQL_IDENTIFIER_QUOTE_CHAR, info, sizeof info, &len))) {
+  } else {
+    Check(SQLGetInfo(dbc_, SQL_IDENTIFIER_QUOTE_CHAR, info, sizeof info, &len), SQL_HANDLE_DBC,
+          dbc_, OdbcPhase::kConnect, true);
     quote_ = reinterpret_cast<char*>(info);
     if (quote_ == " " || quote_.empty()) quote_ = "\"";
   }
@@ -241,11 +239,9 @@ OdbcProvider::~OdbcProvider() {
   } catch (const VbError& e) {
     std::cerr << e.Description << "\n";
   }
-  if (dbc_) {
-    if (inTransaction_) SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_ROLLBACK);
-    SQLDisconnect(dbc_);
-    SQLFreeHandle(SQL_HANDLE_DBC, dbc_);
-  }
+  // What a destructor cannot report: the driver's own rollback at disconnect
+  // stands behind a failed one here.
+  if (dbc_ && inTransaction_) SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_ROLLBACK);
 }
 
 SQLRETURN OdbcProvider::Prepare(SQLHSTMT stmt, const std::string& sql) {
@@ -278,17 +274,8 @@ std::string OdbcProvider::ColumnText(SQLHSTMT stmt, SQLUSMALLINT col) {
 }
 
 void OdbcProvider::ExecDirect(const std::string& sql) {
-  SQLHSTMT stmt = SQL_NULL_HSTMT;
-  Check(SQLAllocHandle(SQL_HANDLE_STMT, dbc_, &stmt), SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther,
-        narrow_);
-  SQLRETURN rc = ExecDirectText(stmt, sql);
-  if (!SQL_SUCCEEDED(rc) && rc != SQL_NO_DATA) {
-    auto records = ReadDiagnostics(SQL_HANDLE_STMT, stmt, narrow_);
-    SQLFreeHandle(SQL_HANDLE_STMT, stmt);
-    throw VbError(OdbcErrorNumber(records, OdbcPhase::kStatement), OdbcErrorText(records),
-                  "Ketrova.ODBC");
-  }
-  SQLFreeHandle(SQL_HANDLE_STMT, stmt);
+  OdbcHandle stmt = OdbcHandle::Allocate(SQL_HANDLE_STMT, SQL_HANDLE_DBC, dbc_, narrow_);
+  Check(ExecDirectText(stmt, sql), SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement, narrow_);
 }
 
 std::unique_ptr<OdbcStatement> OdbcProvider::Acquire(const std::string& sql) {
@@ -301,8 +288,7 @@ std::unique_ptr<OdbcStatement> OdbcProvider::Acquire(const std::string& sql) {
   }
   auto s = std::make_unique<OdbcStatement>();
   s->sql = sql;
-  Check(SQLAllocHandle(SQL_HANDLE_STMT, dbc_, &s->stmt), SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther,
-        narrow_);
+  s->stmt = OdbcHandle::Allocate(SQL_HANDLE_STMT, SQL_HANDLE_DBC, dbc_, narrow_);
   PrepareStatement(*s);
   return s;
 }
@@ -328,7 +314,8 @@ void OdbcProvider::ForgetTableShapes() {
 
 void OdbcProvider::Release(std::unique_ptr<OdbcStatement> statement) {
   if (!statement) return;
-  SQLFreeStmt(statement->stmt, SQL_RESET_PARAMS);
+  // A statement whose parameters cannot be reset is not used again.
+  if (!SQL_SUCCEEDED(SQLFreeStmt(statement->stmt, SQL_RESET_PARAMS))) return;
   idle_.push_front(std::move(statement));
   if (idle_.size() > kIdleStatements) idle_.pop_back();
 }
@@ -419,6 +406,8 @@ void OdbcProvider::WriteFailed() {
 }
 
 void OdbcProvider::EndGroup(SQLSMALLINT completion) {
+  // Called where a failure is being reported already: a rollback that fails
+  // too adds nothing to it, and the driver rolls back at disconnect anyway.
   groupLog_.clear();
   SQLEndTran(SQL_HANDLE_DBC, dbc_, completion);
   SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);
@@ -495,14 +484,18 @@ ExecuteResult OdbcProvider::ExecuteNow(const std::string& sql, std::span<const V
   auto s = Acquire(sql);
   SQLHSTMT stmt = s->stmt;
   if (s->maxRows != maxRows) {
-    SQLSetStmtAttr(
-        stmt, SQL_ATTR_MAX_ROWS,
-        reinterpret_cast<SQLPOINTER>(static_cast<SQLULEN>(std::max<std::int64_t>(maxRows, 0))), 0);
+    Check(SQLSetStmtAttr(stmt, SQL_ATTR_MAX_ROWS,
+                         reinterpret_cast<SQLPOINTER>(
+                             static_cast<SQLULEN>(std::max<std::int64_t>(maxRows, 0))),
+                         0),
+          SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement, narrow_);
     s->maxRows = maxRows;
   }
   if (s->timeout != timeout_) {
-    SQLSetStmtAttr(stmt, SQL_ATTR_QUERY_TIMEOUT,
-                   reinterpret_cast<SQLPOINTER>(static_cast<SQLULEN>(std::max(timeout_, 0))), 0);
+    Check(SQLSetStmtAttr(stmt, SQL_ATTR_QUERY_TIMEOUT,
+                         reinterpret_cast<SQLPOINTER>(static_cast<SQLULEN>(std::max(timeout_, 0))),
+                         0),
+          SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement, narrow_);
     s->timeout = timeout_;
   }
   std::vector<ParamBuffer> buffers(params.size());
@@ -518,7 +511,7 @@ ExecuteResult OdbcProvider::ExecuteNow(const std::string& sql, std::span<const V
                   "Ketrova.ODBC");
   }
   SQLSMALLINT columns = 0;
-  SQLNumResultCols(stmt, &columns);
+  Check(SQLNumResultCols(stmt, &columns), SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement, narrow_);
   ExecuteResult result;
   if (columns > 0) {
     if (!s->described || s->columns.size() != static_cast<std::size_t>(columns)) {
@@ -533,10 +526,10 @@ ExecuteResult OdbcProvider::ExecuteNow(const std::string& sql, std::span<const V
     result.cursor = std::make_unique<OdbcCursor>(*this, std::move(s));
   } else {
     SQLLEN count = -1;
-    SQLRowCount(stmt, &count);
+    Check(SQLRowCount(stmt, &count), SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement, narrow_);
     result.rowsAffected = count;
-    SQLFreeStmt(stmt, SQL_CLOSE);
-    Release(std::move(s));
+    // A statement the driver cannot close is not used again.
+    if (SQL_SUCCEEDED(SQLFreeStmt(stmt, SQL_CLOSE))) Release(std::move(s));
   }
   return result;
 }
@@ -578,18 +571,22 @@ void OdbcProvider::CommitTrans() {
   std::lock_guard lock(mutex_);
   if (!inTransaction_) throw VbError(kErrGeneral, "Keine Transaktion aktiv.", "Ketrova.ODBC");
   SQLRETURN rc = SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_COMMIT);
-  SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);
+  SQLRETURN autocommit = SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT,
+                                           reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);
   inTransaction_ = false;
   Check(rc, SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther, narrow_);
+  Check(autocommit, SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther, narrow_);
 }
 
 void OdbcProvider::RollbackTrans() {
   std::lock_guard lock(mutex_);
   if (!inTransaction_) throw VbError(kErrGeneral, "Keine Transaktion aktiv.", "Ketrova.ODBC");
   SQLRETURN rc = SQLEndTran(SQL_HANDLE_DBC, dbc_, SQL_ROLLBACK);
-  SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);
+  SQLRETURN autocommit = SQLSetConnectAttr(dbc_, SQL_ATTR_AUTOCOMMIT,
+                                           reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);
   inTransaction_ = false;
   Check(rc, SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther, narrow_);
+  Check(autocommit, SQL_HANDLE_DBC, dbc_, OdbcPhase::kOther, narrow_);
 }
 
 }  // namespace ketrova::ado

@@ -45,6 +45,7 @@
 
 #include "platform/ado/provider.h"
 #include "platform/ado/providers/odbc/odbc_diagnostics.h"
+#include "platform/ado/providers/odbc/odbc_handle.h"
 #include "platform/ado/write_group.h"
 
 namespace ketrova::ado {
@@ -101,7 +102,7 @@ class OdbcProvider : public Provider {
   std::unique_ptr<OdbcStatement> Acquire(const std::string& sql);
   void PrepareStatement(OdbcStatement& statement);
   void ExecDirect(const std::string& sql);
-  SQLHSTMT NewCatalogStatement();
+  odbc::OdbcHandle NewCatalogStatement();
   enum class CatalogFunction { kTables, kPrimaryKeys, kStatistics };
   SQLRETURN CatalogCall(SQLHSTMT stmt, CatalogFunction function, const std::string& table,
                         const std::string& extra = {});
@@ -133,7 +134,7 @@ class OdbcProvider : public Provider {
   void CommitGroupFor();
   void EndGroup(SQLSMALLINT completion);
 
-  SQLHDBC dbc_ = SQL_NULL_HDBC;
+  odbc::OdbcHandle dbc_;
   std::string dialect_ = "odbc";
   std::string dbms_;
   std::string quote_ = "\"";
