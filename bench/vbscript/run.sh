@@ -15,7 +15,7 @@ c++ -std=c++20 -O2 -Isrc bench/vbscript/convert_bench.cpp \
   "$build/src/platform/ui/libketrova_ui.a" \
   "$build/src/platform/ado/libketrova_ado.a" \
   "$build/src/support/libketrova_support.a" \
-  $(pkg-config --libs duktape odbc uuid) -o "$work/convert_bench"
+  $(pkg-config --libs duktape odbc odbcinst sqlite3 uuid) -o "$work/convert_bench"
 
 # Processor seconds: the machine may be busy with other work.
 seconds() { sed -E 's/.*cpu_seconds=([0-9.]+).*/\1/' <<<"$1"; }

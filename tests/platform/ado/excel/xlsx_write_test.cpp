@@ -277,6 +277,9 @@ TEST_F(XlsxWriteTest, FlushWritesTheChangesOnceAndReportsAFailure) {
 
   // The file replaced by a folder before the next save.
   db->Execute("INSERT INTO [A$] VALUES ('4', 'vier')");
+  const std::uint64_t group = db->LastWriteGroup();
+  std::string text;
+  EXPECT_EQ(db->FateOfWriteGroup(group, text), ado::Provider::GroupFate::kOpen);
   std::filesystem::remove(Path("neu.xlsx"));
   std::filesystem::create_directory(Path("neu.xlsx"));
   const std::string error = Error([&] { db->Flush(); });
@@ -285,6 +288,9 @@ TEST_F(XlsxWriteTest, FlushWritesTheChangesOnceAndReportsAFailure) {
                         0),
             0u)
       << error;
+  // The row the save could not keep is answered as lost, for the reject file.
+  EXPECT_EQ(db->FateOfWriteGroup(group, text), ado::Provider::GroupFate::kLost);
+  EXPECT_EQ(text, error);
   std::filesystem::remove(Path("neu.xlsx"));
 }
 

@@ -57,7 +57,13 @@ ExcelProvider::~ExcelProvider() {
 }
 
 void ExcelProvider::Flush() {
-  unsaved_.Save([this] { workbook_->Save(); });
+  try {
+    unsaved_.Save([this] { workbook_->Save(); });
+  } catch (const VbError&) {
+    // The rows are answered as lost: they must not reach the file later.
+    workbook_->DiscardChanges();
+    throw;
+  }
 }
 
 ado::ExecuteResult ExcelProvider::Execute(const std::string& sql, std::span<const Variant> params,

@@ -57,7 +57,7 @@ class ExcelProvider : public ado::Provider {
   std::string ColumnTypeSql(const ado::ColumnInfo& column) const override;
 
   // Writes the changes now. Raises VbError naming the file; the writes since
-  // the last flush are then lost (FateOfGroup).
+  // the last flush are then lost (FateOfGroup) and dropped.
   void Flush() override;
   std::uint64_t LastWriteGroup() const override { return unsaved_.LastWrite(); }
   GroupFate FateOfGroup(std::uint64_t group, std::string& text) const override {

@@ -660,6 +660,20 @@ void Workbook::Save() {
   Reopen();
 }
 
+void Workbook::DiscardChanges() {
+  bool made = false;
+  for (auto& sheet : sheets_) {
+    sheet.replaced.clear();
+    sheet.removed.clear();
+    sheet.appended.clear();
+    sheet.held.reset();
+    sheet.indexes.clear();
+    sheet.dirty = sheet.source == SIZE_MAX;
+    made = made || sheet.dirty;
+  }
+  changed_ = made;
+}
+
 TableScan::TableScan(const Workbook& workbook, std::size_t table)
     : workbook_(workbook), table_(table), layout_(workbook.Layout(table)) {
   reader_ = workbook.OpenSheet(workbook.tables_[table].sheet);

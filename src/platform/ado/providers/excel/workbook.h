@@ -145,6 +145,10 @@ class Workbook {
   // file, so that a later Save writes only what was changed since. Raises
   // VbError naming the file; the changes are then kept.
   void Save();
+  // After a Save that failed: the changes since the last good one are
+  // dropped, so that the tables read what the file holds again. A sheet made
+  // since then stays, empty, and is written by the next Save.
+  void DiscardChanges();
 
  private:
   friend class TableScan;

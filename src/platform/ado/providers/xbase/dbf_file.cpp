@@ -533,9 +533,13 @@ void DbfFile::Write(const std::vector<ado::Row>& rows) const {
       std::ofstream out(memoTemp, std::ios::binary | std::ios::trunc);
       if (!out || !(out << memo)) Fail(memoPath, "kann nicht geschrieben werden");
     }
-    std::filesystem::rename(memoTemp, memoPath);
+    std::error_code ec;
+    std::filesystem::rename(memoTemp, memoPath, ec);
+    if (ec) Fail(memoPath, "kann nicht geschrieben werden: " + ec.message());
   }
-  std::filesystem::rename(temp, file_);
+  std::error_code ec;
+  std::filesystem::rename(temp, file_, ec);
+  if (ec) Fail(file_, "kann nicht geschrieben werden: " + ec.message());
 }
 
 }  // namespace ketrova::xbase_provider

@@ -28,6 +28,12 @@ bool IsParadox(const std::filesystem::path& p) {
   return AsciiUpper(p.extension().string()) == ".DB";
 }
 
+// A table's file as the format of its name reads it.
+std::unique_ptr<TableFile> ReadTableFile(const std::filesystem::path& file) {
+  if (IsParadox(file)) return std::make_unique<ParadoxFile>(ParadoxFile::Open(file));
+  return std::make_unique<DbfFile>(DbfFile::Read(file));
+}
+
 // The file name a new table gets: "." and blanks would confuse readers that
 // take the name up to the first "." as the table's.
 std::string FileStemOf(std::string name) {
@@ -148,12 +154,7 @@ XbaseProvider::XbaseProvider(const ado::ConnectionSpec& spec) {
     auto key = AsciiUpper(file);
     auto it = tables_.find(key);
     if (it == tables_.end()) {
-      std::unique_ptr<TableFile> read;
-      if (IsParadox(file))
-        read = std::make_unique<ParadoxFile>(ParadoxFile::Open(file));
-      else
-        read = std::make_unique<DbfFile>(DbfFile::Read(file));
-      auto loaded = std::make_unique<LoadedTable>(LoadedTable{std::move(read), {}, false});
+      auto loaded = std::make_unique<LoadedTable>(LoadedTable{ReadTableFile(file), {}, false});
       loaded->live.assign(loaded->file->rows().size(), true);
       it = tables_.emplace(key, std::move(loaded)).first;
     }
@@ -172,17 +173,38 @@ XbaseProvider::~XbaseProvider() {
 }
 
 void XbaseProvider::Flush() {
-  unsaved_.Save([this] {
-    for (auto& [key, table] : tables_) {
-      if (!table->changed) continue;
-      auto& rows = table->file->rows();
-      std::vector<ado::Row> kept;
-      for (std::size_t i = 0; i < rows.size(); ++i)
-        if (table->live[i]) kept.push_back(rows[i]);
-      table->file->Write(kept);
-      table->changed = false;
+  try {
+    unsaved_.Save([this] {
+      for (auto& [key, table] : tables_) {
+        if (!table->changed) continue;
+        auto& rows = table->file->rows();
+        std::vector<ado::Row> kept;
+        for (std::size_t i = 0; i < rows.size(); ++i)
+          if (table->live[i]) kept.push_back(rows[i]);
+        table->file->Write(kept);
+        table->changed = false;
+      }
+    });
+  } catch (const VbError&) {
+    ForgetUnsaved();
+    throw;
+  }
+}
+
+void XbaseProvider::ForgetUnsaved() {
+  // The files were written through temporary files, so each still holds what
+  // the last good save left; the tables become that again, in place, since
+  // the engine's tables point at them.
+  for (auto& [key, table] : tables_) {
+    if (!table->changed) continue;
+    try {
+      table->file = ReadTableFile(table->file->file());
+    } catch (const VbError&) {
+      table->file->rows().clear();  // a new table whose file never was written
     }
-  });
+    table->live.assign(table->file->rows().size(), true);
+    table->changed = false;
+  }
 }
 
 std::filesystem::path XbaseProvider::FileOf(const std::string& name) const {

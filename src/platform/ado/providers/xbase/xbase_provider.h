@@ -64,7 +64,8 @@ class XbaseProvider : public ado::Provider {
 
   // Writes every changed table now: at a job's end, before the run waits on
   // the user, and when the connection closes. Raises kErrGeneral; the writes
-  // since the last flush are then lost (FateOfGroup).
+  // since the last flush are then lost (FateOfGroup) and the tables are again
+  // what their files hold.
   void Flush() override;
   std::uint64_t LastWriteGroup() const override { return unsaved_.LastWrite(); }
   GroupFate FateOfGroup(std::uint64_t group, std::string& text) const override {
@@ -74,6 +75,8 @@ class XbaseProvider : public ado::Provider {
  private:
   std::filesystem::path FileOf(const std::string& name) const;
   void CreateTable(const std::string& sql);
+  // Drops the changes a failed save could not write.
+  void ForgetUnsaved();
 
   std::filesystem::path folder_;
   bool paradox_ = false;  // new tables as Paradox .db (else dBase III .dbf)
