@@ -35,9 +35,16 @@ class ConsoleUserInterface : public UserInterface {
   // Called from DoEvents after a Ctrl-C.
   std::function<void()> onInterrupt;
 
+  // Prints "<title>: <text>" on stderr; with --yes the first of Yes, OK,
+  // Retry, Ignore the box offers; without a terminal to ask, the default
+  // button; otherwise asks for the button by its letter.
   int MsgBox(const std::string& text, int flags, const std::string& title) override;
+  // Prints the prompt and reads a line; an empty line or no terminal keeps
+  // the default text, end of input cancels (nullopt).
   std::optional<std::string> InputBox(const std::string& prompt, const std::string& title,
                                       const std::string& defaultText) override;
+  // The work form is one progress line on stderr, redrawn in place on a
+  // terminal and left out with --quiet.
   void WorkFormShow(const std::string& caption, const std::string& text1,
                     const std::string& text2) override;
   void WorkFormHide() override;
@@ -45,8 +52,11 @@ class ConsoleUserInterface : public UserInterface {
   void WorkFormSetCaption(const std::string& caption) override;
   void WorkFormSetTexts(const std::string& text1, const std::string& text2) override;
   void WorkFormSetBar(bool visible, double min, double max, double value) override;
+  // A console has no pointer to change.
   void SetMousePointer(int pointer) override {}
+  // Delivers a pending Ctrl-C to onInterrupt.
   void DoEvents() override;
+  // The terminal's bell, only where stderr is a terminal.
   void Beep() override;
   std::optional<std::string> ChooseFile(const std::string& title, const std::string& filter,
                                         const std::string& startPath) override;

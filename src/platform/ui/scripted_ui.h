@@ -52,9 +52,16 @@ class ScriptedUserInterface : public UserInterface {
   double BarValue() const { return barValue_; }
   int MousePointer() const { return pointer_; }
 
+  // The questions: recorded with their answer, taken from the queues.
   int MsgBox(const std::string& text, int flags, const std::string& title) override;
   std::optional<std::string> InputBox(const std::string& prompt, const std::string& title,
                                       const std::string& defaultText) override;
+  std::optional<std::string> ChooseFile(const std::string& title, const std::string& filter,
+                                        const std::string& startPath) override;
+  std::optional<std::string> ChooseFolder(const std::string& title,
+                                          const std::string& startPath) override;
+
+  // The work form and the pointer: recorded, and kept for the getters above.
   void WorkFormShow(const std::string& caption, const std::string& text1,
                     const std::string& text2) override;
   void WorkFormHide() override;
@@ -63,12 +70,10 @@ class ScriptedUserInterface : public UserInterface {
   void WorkFormSetTexts(const std::string& text1, const std::string& text2) override;
   void WorkFormSetBar(bool visible, double min, double max, double value) override;
   void SetMousePointer(int pointer) override;
+
+  // Counted (and recorded when asked), then the onDoEvents hook.
   void DoEvents() override;
   void Beep() override;
-  std::optional<std::string> ChooseFile(const std::string& title, const std::string& filter,
-                                        const std::string& startPath) override;
-  std::optional<std::string> ChooseFolder(const std::string& title,
-                                          const std::string& startPath) override;
 
  private:
   std::deque<int> msgBoxAnswers_;

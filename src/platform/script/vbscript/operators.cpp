@@ -1,8 +1,10 @@
 #include "platform/script/vbscript/operators.h"
 
+#include <cassert>
 #include <climits>
 #include <cmath>
 
+#include "support/number_text.h"
 #include "support/object.h"
 #include "support/vb_error.h"
 
@@ -107,6 +109,20 @@ Variant DateResult(double r) {
   return Variant::FromDate(r);
 }
 
+// +, - or * on two numbers of one kind (the operands of Arithmetic).
+template <typename T>
+T Apply(Op op, T x, T y) {
+  switch (op) {
+    case Op::kAdd:
+      return x + y;
+    case Op::kSub:
+      return x - y;
+    default:
+      assert(op == Op::kMul);
+      return x * y;
+  }
+}
+
 Variant Arithmetic(Op op, const Variant& a, const Variant& b) {
   if (a.IsNull() || b.IsNull()) return Variant::Null();
   Rank rank = std::max(RankOf(a), RankOf(b));
@@ -114,34 +130,12 @@ Variant Arithmetic(Op op, const Variant& a, const Variant& b) {
   if (op == Op::kSub && a.Type() == vbDate && b.Type() == vbDate) dateResult = false;
   if (a.Type() == vbString || b.Type() == vbString) rank = std::max(rank, kDouble);
   if (!dateResult && rank <= kLong) {
-    std::int64_t x = IntOf(a), y = IntOf(b), r = 0;
-    switch (op) {
-      case Op::kAdd:
-        r = x + y;
-        break;
-      case Op::kSub:
-        r = x - y;
-        break;
-      default:
-        r = x * y;
-        break;
-    }
+    const std::int64_t r = Apply(op, IntOf(a), IntOf(b));
     if (rank == kByte && (a.Type() != vbByte || b.Type() != vbByte)) rank = kInteger;
     if (rank == kByte && (r < 0 || r > 255)) rank = kInteger;
     return IntegerResult(r, rank);
   }
-  double x = Num(a), y = Num(b), r = 0;
-  switch (op) {
-    case Op::kAdd:
-      r = x + y;
-      break;
-    case Op::kSub:
-      r = x - y;
-      break;
-    default:
-      r = x * y;
-      break;
-  }
+  const double r = Apply(op, Num(a), Num(b));
   if (dateResult) return DateResult(r);
   return FloatResult(r, rank == kCurrency || rank == kSingle ? rank : kDouble);
 }
@@ -332,6 +326,11 @@ Variant UnaryOp(Op op, const Variant& a) {
         return Variant::Byte(static_cast<std::uint8_t>(~a.AsByte()));
       case vbInteger:
         return Variant::Integer(static_cast<std::int16_t>(~a.AsInteger()));
+      case vbString:
+        // A text that reads as no number but as a Boolean word ("Wahr",
+        // "#FALSE#") is negated as that Boolean; any other is a number or 13.
+        if (!ParseNumber(a.AsString())) return Variant(!a.ToBool());
+        return Variant::Long(~static_cast<std::int32_t>(IntOf(a)));
       default:
         return Variant::Long(~static_cast<std::int32_t>(IntOf(a)));
     }

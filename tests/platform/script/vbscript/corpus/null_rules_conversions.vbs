@@ -34,3 +34,9 @@ T "IsNumeric(Null)"
 ' expected (Wine's lang.vbs: If "#TRUE#" takes the Then branch)
 If "#TRUE#" Then Print "If ""#TRUE#"": Then"
 If "#false#" Then Print "Then" Else Print "If ""#false#"": Else"
+' Not negates such a text as a Boolean (lang.vbs: Not "#FALSE#" is True); a
+' text that reads as a number stays a number, any other is 13
+T "Not ""#FALSE#"""
+T "Not ""Wahr"""
+T "Not ""1"""
+T "Not ""abc"""
