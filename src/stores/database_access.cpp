@@ -5,16 +5,12 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <mutex>
 
 #include "core/converter.h"
 #include "core/error_text.h"
 #include "platform/ado/adox/catalog.h"
 #include "platform/ado/connection.h"
-#include "platform/ado/providers/access/access_provider.h"
-#include "platform/ado/providers/excel/excel_provider.h"
-#include "platform/ado/providers/text/text_provider.h"
-#include "platform/ado/providers/xbase/xbase_provider.h"
+#include "platform/ado/providers/file_providers.h"
 #include "platform/ado/recordset.h"
 #include "platform/ui/ui_helpers.h"
 #include "stores/database.h"
@@ -29,18 +25,6 @@
 namespace ketrova {
 
 namespace {
-
-// The file providers register with record access once per process, at the
-// first open of any store, so that no caller has to.
-void RegisterFileProviders() {
-  static std::once_flag once;
-  std::call_once(once, [] {
-    text_provider::RegisterTextProvider();
-    excel::RegisterExcelProvider();
-    access_provider::RegisterAccessProvider();
-    xbase_provider::RegisterXbaseProvider();
-  });
-}
 
 // Ketrova's own setting "GroupedCommits" in the section "Ketrova" of the
 // registry ini: 0 (or "Nein", "Falsch", "off") has every write committed on
@@ -90,7 +74,7 @@ bool CDatabase::Active() const {
 }
 
 void CDatabase::SetActive(bool value) {
-  RegisterFileProviders();
+  ado::RegisterFileProviders();
   if (value)
     Open();
   else

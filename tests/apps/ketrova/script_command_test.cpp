@@ -61,5 +61,40 @@ TEST_F(ScriptCommandTest, ARunTimeErrorStillListsWhatCompiled) {
   EXPECT_NE(dump.out.find("2:1 Let"), std::string::npos) << dump.out;
 }
 
+// A module's own connections reach the file stores although no store of the
+// process was opened before: a text folder and an Access file.
+TEST_F(ScriptCommandTest, AModulesOwnConnectionsOpenFileStores) {
+  Write("zahlen.csv", "Nr,Name\r\n1,eins\r\n2,zwei\r\n");
+  Write("schema.ini", "[zahlen.csv]\r\nColNameHeader=True\r\nFormat=CSVDelimited\r\n");
+  Write("lesen.vbs",
+        "Function Texte(ordner)\r\n"
+        "  Set c = CreateObject(\"ADODB.Connection\")\r\n"
+        "  c.Open \"Driver={Microsoft Text Driver (*.txt; *.csv)};DBQ=\" & ordner\r\n"
+        "  Set r = c.Execute(\"SELECT [Name] FROM [zahlen.csv] ORDER BY [Nr]\")\r\n"
+        "  Do Until r.EOF\r\n"
+        "    Texte = Texte & r.Fields(\"Name\") & \" \"\r\n"
+        "    r.MoveNext\r\n"
+        "  Loop\r\n"
+        "End Function\r\n"
+        "Function Kunden(datei)\r\n"
+        "  Set r = CreateObject(\"ADODB.Recordset\")\r\n"
+        "  r.Open \"SELECT * FROM [Customers]\", \"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=\" "
+        "& datei\r\n"
+        "  Do Until r.EOF\r\n"
+        "    Kunden = Kunden + 1\r\n"
+        "    r.MoveNext\r\n"
+        "  Loop\r\n"
+        "End Function\r\n");
+  KetrovaOutcome text = RunKetrova(folder, "script lesen.vbs --run Texte " + folder.string());
+  EXPECT_EQ(text.status, 0) << text.err;
+  EXPECT_EQ(text.out, "eins zwei \n");
+
+  const fs::path nwind = fs::path(KETROVA_ACCESS_TESTDATA) / "nwind.mdb";
+  if (!fs::exists(nwind)) GTEST_SKIP() << nwind << " fehlt";
+  KetrovaOutcome access = RunKetrova(folder, "script lesen.vbs --run Kunden " + nwind.string());
+  EXPECT_EQ(access.status, 0) << access.err;
+  EXPECT_EQ(access.out, "91\n");  // mdb-count nwind.mdb Customers
+}
+
 }  // namespace
 }  // namespace ketrova::testing
