@@ -9,13 +9,19 @@ calls=${VBSCRIPT_BENCH_CALLS:-1000000}
 work=$(mktemp -d "${TMPDIR:-/tmp}/ketrova-vbscript-XXXXXX")
 trap 'rm -rf "$work"' EXIT
 
-cmake --build "$build" --target ketrova_script >/dev/null
+cmake --build "$build" --target ketrova_script ketrova_file_providers >/dev/null
 c++ -std=c++20 -O2 -Isrc bench/vbscript/convert_bench.cpp \
   "$build/src/platform/script/libketrova_script.a" \
   "$build/src/platform/ui/libketrova_ui.a" \
+  "$build/src/platform/ado/libketrova_file_providers.a" \
+  "$build/src/platform/ado/providers/excel/libketrova_excel.a" \
+  "$build/src/platform/ado/providers/access/libketrova_access.a" \
+  "$build/src/platform/ado/providers/xbase/libketrova_xbase.a" \
+  "$build/src/platform/ado/file_engine/libketrova_file_engine.a" \
   "$build/src/platform/ado/libketrova_ado.a" \
   "$build/src/support/libketrova_support.a" \
-  $(pkg-config --libs duktape odbc odbcinst sqlite3 uuid) -o "$work/convert_bench"
+  $(pkg-config --libs duktape odbc odbcinst sqlite3 uuid libzip expat libgsf-1 libmdb pugixml) \
+  -lshp -o "$work/convert_bench"
 
 # Processor seconds: the machine may be busy with other work.
 seconds() { sed -E 's/.*cpu_seconds=([0-9.]+).*/\1/' <<<"$1"; }
