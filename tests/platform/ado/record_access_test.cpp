@@ -200,6 +200,24 @@ TEST_P(RecordAccess, JetTypeWordsOfCreatedTablesReadAsJetMeantThem) {
   EXPECT_DOUBLE_EQ(rs->GetFields().Item("Betrag").Value().ToDouble(), 2500.5);
 }
 
+TEST_P(RecordAccess, MySqlBooleansAreBooleansAndKeepOtherNumbers) {
+  // BOOLEAN is MySQL's name for TINYINT(1), which holds any small number.
+  if (Dialect() != "mysql") GTEST_SKIP() << "MySQL's BOOLEAN";
+  DropTable("Schalter");
+  db->Execute("CREATE TABLE Schalter (Nr INTEGER PRIMARY KEY, Ja BOOLEAN)");
+  db->Execute("INSERT INTO Schalter VALUES (1, 0), (2, 1), (3, 2), (4, -5), (5, NULL)");
+  auto rs = db->Execute("SELECT Ja FROM Schalter ORDER BY Nr");
+  EXPECT_EQ(rs->GetFields().Item(0).Type(), adBoolean);
+  std::vector<std::string> values;
+  for (; !rs->Eof(); rs->MoveNext()) {
+    const Variant v = rs->GetFields().Item(0).Value();
+    values.push_back(v.TypeName() + " " + v.ToText());
+  }
+  EXPECT_EQ(values, (std::vector<std::string>{"Boolean Falsch", "Boolean Wahr", "Integer 2",
+                                              "Integer -5", "Null "}));
+  DropTable("Schalter");
+}
+
 TEST_P(RecordAccess, InsertAndUpdateThroughRecordSets) {
   CreateTypesTable();
   for (int id = 1; id <= 3; ++id)

@@ -1,5 +1,6 @@
 #include "platform/ado/providers/odbc/odbc_values.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <limits>
 #include <memory>
@@ -44,6 +45,13 @@ Variant GetValue(SQLHSTMT stmt, SQLUSMALLINT col, const ColumnInfo& c, bool narr
       // Some drivers answer a bit column with text ("t"); read it as text.
       char v[16] = {};
       if (!get(SQL_C_CHAR, v, sizeof v)) return Variant::Null();
+      // MySQL's BOOLEAN is a TINYINT(1), which may hold any small number: a
+      // number other than 0, 1 and -1 keeps its value, a Boolean would lose it.
+      char* end = nullptr;
+      const long number = std::strtol(v, &end, 10);
+      if (end != v && *end == '\0' && number != 0 && number != 1 && number != -1 &&
+          number >= INT16_MIN && number <= INT16_MAX)
+        return Variant::Integer(static_cast<std::int16_t>(number));
       char f = static_cast<char>(std::tolower(static_cast<unsigned char>(v[0])));
       return Variant(!(f == '0' || f == 'f' || f == 'n' || f == 0));
     }
