@@ -174,11 +174,52 @@ Variant Interpreter::Impl::MemberTarget(Expr& e, Frame& f) {
   return Eval(*e.target, f);
 }
 
+bool ConstantArgs(Expr& e) {
+  if (e.constantArgs < 0) {
+    bool constant = !e.args.empty();
+    for (const ExprPtr& a : e.args) constant = constant && a && a->kind == ExprKind::kLiteral;
+    e.constantArgs = constant ? 1 : 0;
+  }
+  return e.constantArgs == 1;
+}
+
+ObjectPtr HeldAnswerOf(const Expr& e, const ObjectPtr& object) {
+  if (!e.held) return nullptr;
+  const HeldMember& held = *e.held;
+  // The same object, by its control block: no reference count is touched.
+  if (held.owner.owner_before(object) || object.owner_before(held.owner)) return nullptr;
+  if (!object->AnswerStands(held.answer)) return nullptr;
+  return held.answer.answer.lock();
+}
+
+void KeepAnswer(Expr& e, const ObjectPtr& object, int dispId, std::span<const Variant> args,
+                const Variant& answer) {
+  // An object without a control block of its own could not be told apart.
+  if (!answer.IsObject() || answer.IsNothing() || object.use_count() == 0) return;
+  HeldAnswer held;
+  if (!object->HoldAnswer(dispId, args, answer, held)) return;
+  if (!e.held) e.held = std::make_unique<HeldMember>();
+  e.held->owner = object;
+  e.held->answer = std::move(held);
+}
+
 Variant Interpreter::Impl::EvalMember(Expr& e, Frame& f, bool statement) {
   ObjectPtr object = RequireObject(MemberTarget(e, f));
+  // rs.Fields("x") read record after record: the answer kept from the last
+  // read, while the object says it stands.
+  const bool keep = !statement && ConstantArgs(e) && !AsClassInstance(object.get());
+  if (keep) {
+    if (ObjectPtr held = HeldAnswerOf(e, object)) return Variant(std::move(held));
+  }
   int id = DispId(e, *object);
-  return InvokeWith(object, id, statement ? InvokeKind::kMethod : InvokeKind::kPropertyGet, e.args,
-                    f);
+  if (!keep)
+    return InvokeWith(object, id, statement ? InvokeKind::kMethod : InvokeKind::kPropertyGet,
+                      e.args, f);
+  Args args(e.args.size());
+  EvalArgs(e.args, f, args, false);
+  Variant result = object->Invoke(id, InvokeKind::kPropertyGet, args.span());
+  KeepAnswer(e, object, id, args.span(), result);
+  return result;
 }
 
 Variant Interpreter::Impl::DefaultValue(const Variant& v) {

@@ -174,6 +174,16 @@ inline ObjectPtr RequireObject(const Variant& v) {
   return v.AsObject();
 }
 
+// Whether every argument of a call site is a literal, so that it reads the
+// same member with the same arguments every time.
+bool ConstantArgs(Expr& e);
+// The answer call site `e` kept of `object`'s member, while the object says
+// it stands; nullptr otherwise.
+ObjectPtr HeldAnswerOf(const Expr& e, const ObjectPtr& object);
+// Keeps `answer` of `object`'s member at call site `e` where the object allows it.
+void KeepAnswer(Expr& e, const ObjectPtr& object, int dispId, std::span<const Variant> args,
+                const Variant& answer);
+
 // The element `indexes` name in an array; 9 when out of range.
 size_t ElementOffset(const SafeArray& array, std::span<const Variant> indexes);
 
