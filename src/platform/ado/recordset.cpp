@@ -195,7 +195,13 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
   }
   if (cursorType != adOpenUnspecified) cursorType_ = static_cast<CursorTypeEnum>(cursorType);
   if (lockType != adLockUnspecified) lockType_ = static_cast<LockTypeEnum>(lockType);
-  if (!source.IsMissing() && !source.IsEmpty() && !source.IsNull()) source_ = source.ToText();
+  if (!source.IsMissing() && !source.IsEmpty() && !source.IsNull()) {
+    // The same text again (once per record) is not copied again.
+    if (!source.IsString())
+      source_ = source.ToText();
+    else if (source.AsString() != source_)
+      source_ = source.AsString();
+  }
 
   records_.clear();
   position_ = 0;
@@ -208,6 +214,7 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
       ThrowAdoError(AdoError::kArguments, "ADODB.Recordset");
     // The in-memory record set, over the appended fields.
     inMemory_ = true;
+    reopen_.valid = false;
     columns_.clear();
     attributes_.clear();
     for (const auto& f : *fields_) {
@@ -223,7 +230,7 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
   bool updatable = lockType_ > adLockReadOnly;
   // A record set to write through reads each row's own identity beside it,
   // where the store has one, so that an UPDATE finds exactly that row.
-  sent_ = source_;
+  const std::string* sent = &source_;
   identity_ = {};
   if (updatable) {
     // Worked out once for a text opened again and again (once per record).
@@ -239,12 +246,13 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
     }
     if (!withIdentity_.sent.empty()) {
       identity_ = withIdentity_.identity;
-      sent_ = withIdentity_.sent;
+      sent = &withIdentity_.sent;
     }
   }
+  if (sent_ != *sent) sent_ = *sent;
   // A record set to write through is opened per record: its statement is
   // prepared and checked now, and runs only when something asks for rows.
-  std::optional<std::vector<ColumnInfo>> described;
+  std::shared_ptr<const std::vector<ColumnInfo>> described;
   std::unique_ptr<Cursor> cursor;
   auto open = [&] {
     if (updatable) described = provider_->Prepare(sent_);
@@ -264,8 +272,10 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
   }
   pendingRun_ = described && !described->empty();
   unread_ = false;
+  if (pendingRun_ && Reopened(described)) return;
+  reopen_.valid = false;
   if (pendingRun_) {
-    columns_ = std::move(*described);
+    columns_ = *described;
   } else {
     if (!cursor) {
       // A statement without a result leaves the record set closed, as in ADO.
@@ -298,13 +308,41 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
   }
   fields_->Reset(columns_, attributes_);
   open_ = true;
+  if (pendingRun_ && target_) {
+    reopen_.valid = true;
+    reopen_.described = described;
+    reopen_.provider = provider_.get();
+    reopen_.sent = sent_;
+    reopen_.lockType = lockType_;
+  }
   if (!pendingRun_) FetchMore();
+}
+
+bool Recordset::Reopened(const std::shared_ptr<const std::vector<ColumnInfo>>& described) {
+  // Everything the open derives from the description, the target and the
+  // lock type is what the last open derived, and the fields kept aside at
+  // its Close are still those.
+  const Target* last = lastTarget_.get();
+  if (!reopen_.valid || reopen_.columns.empty() || described != reopen_.described ||
+      provider_.get() != reopen_.provider || lockType_ != reopen_.lockType ||
+      fields_->Version() != reopen_.fieldsVersion || sent_ != reopen_.sent || !last ||
+      last->source != source_ || last->shapeGeneration != connection_->ShapeGeneration() ||
+      last->connection.lock() != connection_)
+    return false;
+  columns_ = std::move(reopen_.columns);
+  reopen_.columns.clear();
+  target_ = lastTarget_;
+  inMemory_ = false;
+  fields_->Restore();
+  open_ = true;
+  return true;
 }
 
 void Recordset::OpenOnCursor(ConnectionPtr connection, std::string source,
                              std::unique_ptr<Cursor> cursor) {
   connection_ = std::move(connection);
   provider_ = connection_->SharedProvider();
+  reopen_.valid = false;
   source_ = std::move(source);
   sent_ = source_;
   identity_ = {};
@@ -325,6 +363,7 @@ void Recordset::OpenOnCursor(ConnectionPtr connection, std::string source,
 }
 
 void Recordset::OpenInMemory(const std::vector<ColumnInfo>& columns, std::vector<Row> rows) {
+  reopen_.valid = false;
   columns_ = columns;
   attributes_.clear();
   for (const auto& c : columns_) attributes_.push_back(FieldAttributes(c, true));
@@ -358,6 +397,11 @@ void Recordset::Close() {
   target_.reset();
   if (!inMemory_) {
     fields_->Reset({}, {});
+    // Kept for an open on the same statement (a record loop's next record).
+    if (reopen_.valid) {
+      reopen_.columns = std::move(columns_);
+      reopen_.fieldsVersion = fields_->Version();
+    }
     columns_.clear();
   }
 }
@@ -505,6 +549,13 @@ Variant Recordset::FieldValue(std::size_t index) {
   CheckOpen();
   Record& r = Current();
   return index < r.values.size() ? r.values[index] : Variant::Null();
+}
+
+void Recordset::CurrentValues(std::vector<Variant>& values) {
+  CheckOpen();
+  const Record& r = Current();
+  for (std::size_t i = 0; i < static_cast<std::size_t>(fields_->Count()); ++i)
+    values.push_back(i < r.values.size() ? r.values[i] : Variant::Null());
 }
 
 Variant Recordset::FieldOriginalValue(std::size_t index) {
@@ -662,8 +713,11 @@ void Recordset::WriteRecord(Record& r) {
   Provider& provider = *provider_;
   Target& t = *target_;
   std::string sql;
+  const std::string* text = &sql;  // the INSERT built last is not copied
   std::vector<Variant> params;
   std::vector<std::size_t> set;
+  params.reserve(columns_.size() + 1);
+  set.reserve(columns_.size());
   for (std::size_t i = 0; i < columns_.size(); ++i)
     if (i < r.changed.size() && r.changed[i] && t.tableColumn[i] >= 0) set.push_back(i);
 
@@ -672,7 +726,7 @@ void Recordset::WriteRecord(Record& r) {
       sql = provider.Dialect() == "mysql" ? "INSERT INTO " + Quote(t.table) + " () VALUES ()"
                                           : "INSERT INTO " + Quote(t.table) + " DEFAULT VALUES";
     } else if (set == t.insertColumns && !t.insertSql.empty()) {
-      sql = t.insertSql;
+      text = &t.insertSql;
       for (std::size_t i : set) params.push_back(r.values[i]);
     } else {
       std::string names, marks;
@@ -749,7 +803,7 @@ void Recordset::WriteRecord(Record& r) {
       }
     }
   }
-  ExecuteResult result = provider.Execute(sql, params);
+  ExecuteResult result = provider.Execute(*text, params);
   if (!r.isNew && result.rowsAffected == 0)
     ThrowAdoError(AdoError::kRowNotFound, "ADODB.Recordset");
   r.original.clear();

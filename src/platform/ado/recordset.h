@@ -84,6 +84,10 @@ class Recordset : public Object {
   // For Connection.OpenSchema: opens an in-memory record set with these rows.
   void OpenInMemory(const std::vector<ColumnInfo>& columns, std::vector<Row> rows);
 
+  // The values of the current record, field by field, appended to `values`
+  // (what each Field's Value answers); raises as Value does.
+  void CurrentValues(std::vector<Variant>& values);
+
   // Used by Field.
   Variant FieldValue(std::size_t index);
   Variant FieldOriginalValue(std::size_t index);
@@ -166,6 +170,20 @@ class Recordset : public Object {
   // The target of the last open, kept over Close: a record set opened again
   // on the same statement (once per record) need not resolve it again.
   std::shared_ptr<Target> lastTarget_;
+  // What the last open to write through found, kept over Close: opened again
+  // on the same statement, prepared as then (the provider answers the same
+  // description), with the same target and fields untouched since, the
+  // record set has the same columns and fields (a record loop's target).
+  struct Reopen {
+    bool valid = false;
+    std::shared_ptr<const std::vector<ColumnInfo>> described;
+    const Provider* provider = nullptr;
+    std::string sent;
+    LockTypeEnum lockType = adLockReadOnly;
+    std::vector<ColumnInfo> columns;  // while closed
+    std::uint64_t fieldsVersion = 0;
+  } reopen_;
+  bool Reopened(const std::shared_ptr<const std::vector<ColumnInfo>>& described);
 };
 
 }  // namespace ketrova::ado

@@ -22,6 +22,8 @@ struct OdbcStatement {
   OdbcHandle stmt;
   bool described = false;
   std::vector<ColumnInfo> columns;
+  // The columns as Prepare answered them, until they are described again.
+  std::shared_ptr<const std::vector<ColumnInfo>> prepared;
   std::int64_t maxRows = 0;
   int timeout = -1;
 };
@@ -320,8 +322,8 @@ void OdbcProvider::Release(std::unique_ptr<OdbcStatement> statement) {
   if (idle_.size() > kIdleStatements) idle_.pop_back();
 }
 
-std::optional<std::vector<ColumnInfo>> OdbcProvider::Prepare(const std::string& sql) {
-  if (dialect_ != "postgresql" || IsDdlStatement(sql)) return std::nullopt;
+std::shared_ptr<const std::vector<ColumnInfo>> OdbcProvider::Prepare(const std::string& sql) {
+  if (dialect_ != "postgresql" || IsDdlStatement(sql)) return nullptr;
   std::lock_guard lock(mutex_);
   CommitOthers();
   auto s = Acquire(sql);
@@ -340,8 +342,10 @@ std::optional<std::vector<ColumnInfo>> OdbcProvider::Prepare(const std::string& 
     for (SQLSMALLINT c = 1; c <= columns; ++c)
       s->columns.push_back(Describe(s->stmt, static_cast<SQLUSMALLINT>(c), narrow_));
     s->described = true;
+    s->prepared.reset();
   }
-  std::vector<ColumnInfo> columns = s->columns;
+  if (!s->prepared) s->prepared = std::make_shared<const std::vector<ColumnInfo>>(s->columns);
+  std::shared_ptr<const std::vector<ColumnInfo>> columns = s->prepared;
   Release(std::move(s));
   return columns;
 }
@@ -521,6 +525,7 @@ ExecuteResult OdbcProvider::ExecuteNow(const std::string& sql, std::span<const V
       if (dialect_ == "sqlite") DeclaredDecimals(s->columns);
       if (dialect_ == "mysql") DeclaredBooleans(s->columns);
       s->described = true;
+      s->prepared.reset();
     }
     ++queriesRun_;
     result.cursor = std::make_unique<OdbcCursor>(*this, std::move(s));

@@ -265,19 +265,19 @@ void SqliteProvider::ForgetTableShapes() {
   declared_.clear();
 }
 
-std::optional<std::vector<ColumnInfo>> SqliteProvider::Prepare(const std::string& sql) {
+std::shared_ptr<const std::vector<ColumnInfo>> SqliteProvider::Prepare(const std::string& sql) {
   std::lock_guard lock(mutex_);
   CommitOthers();
   // A record loop opens its target with the same text for every record.
   if (lastPrepared_ && lastPrepared_->first == sql) return lastPrepared_->second;
-  if (IsDdlStatement(sql) || IsTransactionStatement(sql)) return std::nullopt;
+  if (IsDdlStatement(sql) || IsTransactionStatement(sql)) return nullptr;
   auto parameterized = WithTrailingParameter(sql);
   auto s = Acquire(parameterized ? parameterized->first : sql);
   if (!s->stmt || !s->readOnly) {
     Release(std::move(s));
-    return std::nullopt;
+    return nullptr;
   }
-  lastPrepared_.emplace(sql, s->columns);
+  lastPrepared_.emplace(sql, std::make_shared<const std::vector<ColumnInfo>>(s->columns));
   Release(std::move(s));
   return lastPrepared_->second;
 }
