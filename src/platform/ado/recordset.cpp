@@ -120,6 +120,47 @@ std::string SingleTableOf(std::string_view sql) {
   return table;
 }
 
+// Where the literal begins that a statement ends with after "=": a whole
+// number or a string in quotes ("... WHERE [Nr] = 5", "... = 'A''B'"); npos
+// when it ends otherwise. Only the ending is looked at.
+std::size_t TrailingLiteralAt(std::string_view sql) {
+  std::size_t end = sql.find_last_not_of(" \t\r\n;");
+  if (end == std::string_view::npos || end == 0) return std::string_view::npos;
+  std::size_t start = end;
+  if (sql[end] == '\'') {
+    // Back to the opening quote; a doubled quote is one inside the text.
+    for (;;) {
+      if (start == 0) return std::string_view::npos;
+      --start;
+      if (sql[start] != '\'') continue;
+      if (start > 0 && sql[start - 1] == '\'') {
+        --start;
+        continue;
+      }
+      break;
+    }
+    // Read forward, the literal is one string that runs to its end.
+    std::size_t i = start;
+    SqlToken t = NextSqlToken(sql, i);
+    if (t.kind != SqlTokenKind::kString || !t.closed || i != end + 1) return std::string_view::npos;
+  } else {
+    while (start > 0 && std::isdigit(static_cast<unsigned char>(sql[start - 1]))) --start;
+    if (!std::isdigit(static_cast<unsigned char>(sql[start]))) return std::string_view::npos;
+    if (start > 0 && std::isdigit(static_cast<unsigned char>(sql[start - 1])))
+      return std::string_view::npos;
+  }
+  std::size_t eq = start == 0 ? std::string_view::npos : sql.find_last_not_of(" \t\r\n", start - 1);
+  if (eq == std::string_view::npos || sql[eq] != '=') return std::string_view::npos;
+  return start;
+}
+
+// Whether a token of `sql`, read from its start, begins at `at`.
+bool TokenStartsAt(std::string_view sql, std::size_t at) {
+  std::size_t i = 0;
+  while (i < at) NextSqlToken(sql, i);
+  return i == at;
+}
+
 bool IsLongOrBinary(DataTypeEnum t) {
   return t == adLongVarBinary || t == adVarBinary || t == adBinary || t == adLongVarChar ||
          t == adLongVarWChar;
@@ -233,15 +274,32 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
   const std::string* sent = &source_;
   identity_ = {};
   if (updatable) {
-    // Worked out once for a text opened again and again (once per record).
-    if (source_ != withIdentity_.source || provider_.get() != withIdentity_.provider) {
-      withIdentity_ = {source_, provider_.get(), {}, {}};
+    // Worked out once for a text opened again and again (once per record),
+    // and once for texts that differ only in the literal they end with (an
+    // update by key): the text before the literal decides, and a literal is
+    // one token that holds no keyword, comma or parenthesis.
+    WithIdentity& w = withIdentity_;
+    if (provider_.get() == w.provider && w.literalAt != std::string::npos && source_ != w.source &&
+        source_.size() > w.literalAt &&
+        source_.compare(0, w.literalAt, w.source, 0, w.literalAt) == 0 &&
+        TrailingLiteralAt(source_) == w.literalAt) {
+      if (!w.sent.empty()) w.sent.replace(w.sentLiteralAt, std::string::npos, source_, w.literalAt);
+      w.source = source_;
+    }
+    if (source_ != w.source || provider_.get() != w.provider) {
+      w = {source_, provider_.get(), {}, {}, SingleTableOf(source_)};
+      w.literalAt = TrailingLiteralAt(source_);
+      if (w.literalAt != std::string::npos && !TokenStartsAt(source_, w.literalAt))
+        w.literalAt = std::string::npos;
       Provider::RowIdentity id = provider_->RowIdentityOf();
       std::size_t from = FindKeyword(source_, "FROM");
-      if (!id.column.empty() && from != std::string::npos && !SingleTableOf(source_).empty()) {
-        withIdentity_.identity = id;
-        withIdentity_.sent =
-            source_.substr(0, from) + ", " + id.column + " " + source_.substr(from);
+      if (!id.column.empty() && from != std::string::npos && !w.table.empty()) {
+        w.identity = id;
+        w.sent = source_.substr(0, from) + ", " + id.column + " " + source_.substr(from);
+        if (w.literalAt != std::string::npos) {
+          assert(from < w.literalAt);
+          w.sentLiteralAt = w.literalAt + (w.sent.size() - source_.size());
+        }
       }
     }
     if (!withIdentity_.sent.empty()) {
@@ -312,7 +370,7 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
     reopen_.valid = true;
     reopen_.described = described;
     reopen_.provider = provider_.get();
-    reopen_.sent = sent_;
+    reopen_.identity = identity_.column;
     reopen_.lockType = lockType_;
   }
   if (!pendingRun_) FetchMore();
@@ -322,13 +380,20 @@ bool Recordset::Reopened(const std::shared_ptr<const std::vector<ColumnInfo>>& d
   // Everything the open derives from the description, the target and the
   // lock type is what the last open derived, and the fields kept aside at
   // its Close are still those.
-  const Target* last = lastTarget_.get();
+  // An update by key opens another text per record on the same table, with
+  // the same columns: the target resolved for the last text stands for it.
+  Target* last = lastTarget_.get();
   if (!reopen_.valid || reopen_.columns.empty() || described != reopen_.described ||
       provider_.get() != reopen_.provider || lockType_ != reopen_.lockType ||
-      fields_->Version() != reopen_.fieldsVersion || sent_ != reopen_.sent || !last ||
-      last->source != source_ || last->shapeGeneration != connection_->ShapeGeneration() ||
+      fields_->Version() != reopen_.fieldsVersion || identity_.column != reopen_.identity ||
+      !last || last->shapeGeneration != connection_->ShapeGeneration() ||
       last->connection.lock() != connection_)
     return false;
+  if (last->source != source_) {
+    assert(withIdentity_.source == source_);
+    if (withIdentity_.table.empty() || last->named != withIdentity_.table) return false;
+    last->source = source_;
+  }
   columns_ = std::move(reopen_.columns);
   reopen_.columns.clear();
   target_ = lastTarget_;
@@ -602,7 +667,9 @@ void Recordset::ResolveTarget() {
     target_ = lastTarget_;
     return;
   }
-  std::string table = SingleTableOf(source_);
+  // Open worked the table out with the row identity.
+  assert(withIdentity_.source == source_);
+  const std::string& table = withIdentity_.table;
   if (table.empty()) return;
   if (lastStands && last->named == table) {
     last->source = source_;
@@ -749,19 +816,30 @@ void Recordset::WriteRecord(Record& r) {
       return;
     }
     const Row& original = r.original.empty() ? r.values : r.original;
-    sql = "UPDATE " + Quote(t.table) + " SET ";
-    for (std::size_t n = 0; n < set.size(); ++n) {
-      if (n) sql += ", ";
-      sql += Quote(t.columns[static_cast<std::size_t>(t.tableColumn[set[n]])].name) + " = ?";
-      params.push_back(r.values[set[n]]);
-    }
     // The row is found by its own identity where it was read with the row,
     // else by its key when every key column is in the record set, otherwise
     // by all original values that can be compared.
-    if (!identity_.column.empty() && original.size() > columns_.size()) {
-      sql += " WHERE " + identity_.condition;
+    const bool byIdentity = !identity_.column.empty() && original.size() > columns_.size();
+    for (std::size_t i : set) params.push_back(r.values[i]);
+    if (byIdentity && set == t.updateColumns && identity_.condition == t.updateCondition &&
+        !t.updateSql.empty()) {
+      // One text per set of columns: an update by key sends it per record.
+      text = &t.updateSql;
       params.push_back(original.back());
     } else {
+      sql = "UPDATE " + Quote(t.table) + " SET ";
+      for (std::size_t n = 0; n < set.size(); ++n) {
+        if (n) sql += ", ";
+        sql += Quote(t.columns[static_cast<std::size_t>(t.tableColumn[set[n]])].name) + " = ?";
+      }
+    }
+    if (byIdentity && text == &sql) {
+      sql += " WHERE " + identity_.condition;
+      params.push_back(original.back());
+      t.updateColumns = set;
+      t.updateCondition = identity_.condition;
+      t.updateSql = sql;
+    } else if (!byIdentity) {
       std::vector<std::size_t> where;
       bool keyComplete = t.hasKey;
       if (t.hasKey) {

@@ -117,6 +117,10 @@ class Recordset : public Object {
     // The INSERT last built, by the record set columns it sets.
     std::vector<std::size_t> insertColumns;
     std::string insertSql;
+    // The UPDATE by row identity last built, by the columns it sets.
+    std::vector<std::size_t> updateColumns;
+    std::string updateCondition;
+    std::string updateSql;
   };
 
   void CheckOpen() const;
@@ -159,6 +163,11 @@ class Recordset : public Object {
     const Provider* provider = nullptr;
     std::string sent;  // empty when the identity is not read
     Provider::RowIdentity identity;
+    std::string table;  // the single table of the source; empty for none
+    // Where the literal the source ends with ("... = 5") begins, in the
+    // source and in `sent`; npos where it does not end so.
+    std::size_t literalAt = std::string::npos;
+    std::size_t sentLiteralAt = std::string::npos;
   } withIdentity_;
   std::shared_ptr<Provider> provider_;  // keeps the cursor's provider alive
   std::int64_t position_ = 0;           // index into records_; -1 is BOF, size() is EOF
@@ -178,7 +187,7 @@ class Recordset : public Object {
     bool valid = false;
     std::shared_ptr<const std::vector<ColumnInfo>> described;
     const Provider* provider = nullptr;
-    std::string sent;
+    std::string identity;  // the identity column read
     LockTypeEnum lockType = adLockReadOnly;
     std::vector<ColumnInfo> columns;  // while closed
     std::uint64_t fieldsVersion = 0;

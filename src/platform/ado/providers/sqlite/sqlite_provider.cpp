@@ -269,17 +269,25 @@ std::shared_ptr<const std::vector<ColumnInfo>> SqliteProvider::Prepare(const std
   std::lock_guard lock(mutex_);
   CommitOthers();
   // A record loop opens its target with the same text for every record.
-  if (lastPrepared_ && lastPrepared_->first == sql) return lastPrepared_->second;
+  if (lastPrepared_ && lastPrepared_->sql == sql) return lastPrepared_->columns;
   if (IsDdlStatement(sql) || IsTransactionStatement(sql)) return nullptr;
   auto parameterized = WithTrailingParameter(sql);
-  auto s = Acquire(parameterized ? parameterized->first : sql);
+  const std::string& statement = parameterized ? parameterized->first : sql;
+  auto s = Acquire(statement);
   if (!s->stmt || !s->readOnly) {
     Release(std::move(s));
     return nullptr;
   }
-  lastPrepared_.emplace(sql, std::make_shared<const std::vector<ColumnInfo>>(s->columns));
+  // An update by key opens its target with another literal per record: the
+  // same statement has the same columns.
+  if (lastPrepared_ && lastPrepared_->statement == statement) {
+    lastPrepared_->sql = sql;
+  } else {
+    lastPrepared_.emplace(
+        Prepared{sql, statement, std::make_shared<const std::vector<ColumnInfo>>(s->columns)});
+  }
   Release(std::move(s));
-  return lastPrepared_->second;
+  return lastPrepared_->columns;
 }
 
 ExecuteResult SqliteProvider::Execute(const std::string& sql, std::span<const Variant> params,

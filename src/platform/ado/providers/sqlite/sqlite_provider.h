@@ -94,9 +94,14 @@ class SqliteProvider : public Provider {
   std::string file_;  // as opened, made absolute
   mutable std::recursive_mutex mutex_;
   std::list<std::unique_ptr<SqliteStatement>> idle_;
-  // The text Prepare described last, with its columns.
-  std::optional<std::pair<std::string, std::shared_ptr<const std::vector<ColumnInfo>>>>
-      lastPrepared_;
+  // The text Prepare described last, the statement prepared for it (with a
+  // trailing literal made a parameter) and its columns.
+  struct Prepared {
+    std::string sql;
+    std::string statement;
+    std::shared_ptr<const std::vector<ColumnInfo>> columns;
+  };
+  std::optional<Prepared> lastPrepared_;
   std::map<std::string, std::map<std::string, std::string>> declared_;
   std::uint64_t queriesRun_ = 0;
 
