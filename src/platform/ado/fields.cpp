@@ -3,6 +3,7 @@
 #include <cassert>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "platform/ado/ado_errors.h"
 #include "platform/ado/recordset.h"
@@ -132,7 +133,7 @@ void Field::SetValue(const Variant& value) {
                       e.Description + ")",
                   "ADODB.Field");
   }
-  owner_->SetFieldValue(index_, converted);
+  owner_->SetFieldValue(index_, std::move(converted));
 }
 
 Variant Field::OriginalValue() const {

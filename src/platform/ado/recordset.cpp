@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cctype>
+#include <utility>
 
 #include "platform/ado/ado_errors.h"
 #include "platform/ado/sql_tokens.h"
@@ -128,17 +129,8 @@ std::size_t TrailingLiteralAt(std::string_view sql) {
   if (end == std::string_view::npos || end == 0) return std::string_view::npos;
   std::size_t start = end;
   if (sql[end] == '\'') {
-    // Back to the opening quote; a doubled quote is one inside the text.
-    for (;;) {
-      if (start == 0) return std::string_view::npos;
-      --start;
-      if (sql[start] != '\'') continue;
-      if (start > 0 && sql[start - 1] == '\'') {
-        --start;
-        continue;
-      }
-      break;
-    }
+    start = StringStartBefore(sql, end);
+    if (start == std::string_view::npos) return std::string_view::npos;
     // Read forward, the literal is one string that runs to its end.
     std::size_t i = start;
     SqlToken t = NextSqlToken(sql, i);
@@ -564,8 +556,8 @@ bool Recordset::Bof() {
 }
 
 Recordset::Record& Recordset::Current() {
+  // The position is checked where it moves; this runs for every value.
   if (Eof() || position_ < 0) NoCurrentRecord();
-  CheckPosition(position_, dropped_, inMemory_, records_, columns_.size());
   return records_[static_cast<std::size_t>(position_)];
 }
 
@@ -631,7 +623,7 @@ Variant Recordset::FieldOriginalValue(std::size_t index) {
   return index < row.size() ? row[index] : Variant::Null();
 }
 
-void Recordset::SetFieldValue(std::size_t index, const Variant& value) {
+void Recordset::SetFieldValue(std::size_t index, Variant value) {
   CheckOpen();
   EnsureUpdatable();
   Record& r = Current();
@@ -639,7 +631,7 @@ void Recordset::SetFieldValue(std::size_t index, const Variant& value) {
   if (r.changed.size() < columns_.size()) r.changed.resize(columns_.size(), false);
   // The values as read are kept only once a record changes.
   if (!r.isNew && r.original.empty()) r.original = r.values;
-  r.values[index] = value;
+  r.values[index] = std::move(value);
   r.changed[index] = true;
   if (editMode_ == adEditNone) editMode_ = r.isNew ? adEditAdd : adEditInProgress;
 }

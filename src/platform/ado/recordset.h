@@ -91,7 +91,7 @@ class Recordset : public Object {
   // Used by Field.
   Variant FieldValue(std::size_t index);
   Variant FieldOriginalValue(std::size_t index);
-  void SetFieldValue(std::size_t index, const Variant& value);
+  void SetFieldValue(std::size_t index, Variant value);
 
  private:
   struct Record {

@@ -18,6 +18,7 @@
 #include "platform/ado/providers/odbc/odbc_dialect.h"
 #include "platform/ado/providers/sqlite/sqlite_statement.h"
 #include "platform/ado/providers/sqlite/sqlite_values.h"
+#include "platform/ado/sql_tokens.h"
 #include "support/collection.h"
 #include "support/text.h"
 #include "support/utf8.h"
@@ -93,19 +94,8 @@ std::optional<std::pair<std::string, Variant>> WithTrailingParameter(const std::
   std::size_t start = end;
   Variant value;
   if (sql[end] == '\'') {
-    // Back to the opening quote; a doubled quote is one inside the text.
-    std::size_t i = end;
-    for (;;) {
-      if (i == 0) return std::nullopt;
-      --i;
-      if (sql[i] != '\'') continue;
-      if (i > 0 && sql[i - 1] == '\'') {
-        --i;
-        continue;
-      }
-      break;
-    }
-    start = i;
+    start = StringStartBefore(sql, end);
+    if (start == std::string::npos) return std::nullopt;
     value = Variant(ReplaceAll(sql.substr(start + 1, end - start - 1), "''", "'"));
   } else {
     while (start > 0 &&
