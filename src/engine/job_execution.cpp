@@ -477,7 +477,9 @@ CEngine::JobRun::Flow CEngine::JobRun::RecordLoop() {
 
     CloseRecordset(e_.rsDestination_.get());
     szDestSQL_ = dst_.GenerateSQLInsertRecord(szError_);
-    szStep_ = "Ziel öffnen -> \r\n" + szDestSQL_;
+    // The step texts of a record are written into the same buffer record
+    // after record.
+    szStep_.assign("Ziel öffnen -> \r\n").append(szDestSQL_);
     if (!szError_.empty()) {
       logs_.AddLog(szStep_);
       logs_.AddLog(szError_);
@@ -526,7 +528,7 @@ CEngine::JobRun::Flow CEngine::JobRun::RecordLoop() {
     countArg[0] = Variant::Long(inRecord_);
     ResumeNext(
         [&] { CallProcedure(setRecordCount_, script::kGlobalModule, "SetRecordCount", countArg); });
-    szStep_ = "Übergabe von Datensatz " + std::to_string(inRecord_);
+    szStep_.assign("Übergabe von Datensatz ").append(std::to_string(inRecord_));
     ResumeNext([&] {
       szError_ = CallProcedure(convertMain_, kMainModule, "txConvertMain", {}).ToString();
     });
@@ -574,7 +576,7 @@ CEngine::JobRun::Flow CEngine::JobRun::RecordLoop() {
       Err().Clear();
     } else if (!bDirectSQL_ && target.EditMode() != ado::adEditNone) {
       // A found row that the script left unchanged is not written.
-      szStep_ = "Datensatz " + std::to_string(inRecord_) + " sichern ...";
+      szStep_.assign("Datensatz ").append(std::to_string(inRecord_)).append(" sichern ...");
       dstDb_.RecordSetWrite(e_.rsDestination_, szDestSQL_, szError_);
       // Records of a group the write took with it are filed before it.
       SettleWrites();
@@ -586,7 +588,7 @@ CEngine::JobRun::Flow CEngine::JobRun::RecordLoop() {
       }
     }
 
-    szStep_ = "Datensatzwechsel zu " + std::to_string(inRecord_ + 1) + " ...";
+    szStep_.assign("Datensatzwechsel zu ").append(std::to_string(inRecord_ + 1)).append(" ...");
     if (!bSourceOutlook_) {
       bEOF_ = source.Eof();
       if (!bEOF_) {

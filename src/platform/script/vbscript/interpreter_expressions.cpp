@@ -134,7 +134,7 @@ Variant Interpreter::Impl::EvalName(Expr& e, Frame& f, bool statement) {
     case BindKind::kClassMember:
       return CallClassMember(e, f);
     case BindKind::kHostObject: {
-      ObjectPtr object = hosts[b.index].object;
+      const ObjectPtr& object = hosts[b.index].object;
       if (!e.hasArgs) return object;
       if (!object) throw VbError(91);
       return InvokeWith(object, kDispIdValue, InvokeKind::kPropertyGet, e.args, f);
@@ -204,13 +204,17 @@ void KeepAnswer(Expr& e, const ObjectPtr& object, int dispId, std::span<const Va
 }
 
 Variant Interpreter::Impl::EvalMember(Expr& e, Frame& f, bool statement) {
-  ObjectPtr object = RequireObject(MemberTarget(e, f));
+  ObjectPtr holder;
+  const ObjectPtr& lent = MemberObject(e, f, holder);
   // rs.Fields("x") read record after record: the answer kept from the last
   // read, while the object says it stands.
-  const bool keep = !statement && ConstantArgs(e) && !AsClassInstance(object.get());
+  const bool keep = !statement && ConstantArgs(e) && !AsClassInstance(lent.get());
   if (keep) {
-    if (ObjectPtr held = HeldAnswerOf(e, object)) return Variant(std::move(held));
+    if (ObjectPtr held = HeldAnswerOf(e, lent)) return Variant(std::move(held));
   }
+  // The calls below may run a script: the object is held for them.
+  if (!holder) holder = lent;
+  const ObjectPtr& object = holder;
   int id = DispId(e, *object);
   if (!keep)
     return InvokeWith(object, id, statement ? InvokeKind::kMethod : InvokeKind::kPropertyGet,
@@ -223,8 +227,11 @@ Variant Interpreter::Impl::EvalMember(Expr& e, Frame& f, bool statement) {
 }
 
 Variant Interpreter::Impl::DefaultValue(const Variant& v) {
-  Variant current = v;
-  for (int i = 0; i < 8 && current.IsObject(); ++i) {
+  if (!v.IsObject()) return v;
+  if (v.IsNothing()) throw VbError(91);
+  // Up to eight default members deep, the object itself not copied.
+  Variant current = v.AsObject()->Invoke(kDispIdValue, InvokeKind::kPropertyGet, {});
+  for (int i = 1; i < 8 && current.IsObject(); ++i) {
     if (current.IsNothing()) throw VbError(91);
     current = current.AsObject()->Invoke(kDispIdValue, InvokeKind::kPropertyGet, {});
   }

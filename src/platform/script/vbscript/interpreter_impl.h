@@ -332,6 +332,19 @@ struct Interpreter::Impl {
   Variant EvalName(Expr& e, Frame& f, bool statement);
   Variant IndexValue(const Variant& value, Expr& e, Frame& f);
   Variant MemberTarget(Expr& e, Frame& f);
+  // The object whose member `e` reaches (424 for anything else); a host
+  // object named as it is (Source.Fields) is lent from the host list, not
+  // copied, which only holds until a call could change that list.
+  const ObjectPtr& MemberObject(Expr& e, Frame& f, ObjectPtr& holder) {
+    if (e.kind == ExprKind::kMember && e.target->kind == ExprKind::kName && !e.target->hasArgs &&
+        e.target->bind.kind == BindKind::kHostObject) {
+      const ObjectPtr& object = hosts[e.target->bind.index].object;
+      if (!object) throw VbError(424);
+      return object;
+    }
+    holder = RequireObject(MemberTarget(e, f));
+    return holder;
+  }
   Variant EvalMember(Expr& e, Frame& f, bool statement);
   Variant DefaultValue(const Variant& v);
   int DispId(Expr& e, Object& object);

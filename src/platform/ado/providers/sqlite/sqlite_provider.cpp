@@ -213,7 +213,9 @@ std::unique_ptr<SqliteStatement> SqliteProvider::Acquire(const std::string& sql)
   for (auto it = idle_.begin(); it != idle_.end(); ++it) {
     if ((*it)->sql == sql) {
       auto s = std::move(*it);
-      idle_.erase(it);
+      // The list's element is kept for the statement's return (once per
+      // statement and record).
+      spare_.splice(spare_.begin(), idle_, it);
       return s;
     }
   }
@@ -244,7 +246,12 @@ void SqliteProvider::Release(std::unique_ptr<SqliteStatement> statement) {
   }
   statement->produced = 0;
   statement->done = false;
-  idle_.push_front(std::move(statement));
+  if (spare_.empty()) {
+    idle_.push_front(std::move(statement));
+  } else {
+    idle_.splice(idle_.begin(), spare_, spare_.begin());
+    idle_.front() = std::move(statement);
+  }
   if (idle_.size() > kIdleStatements) idle_.pop_back();
 }
 

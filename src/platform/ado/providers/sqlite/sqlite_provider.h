@@ -94,6 +94,7 @@ class SqliteProvider : public Provider {
   std::string file_;  // as opened, made absolute
   mutable std::recursive_mutex mutex_;
   std::list<std::unique_ptr<SqliteStatement>> idle_;
+  std::list<std::unique_ptr<SqliteStatement>> spare_;  // empty elements for idle_
   // The text Prepare described last, the statement prepared for it (with a
   // trailing literal made a parameter) and its columns.
   struct Prepared {
