@@ -1,7 +1,6 @@
 #include "platform/ado/file_engine/text_encoding.h"
 
 #include <cstdint>
-#include <cstring>
 
 namespace ketrova::file_engine {
 
@@ -39,14 +38,6 @@ bool IsValidUtf8(std::string_view bytes) {
   const auto* p = reinterpret_cast<const unsigned char*>(bytes.data());
   const auto* end = p + bytes.size();
   while (p < end) {
-    // Runs of ASCII, most of a text, eight bytes at a time.
-    while (end - p >= 8) {
-      std::uint64_t word;
-      std::memcpy(&word, p, sizeof word);
-      if (word & 0x8080808080808080ULL) break;
-      p += 8;
-    }
-    if (p == end) break;
     unsigned char c = *p;
     if (c < 0x80) {
       ++p;
