@@ -24,6 +24,10 @@ struct OdbcStatement {
   std::vector<ColumnInfo> columns;
   // The columns as Prepare answered them, until they are described again.
   std::shared_ptr<const std::vector<ColumnInfo>> prepared;
+  // What its parameters are bound to, kept with it: the next run of the same
+  // text binds them again without the driver making its arrays anew.
+  std::vector<ParamBuffer> params;
+  std::size_t bound = 0;
   std::int64_t maxRows = 0;
   int timeout = -1;
 };
@@ -317,7 +321,8 @@ void OdbcProvider::ForgetTableShapes() {
 void OdbcProvider::Release(std::unique_ptr<OdbcStatement> statement) {
   if (!statement) return;
   // A statement whose parameters cannot be reset is not used again.
-  if (!SQL_SUCCEEDED(SQLFreeStmt(statement->stmt, SQL_RESET_PARAMS))) return;
+  // Its parameters stay bound to its own buffers (see ExecuteNow).
+  if (!statement->stmt) return;
   idle_.push_front(std::move(statement));
   if (idle_.size() > kIdleStatements) idle_.pop_back();
 }
@@ -502,9 +507,17 @@ ExecuteResult OdbcProvider::ExecuteNow(const std::string& sql, std::span<const V
           SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement, narrow_);
     s->timeout = timeout_;
   }
-  std::vector<ParamBuffer> buffers(params.size());
+  // Every parameter given is bound again; bindings of a run with more of
+  // them go first, so that a parameter not given is unbound, as ever.
+  if (params.size() < s->bound) {
+    Check(SQLFreeStmt(stmt, SQL_RESET_PARAMS), SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement,
+          narrow_);
+    s->bound = 0;
+  }
+  if (s->params.size() < params.size()) s->params.resize(params.size());
   for (std::size_t i = 0; i < params.size(); ++i)
-    BindParam(stmt, static_cast<SQLUSMALLINT>(i + 1), params[i], buffers[i], narrow_);
+    BindParam(stmt, static_cast<SQLUSMALLINT>(i + 1), params[i], s->params[i], narrow_);
+  s->bound = params.size();
   SQLRETURN rc = SQLExecute(stmt);
   if (!SQL_SUCCEEDED(rc) && rc != SQL_NO_DATA) {
     auto records = ReadDiagnostics(SQL_HANDLE_STMT, stmt, narrow_);
