@@ -227,8 +227,18 @@ std::string CJobItem::GenerateSQLInsertRecord(std::string& szError) {
           sql = " SELECT " + GetListFields() + kCrLf + TextFromPart(database, ItemObjectName);
           break;
         default:
-          sql = std::string(" SELECT * ") + kCrLf + " FROM " + "   " + L + ItemObjectName + R +
-                " " + "   " + ItemObjectName;
+          // Once per record: written into one buffer of the right size.
+          sql.reserve(24 + L.size() + R.size() + 2 * ItemObjectName.size());
+          sql.append(" SELECT * ")
+              .append(kCrLf)
+              .append(" FROM ")
+              .append("   ")
+              .append(L)
+              .append(ItemObjectName)
+              .append(R)
+              .append(" ")
+              .append("   ")
+              .append(ItemObjectName);
           break;
       }
     } else if (DestinationFilterUserDefined) {
