@@ -119,7 +119,8 @@ class CEngine::JobRun {
     std::vector<Variant> values;
   };
   std::deque<Waiting> waiting_;
-  std::vector<std::string> sourceNames_;  // of the waiting records' values
+  std::vector<std::vector<Variant>> spareValues_;  // of settled records, used again
+  std::vector<std::string> sourceNames_;           // of the waiting records' values
   script::ScriptModule* module_ = nullptr;
   script::ProcedureHandle setIdentKey_ = nullptr;
   script::ProcedureHandle setRecordCount_ = nullptr;
@@ -370,12 +371,18 @@ void CEngine::JobRun::KeepRefused(const std::string& text) {
 void CEngine::JobRun::WriteWentThrough() {
   if (const std::uint64_t group = dstDb_.WriteGroup(); group != 0) {
     Waiting record{inRecord_, group, {}};
+    // The vector of a record settled before, with its room.
+    if (!spareValues_.empty()) {
+      record.values = std::move(spareValues_.back());
+      spareValues_.pop_back();
+      record.values.clear();
+    }
     try {
       const ado::Fields& fields = src_.Recordset->GetFields();
       if (sourceNames_.empty())
         for (const ado::FieldPtr& field : fields) sourceNames_.push_back(field->Name());
       record.values.reserve(sourceNames_.size());
-      for (const ado::FieldPtr& field : fields) record.values.push_back(field->Value());
+      src_.Recordset->CurrentValues(record.values);
     } catch (const VbError&) {
       Err().Clear();
     }
@@ -400,6 +407,7 @@ void CEngine::JobRun::SettleWrites() {
     } else {
       e_.rejects_.Add(job_.Caption, first.record, text, AsText(first.values));
     }
+    if (spareValues_.size() < 64) spareValues_.push_back(std::move(first.values));
     waiting_.pop_front();
   }
 }
@@ -469,7 +477,9 @@ CEngine::JobRun::Flow CEngine::JobRun::RecordLoop() {
 
     CloseRecordset(e_.rsDestination_.get());
     szDestSQL_ = dst_.GenerateSQLInsertRecord(szError_);
-    szStep_ = "Ziel öffnen -> \r\n" + szDestSQL_;
+    // The step texts of a record are written into the same buffer record
+    // after record.
+    szStep_.assign("Ziel öffnen -> \r\n").append(szDestSQL_);
     if (!szError_.empty()) {
       logs_.AddLog(szStep_);
       logs_.AddLog(szError_);
@@ -509,13 +519,16 @@ CEngine::JobRun::Flow CEngine::JobRun::RecordLoop() {
       }
     });
 
-    identArg[0] = Variant(CleanWhitespaceEnd(CreateGUID()));
+    // A GUID has no blanks to clean; its text goes into the argument's own
+    // buffer, which a script may have replaced.
+    if (!identArg[0].IsString()) identArg[0] = Variant(std::string());
+    CreateGUID(identArg[0].AsString());
     ResumeNext(
         [&] { CallProcedure(setIdentKey_, script::kGlobalModule, "SetIdentKey", identArg); });
     countArg[0] = Variant::Long(inRecord_);
     ResumeNext(
         [&] { CallProcedure(setRecordCount_, script::kGlobalModule, "SetRecordCount", countArg); });
-    szStep_ = "Übergabe von Datensatz " + std::to_string(inRecord_);
+    szStep_.assign("Übergabe von Datensatz ").append(std::to_string(inRecord_));
     ResumeNext([&] {
       szError_ = CallProcedure(convertMain_, kMainModule, "txConvertMain", {}).ToString();
     });
@@ -563,7 +576,7 @@ CEngine::JobRun::Flow CEngine::JobRun::RecordLoop() {
       Err().Clear();
     } else if (!bDirectSQL_ && target.EditMode() != ado::adEditNone) {
       // A found row that the script left unchanged is not written.
-      szStep_ = "Datensatz " + std::to_string(inRecord_) + " sichern ...";
+      szStep_.assign("Datensatz ").append(std::to_string(inRecord_)).append(" sichern ...");
       dstDb_.RecordSetWrite(e_.rsDestination_, szDestSQL_, szError_);
       // Records of a group the write took with it are filed before it.
       SettleWrites();
@@ -575,7 +588,7 @@ CEngine::JobRun::Flow CEngine::JobRun::RecordLoop() {
       }
     }
 
-    szStep_ = "Datensatzwechsel zu " + std::to_string(inRecord_ + 1) + " ...";
+    szStep_.assign("Datensatzwechsel zu ").append(std::to_string(inRecord_ + 1)).append(" ...");
     if (!bSourceOutlook_) {
       bEOF_ = source.Eof();
       if (!bEOF_) {

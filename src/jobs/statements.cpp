@@ -1,6 +1,8 @@
 // Statement generation: the exact SQL texts of a job's sides. Every blank, CR LF
 // and TAB below is part of the text the stores receive and the log shows.
 #include <array>
+#include <optional>
+#include <utility>
 
 #include "core/error_text.h"
 #include "jobs/job.h"
@@ -225,8 +227,18 @@ std::string CJobItem::GenerateSQLInsertRecord(std::string& szError) {
           sql = " SELECT " + GetListFields() + kCrLf + TextFromPart(database, ItemObjectName);
           break;
         default:
-          sql = std::string(" SELECT * ") + kCrLf + " FROM " + "   " + L + ItemObjectName + R +
-                " " + "   " + ItemObjectName;
+          // Once per record: written into one buffer of the right size.
+          sql.reserve(24 + L.size() + R.size() + 2 * ItemObjectName.size());
+          sql.append(" SELECT * ")
+              .append(kCrLf)
+              .append(" FROM ")
+              .append("   ")
+              .append(L)
+              .append(ItemObjectName)
+              .append(R)
+              .append(" ")
+              .append("   ")
+              .append(ItemObjectName);
           break;
       }
     } else if (DestinationFilterUserDefined) {
@@ -235,7 +247,12 @@ std::string CJobItem::GenerateSQLInsertRecord(std::string& szError) {
       sql = ScriptControl->Call("Run", args).ToString();
     } else {
       std::string szObject = ItemObjectName;
-      if (!database.IsFileBased()) szObject = MakeIdentifier(szObject);
+      if (!database.IsFileBased()) {
+        // The record loop asks once per record: the name is made once.
+        thread_local std::optional<std::pair<std::string, std::string>> made;
+        if (!made || made->first != szObject) made.emplace(szObject, MakeIdentifier(szObject));
+        szObject = made->second;
+      }
       const std::string& DL = destDatabase.ColBracketLeft();
       const std::string& DR = destDatabase.ColBracketRight();
       sql = "SELECT * FROM " + DL + szObject + DR + " WHERE " + " " + DL + dest.ItemObjectName +

@@ -11,6 +11,7 @@
 // 450 for a wrong argument count).
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <span>
 #include <string>
@@ -31,6 +32,17 @@ enum class InvokeKind {
 inline constexpr int kDispIdValue = 0;     // the default member
 inline constexpr int kDispIdUnknown = -1;  // no such member
 inline constexpr int kDispIdNewEnum = -4;  // enumeration (For Each)
+
+// What a call site keeps of a member it reads with constant arguments again
+// and again (rs.Fields("Name"), once per record): the object the member
+// answered, held weakly so that keeping it changes no object's life, and the
+// marks by which the object that answered tells whether it still would.
+struct HeldAnswer {
+  std::weak_ptr<Object> answer;
+  const void* mark = nullptr;
+  std::size_t index = 0;
+  std::size_t count = 0;
+};
 
 // Walks the items of a collection object for For Each.
 class Enumerator {
@@ -57,6 +69,20 @@ class Object : public std::enable_shared_from_this<Object> {
 
   // An enumerator for For Each; the default raises 451 (not a collection).
   virtual std::unique_ptr<Enumerator> NewEnum();
+
+  // For call sites that read a member with the same constant arguments again
+  // and again. HoldAnswer: after the member `dispId`, read with `args`,
+  // answered `answer`, whether a caller may keep that answer; the object
+  // fills `held` and answers true. AnswerStands: whether what `held` keeps
+  // (filled by this object) is still what that read would answer now. A
+  // caller asks it before every use and otherwise reads the member as ever,
+  // so that every error the read raises is still raised. The defaults keep
+  // nothing.
+  virtual bool HoldAnswer(int dispId, std::span<const Variant> args, const Variant& answer,
+                          HeldAnswer& held) {
+    return false;
+  }
+  virtual bool AnswerStands(const HeldAnswer& held) const { return false; }
 
   // The names of the members, for scripts that add an object with its members
   // made global. Empty by default.

@@ -42,6 +42,12 @@ void ForgetRandomPool() {
 }  // namespace
 
 std::string CreateGUID() {
+  std::string text;
+  CreateGUID(text);
+  return text;
+}
+
+void CreateGUID(std::string& text) {
   static const bool atFork = pthread_atfork(nullptr, nullptr, ForgetRandomPool) == 0;
   (void)atFork;
   RandomPool& pool = randomPool;
@@ -64,9 +70,9 @@ std::string CreateGUID() {
   } else {
     uuid_generate_random(id);
   }
-  char text[37] = {};
-  uuid_unparse_upper(id, text);
-  return text;
+  char unparsed[37] = {};
+  uuid_unparse_upper(id, unparsed);
+  text.assign(unparsed);
 }
 
 std::string GetTempDirectory() {

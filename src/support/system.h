@@ -19,6 +19,8 @@ namespace ketrova {
 // A fresh random GUID in upper case without curly brackets
 // ("0F8FAD5B-D9CB-469F-A165-70867728950E"); "" when none can be made.
 std::string CreateGUID();
+// The same into `text`, whose buffer is used again (once per record).
+void CreateGUID(std::string& text);
 // The temporary folder ($TMPDIR, else /tmp) with a trailing "/".
 std::string GetTempDirectory();
 // The host name, the default server of a new data store.

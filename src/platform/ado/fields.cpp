@@ -1,7 +1,9 @@
 #include "platform/ado/fields.h"
 
+#include <cassert>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "platform/ado/ado_errors.h"
 #include "platform/ado/recordset.h"
@@ -131,7 +133,7 @@ void Field::SetValue(const Variant& value) {
                       e.Description + ")",
                   "ADODB.Field");
   }
-  owner_->SetFieldValue(index_, converted);
+  owner_->SetFieldValue(index_, std::move(converted));
 }
 
 Variant Field::OriginalValue() const {
@@ -190,6 +192,7 @@ void Fields::Append(const std::string& name, DataTypeEnum type, std::int32_t def
       attributes == adFldUnspecified || (attributes & (adFldIsNullable | adFldMayBeNull));
   items_.push_back(std::make_shared<Field>(owner_, items_.size(), info,
                                            attributes == adFldUnspecified ? 0 : attributes));
+  ++version_;
 }
 
 void Fields::Delete(const Variant& key) {
@@ -198,6 +201,7 @@ void Fields::Delete(const Variant& key) {
   Field& f = Item(key);
   items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(f.index_));
   for (std::size_t i = 0; i < items_.size(); ++i) items_[i]->index_ = i;
+  ++version_;
 }
 
 namespace {
@@ -213,6 +217,7 @@ bool SameColumn(const ColumnInfo& a, const ColumnInfo& b) {
 }  // namespace
 
 void Fields::Reset(const std::vector<ColumnInfo>& columns, const std::vector<int>& attributes) {
+  ++version_;
   Detach();
   if (columns.empty()) {
     // Kept aside: a record set opened again on the same shape (once per
@@ -238,6 +243,17 @@ void Fields::Reset(const std::vector<ColumnInfo>& columns, const std::vector<int
   items_.clear();
   for (std::size_t i = 0; i < columns.size(); ++i)
     items_.push_back(std::make_shared<Field>(owner_, i, columns[i], attributes[i]));
+}
+
+void Fields::Restore() {
+  assert(items_.empty() && !spare_.empty());
+  ++version_;
+  items_ = std::move(spare_);
+  spare_.clear();
+  for (auto& f : items_) {
+    f->owner_ = owner_;
+    f->properties_.reset();
+  }
 }
 
 void Fields::Detach() {

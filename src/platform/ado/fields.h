@@ -90,10 +90,16 @@ class Fields : public Object {
  private:
   friend class Recordset;
   void Reset(const std::vector<ColumnInfo>& columns, const std::vector<int>& attributes);
+  // The fields kept aside at the last Reset to none back, as a Reset to their
+  // own columns would bring them; the caller knows they are those.
+  void Restore();
+  // Rises with every change of the fields and of those kept aside.
+  std::uint64_t Version() const { return version_; }
   void Detach();
   Recordset* owner_;
   std::vector<FieldPtr> items_;
   std::vector<FieldPtr> spare_;  // the fields of the last open, detached
+  std::uint64_t version_ = 0;
 };
 
 }  // namespace ketrova::ado

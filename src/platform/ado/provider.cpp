@@ -80,9 +80,21 @@ std::string FirstSqlWord(std::string_view sql) {
 }
 
 bool IsTransactionStatement(std::string_view sql) {
-  std::string w = FirstSqlWord(sql);
-  return w == "BEGIN" || w == "START" || w == "COMMIT" || w == "END" || w == "ROLLBACK" ||
-         w == "SAVEPOINT" || w == "RELEASE";
+  // Asked for every statement a provider runs: the first word is compared
+  // where it stands.
+  std::size_t i = sql.find_first_not_of(" \t\r\n");
+  if (i == std::string_view::npos) return false;
+  std::size_t end = i;
+  while (end < sql.size() && std::isalpha(static_cast<unsigned char>(sql[end]))) ++end;
+  const std::string_view first = sql.substr(i, end - i);
+  auto is = [&](std::string_view word) {
+    if (first.size() != word.size()) return false;
+    for (std::size_t k = 0; k < word.size(); ++k)
+      if (std::toupper(static_cast<unsigned char>(first[k])) != word[k]) return false;
+    return true;
+  };
+  return is("BEGIN") || is("START") || is("COMMIT") || is("END") || is("ROLLBACK") ||
+         is("SAVEPOINT") || is("RELEASE");
 }
 
 std::string RewriteBrackets(std::string_view sql, std::string_view openQuote,

@@ -121,10 +121,12 @@ class Provider {
   // Prepares and checks a statement without running it: raises what Execute
   // would raise for the text itself (syntax, unknown table or column) and
   // answers the columns of its result, empty for a statement without one.
-  // std::nullopt when the provider cannot tell without running it; the
-  // caller then executes. A later Execute of the same text reuses the work.
-  virtual std::optional<std::vector<ColumnInfo>> Prepare(const std::string& sql) {
-    return std::nullopt;
+  // nullptr when the provider cannot tell without running it; the caller
+  // then executes. A later Execute of the same text reuses the work. The
+  // same text prepared again while nothing changed the shape of tables
+  // answers the same description object, so that a caller can tell.
+  virtual std::shared_ptr<const std::vector<ColumnInfo>> Prepare(const std::string& sql) {
+    return nullptr;
   }
   // Commits the writes the provider has grouped: afterwards every other
   // connection sees them. Raises when the commit fails.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cctype>
+#include <utility>
 
 #include "platform/ado/ado_errors.h"
 #include "platform/ado/sql_tokens.h"
@@ -120,6 +121,38 @@ std::string SingleTableOf(std::string_view sql) {
   return table;
 }
 
+// Where the literal begins that a statement ends with after "=": a whole
+// number or a string in quotes ("... WHERE [Nr] = 5", "... = 'A''B'"); npos
+// when it ends otherwise. Only the ending is looked at.
+std::size_t TrailingLiteralAt(std::string_view sql) {
+  std::size_t end = sql.find_last_not_of(" \t\r\n;");
+  if (end == std::string_view::npos || end == 0) return std::string_view::npos;
+  std::size_t start = end;
+  if (sql[end] == '\'') {
+    start = StringStartBefore(sql, end);
+    if (start == std::string_view::npos) return std::string_view::npos;
+    // Read forward, the literal is one string that runs to its end.
+    std::size_t i = start;
+    SqlToken t = NextSqlToken(sql, i);
+    if (t.kind != SqlTokenKind::kString || !t.closed || i != end + 1) return std::string_view::npos;
+  } else {
+    while (start > 0 && std::isdigit(static_cast<unsigned char>(sql[start - 1]))) --start;
+    if (!std::isdigit(static_cast<unsigned char>(sql[start]))) return std::string_view::npos;
+    if (start > 0 && std::isdigit(static_cast<unsigned char>(sql[start - 1])))
+      return std::string_view::npos;
+  }
+  std::size_t eq = start == 0 ? std::string_view::npos : sql.find_last_not_of(" \t\r\n", start - 1);
+  if (eq == std::string_view::npos || sql[eq] != '=') return std::string_view::npos;
+  return start;
+}
+
+// Whether a token of `sql`, read from its start, begins at `at`.
+bool TokenStartsAt(std::string_view sql, std::size_t at) {
+  std::size_t i = 0;
+  while (i < at) NextSqlToken(sql, i);
+  return i == at;
+}
+
 bool IsLongOrBinary(DataTypeEnum t) {
   return t == adLongVarBinary || t == adVarBinary || t == adBinary || t == adLongVarChar ||
          t == adLongVarWChar;
@@ -195,7 +228,13 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
   }
   if (cursorType != adOpenUnspecified) cursorType_ = static_cast<CursorTypeEnum>(cursorType);
   if (lockType != adLockUnspecified) lockType_ = static_cast<LockTypeEnum>(lockType);
-  if (!source.IsMissing() && !source.IsEmpty() && !source.IsNull()) source_ = source.ToText();
+  if (!source.IsMissing() && !source.IsEmpty() && !source.IsNull()) {
+    // The same text again (once per record) is not copied again.
+    if (!source.IsString())
+      source_ = source.ToText();
+    else if (source.AsString() != source_)
+      source_ = source.AsString();
+  }
 
   records_.clear();
   position_ = 0;
@@ -208,6 +247,7 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
       ThrowAdoError(AdoError::kArguments, "ADODB.Recordset");
     // The in-memory record set, over the appended fields.
     inMemory_ = true;
+    reopen_.valid = false;
     columns_.clear();
     attributes_.clear();
     for (const auto& f : *fields_) {
@@ -223,28 +263,46 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
   bool updatable = lockType_ > adLockReadOnly;
   // A record set to write through reads each row's own identity beside it,
   // where the store has one, so that an UPDATE finds exactly that row.
-  sent_ = source_;
+  const std::string* sent = &source_;
   identity_ = {};
   if (updatable) {
-    // Worked out once for a text opened again and again (once per record).
-    if (source_ != withIdentity_.source || provider_.get() != withIdentity_.provider) {
-      withIdentity_ = {source_, provider_.get(), {}, {}};
+    // Worked out once for a text opened again and again (once per record),
+    // and once for texts that differ only in the literal they end with (an
+    // update by key): the text before the literal decides, and a literal is
+    // one token that holds no keyword, comma or parenthesis.
+    WithIdentity& w = withIdentity_;
+    if (provider_.get() == w.provider && w.literalAt != std::string::npos && source_ != w.source &&
+        source_.size() > w.literalAt &&
+        source_.compare(0, w.literalAt, w.source, 0, w.literalAt) == 0 &&
+        TrailingLiteralAt(source_) == w.literalAt) {
+      if (!w.sent.empty()) w.sent.replace(w.sentLiteralAt, std::string::npos, source_, w.literalAt);
+      w.source = source_;
+    }
+    if (source_ != w.source || provider_.get() != w.provider) {
+      w = {source_, provider_.get(), {}, {}, SingleTableOf(source_)};
+      w.literalAt = TrailingLiteralAt(source_);
+      if (w.literalAt != std::string::npos && !TokenStartsAt(source_, w.literalAt))
+        w.literalAt = std::string::npos;
       Provider::RowIdentity id = provider_->RowIdentityOf();
       std::size_t from = FindKeyword(source_, "FROM");
-      if (!id.column.empty() && from != std::string::npos && !SingleTableOf(source_).empty()) {
-        withIdentity_.identity = id;
-        withIdentity_.sent =
-            source_.substr(0, from) + ", " + id.column + " " + source_.substr(from);
+      if (!id.column.empty() && from != std::string::npos && !w.table.empty()) {
+        w.identity = id;
+        w.sent = source_.substr(0, from) + ", " + id.column + " " + source_.substr(from);
+        if (w.literalAt != std::string::npos) {
+          assert(from < w.literalAt);
+          w.sentLiteralAt = w.literalAt + (w.sent.size() - source_.size());
+        }
       }
     }
     if (!withIdentity_.sent.empty()) {
       identity_ = withIdentity_.identity;
-      sent_ = withIdentity_.sent;
+      sent = &withIdentity_.sent;
     }
   }
+  if (sent_ != *sent) sent_ = *sent;
   // A record set to write through is opened per record: its statement is
   // prepared and checked now, and runs only when something asks for rows.
-  std::optional<std::vector<ColumnInfo>> described;
+  std::shared_ptr<const std::vector<ColumnInfo>> described;
   std::unique_ptr<Cursor> cursor;
   auto open = [&] {
     if (updatable) described = provider_->Prepare(sent_);
@@ -264,8 +322,10 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
   }
   pendingRun_ = described && !described->empty();
   unread_ = false;
+  if (pendingRun_ && Reopened(described)) return;
+  reopen_.valid = false;
   if (pendingRun_) {
-    columns_ = std::move(*described);
+    columns_ = *described;
   } else {
     if (!cursor) {
       // A statement without a result leaves the record set closed, as in ADO.
@@ -298,13 +358,48 @@ void Recordset::Open(const Variant& source, const Variant& activeConnection, int
   }
   fields_->Reset(columns_, attributes_);
   open_ = true;
+  if (pendingRun_ && target_) {
+    reopen_.valid = true;
+    reopen_.described = described;
+    reopen_.provider = provider_.get();
+    reopen_.identity = identity_.column;
+    reopen_.lockType = lockType_;
+  }
   if (!pendingRun_) FetchMore();
+}
+
+bool Recordset::Reopened(const std::shared_ptr<const std::vector<ColumnInfo>>& described) {
+  // Everything the open derives from the description, the target and the
+  // lock type is what the last open derived, and the fields kept aside at
+  // its Close are still those.
+  // An update by key opens another text per record on the same table, with
+  // the same columns: the target resolved for the last text stands for it.
+  Target* last = lastTarget_.get();
+  if (!reopen_.valid || reopen_.columns.empty() || described != reopen_.described ||
+      provider_.get() != reopen_.provider || lockType_ != reopen_.lockType ||
+      fields_->Version() != reopen_.fieldsVersion || identity_.column != reopen_.identity ||
+      !last || last->shapeGeneration != connection_->ShapeGeneration() ||
+      last->connection.lock() != connection_)
+    return false;
+  if (last->source != source_) {
+    assert(withIdentity_.source == source_);
+    if (withIdentity_.table.empty() || last->named != withIdentity_.table) return false;
+    last->source = source_;
+  }
+  columns_ = std::move(reopen_.columns);
+  reopen_.columns.clear();
+  target_ = lastTarget_;
+  inMemory_ = false;
+  fields_->Restore();
+  open_ = true;
+  return true;
 }
 
 void Recordset::OpenOnCursor(ConnectionPtr connection, std::string source,
                              std::unique_ptr<Cursor> cursor) {
   connection_ = std::move(connection);
   provider_ = connection_->SharedProvider();
+  reopen_.valid = false;
   source_ = std::move(source);
   sent_ = source_;
   identity_ = {};
@@ -325,6 +420,7 @@ void Recordset::OpenOnCursor(ConnectionPtr connection, std::string source,
 }
 
 void Recordset::OpenInMemory(const std::vector<ColumnInfo>& columns, std::vector<Row> rows) {
+  reopen_.valid = false;
   columns_ = columns;
   attributes_.clear();
   for (const auto& c : columns_) attributes_.push_back(FieldAttributes(c, true));
@@ -358,6 +454,11 @@ void Recordset::Close() {
   target_.reset();
   if (!inMemory_) {
     fields_->Reset({}, {});
+    // Kept for an open on the same statement (a record loop's next record).
+    if (reopen_.valid) {
+      reopen_.columns = std::move(columns_);
+      reopen_.fieldsVersion = fields_->Version();
+    }
     columns_.clear();
   }
 }
@@ -455,8 +556,8 @@ bool Recordset::Bof() {
 }
 
 Recordset::Record& Recordset::Current() {
+  // The position is checked where it moves; this runs for every value.
   if (Eof() || position_ < 0) NoCurrentRecord();
-  CheckPosition(position_, dropped_, inMemory_, records_, columns_.size());
   return records_[static_cast<std::size_t>(position_)];
 }
 
@@ -507,6 +608,13 @@ Variant Recordset::FieldValue(std::size_t index) {
   return index < r.values.size() ? r.values[index] : Variant::Null();
 }
 
+void Recordset::CurrentValues(std::vector<Variant>& values) {
+  CheckOpen();
+  const Record& r = Current();
+  for (std::size_t i = 0; i < static_cast<std::size_t>(fields_->Count()); ++i)
+    values.push_back(i < r.values.size() ? r.values[i] : Variant::Null());
+}
+
 Variant Recordset::FieldOriginalValue(std::size_t index) {
   CheckOpen();
   Record& r = Current();
@@ -515,7 +623,7 @@ Variant Recordset::FieldOriginalValue(std::size_t index) {
   return index < row.size() ? row[index] : Variant::Null();
 }
 
-void Recordset::SetFieldValue(std::size_t index, const Variant& value) {
+void Recordset::SetFieldValue(std::size_t index, Variant value) {
   CheckOpen();
   EnsureUpdatable();
   Record& r = Current();
@@ -523,7 +631,7 @@ void Recordset::SetFieldValue(std::size_t index, const Variant& value) {
   if (r.changed.size() < columns_.size()) r.changed.resize(columns_.size(), false);
   // The values as read are kept only once a record changes.
   if (!r.isNew && r.original.empty()) r.original = r.values;
-  r.values[index] = value;
+  r.values[index] = std::move(value);
   r.changed[index] = true;
   if (editMode_ == adEditNone) editMode_ = r.isNew ? adEditAdd : adEditInProgress;
 }
@@ -551,7 +659,9 @@ void Recordset::ResolveTarget() {
     target_ = lastTarget_;
     return;
   }
-  std::string table = SingleTableOf(source_);
+  // Open worked the table out with the row identity.
+  assert(withIdentity_.source == source_);
+  const std::string& table = withIdentity_.table;
   if (table.empty()) return;
   if (lastStands && last->named == table) {
     last->source = source_;
@@ -662,8 +772,11 @@ void Recordset::WriteRecord(Record& r) {
   Provider& provider = *provider_;
   Target& t = *target_;
   std::string sql;
+  const std::string* text = &sql;  // the INSERT built last is not copied
   std::vector<Variant> params;
   std::vector<std::size_t> set;
+  params.reserve(columns_.size() + 1);
+  set.reserve(columns_.size());
   for (std::size_t i = 0; i < columns_.size(); ++i)
     if (i < r.changed.size() && r.changed[i] && t.tableColumn[i] >= 0) set.push_back(i);
 
@@ -672,7 +785,7 @@ void Recordset::WriteRecord(Record& r) {
       sql = provider.Dialect() == "mysql" ? "INSERT INTO " + Quote(t.table) + " () VALUES ()"
                                           : "INSERT INTO " + Quote(t.table) + " DEFAULT VALUES";
     } else if (set == t.insertColumns && !t.insertSql.empty()) {
-      sql = t.insertSql;
+      text = &t.insertSql;
       for (std::size_t i : set) params.push_back(r.values[i]);
     } else {
       std::string names, marks;
@@ -695,19 +808,30 @@ void Recordset::WriteRecord(Record& r) {
       return;
     }
     const Row& original = r.original.empty() ? r.values : r.original;
-    sql = "UPDATE " + Quote(t.table) + " SET ";
-    for (std::size_t n = 0; n < set.size(); ++n) {
-      if (n) sql += ", ";
-      sql += Quote(t.columns[static_cast<std::size_t>(t.tableColumn[set[n]])].name) + " = ?";
-      params.push_back(r.values[set[n]]);
-    }
     // The row is found by its own identity where it was read with the row,
     // else by its key when every key column is in the record set, otherwise
     // by all original values that can be compared.
-    if (!identity_.column.empty() && original.size() > columns_.size()) {
-      sql += " WHERE " + identity_.condition;
+    const bool byIdentity = !identity_.column.empty() && original.size() > columns_.size();
+    for (std::size_t i : set) params.push_back(r.values[i]);
+    if (byIdentity && set == t.updateColumns && identity_.condition == t.updateCondition &&
+        !t.updateSql.empty()) {
+      // One text per set of columns: an update by key sends it per record.
+      text = &t.updateSql;
       params.push_back(original.back());
     } else {
+      sql = "UPDATE " + Quote(t.table) + " SET ";
+      for (std::size_t n = 0; n < set.size(); ++n) {
+        if (n) sql += ", ";
+        sql += Quote(t.columns[static_cast<std::size_t>(t.tableColumn[set[n]])].name) + " = ?";
+      }
+    }
+    if (byIdentity && text == &sql) {
+      sql += " WHERE " + identity_.condition;
+      params.push_back(original.back());
+      t.updateColumns = set;
+      t.updateCondition = identity_.condition;
+      t.updateSql = sql;
+    } else if (!byIdentity) {
       std::vector<std::size_t> where;
       bool keyComplete = t.hasKey;
       if (t.hasKey) {
@@ -749,7 +873,7 @@ void Recordset::WriteRecord(Record& r) {
       }
     }
   }
-  ExecuteResult result = provider.Execute(sql, params);
+  ExecuteResult result = provider.Execute(*text, params);
   if (!r.isNew && result.rowsAffected == 0)
     ThrowAdoError(AdoError::kRowNotFound, "ADODB.Recordset");
   r.original.clear();

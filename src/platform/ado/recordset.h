@@ -84,10 +84,14 @@ class Recordset : public Object {
   // For Connection.OpenSchema: opens an in-memory record set with these rows.
   void OpenInMemory(const std::vector<ColumnInfo>& columns, std::vector<Row> rows);
 
+  // The values of the current record, field by field, appended to `values`
+  // (what each Field's Value answers); raises as Value does.
+  void CurrentValues(std::vector<Variant>& values);
+
   // Used by Field.
   Variant FieldValue(std::size_t index);
   Variant FieldOriginalValue(std::size_t index);
-  void SetFieldValue(std::size_t index, const Variant& value);
+  void SetFieldValue(std::size_t index, Variant value);
 
  private:
   struct Record {
@@ -113,6 +117,10 @@ class Recordset : public Object {
     // The INSERT last built, by the record set columns it sets.
     std::vector<std::size_t> insertColumns;
     std::string insertSql;
+    // The UPDATE by row identity last built, by the columns it sets.
+    std::vector<std::size_t> updateColumns;
+    std::string updateCondition;
+    std::string updateSql;
   };
 
   void CheckOpen() const;
@@ -155,6 +163,11 @@ class Recordset : public Object {
     const Provider* provider = nullptr;
     std::string sent;  // empty when the identity is not read
     Provider::RowIdentity identity;
+    std::string table;  // the single table of the source; empty for none
+    // Where the literal the source ends with ("... = 5") begins, in the
+    // source and in `sent`; npos where it does not end so.
+    std::size_t literalAt = std::string::npos;
+    std::size_t sentLiteralAt = std::string::npos;
   } withIdentity_;
   std::shared_ptr<Provider> provider_;  // keeps the cursor's provider alive
   std::int64_t position_ = 0;           // index into records_; -1 is BOF, size() is EOF
@@ -166,6 +179,20 @@ class Recordset : public Object {
   // The target of the last open, kept over Close: a record set opened again
   // on the same statement (once per record) need not resolve it again.
   std::shared_ptr<Target> lastTarget_;
+  // What the last open to write through found, kept over Close: opened again
+  // on the same statement, prepared as then (the provider answers the same
+  // description), with the same target and fields untouched since, the
+  // record set has the same columns and fields (a record loop's target).
+  struct Reopen {
+    bool valid = false;
+    std::shared_ptr<const std::vector<ColumnInfo>> described;
+    const Provider* provider = nullptr;
+    std::string identity;  // the identity column read
+    LockTypeEnum lockType = adLockReadOnly;
+    std::vector<ColumnInfo> columns;  // while closed
+    std::uint64_t fieldsVersion = 0;
+  } reopen_;
+  bool Reopened(const std::shared_ptr<const std::vector<ColumnInfo>>& described);
 };
 
 }  // namespace ketrova::ado

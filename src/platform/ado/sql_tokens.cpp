@@ -33,6 +33,20 @@ bool IsSqlWordStart(char c) {
          static_cast<unsigned char>(c) >= 0x80;
 }
 
+std::size_t StringStartBefore(std::string_view sql, std::size_t end) {
+  std::size_t i = end;
+  for (;;) {
+    if (i == 0) return std::string_view::npos;
+    --i;
+    if (sql[i] != '\'') continue;
+    if (i > 0 && sql[i - 1] == '\'') {
+      --i;
+      continue;
+    }
+    return i;
+  }
+}
+
 SqlToken NextSqlToken(std::string_view sql, std::size_t& i) {
   assert(i < sql.size());
   std::size_t start = i;

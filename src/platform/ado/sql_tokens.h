@@ -42,4 +42,9 @@ bool IsSqlWordStart(char c);
 // The token that starts at `i` (which must be inside `sql`); `i` moves behind it.
 SqlToken NextSqlToken(std::string_view sql, std::size_t& i);
 
+// Where the string ends with at `end` (its closing apostrophe) begins, read
+// back from its end: a doubled apostrophe is one inside the text. npos when
+// no opening one is found.
+std::size_t StringStartBefore(std::string_view sql, std::size_t end);
+
 }  // namespace ketrova::ado

@@ -1,6 +1,8 @@
 #include "platform/ado/value_text.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 namespace ketrova::ado {
@@ -177,16 +179,34 @@ std::string DecimalToText(const Decimal& d) {
   Decimal::Int128 m = d.mantissa;
   bool neg = m < 0;
   if (neg) m = -m;
-  std::string digits;
-  do {
-    digits.insert(digits.begin(), static_cast<char>('0' + static_cast<int>(m % 10)));
-    m /= 10;
-  } while (m != 0);
-  if (d.scale > 0) {
-    while (static_cast<int>(digits.size()) <= d.scale) digits.insert(digits.begin(), '0');
-    digits.insert(digits.end() - d.scale, '.');
+  // Written from its end: the digits, the point before the last `scale` of
+  // them, at least one digit before it. A value of 64 bits (every currency)
+  // is divided as one, which is far cheaper than a division of 128 bits.
+  char text[2 * 40 + 4];
+  char* const end = text + sizeof text;
+  char* p = end;
+  int written = 0;
+  const int scale = std::clamp(d.scale, 0, 38);  // VB's decimals have at most 28 places
+  auto put = [&](int digit) {
+    if (scale > 0 && written == scale) *--p = '.';
+    *--p = static_cast<char>('0' + digit);
+    ++written;
+  };
+  if (m <= static_cast<Decimal::Int128>(std::numeric_limits<std::uint64_t>::max())) {
+    auto small = static_cast<std::uint64_t>(m);
+    do {
+      put(static_cast<int>(small % 10));
+      small /= 10;
+    } while (small != 0);
+  } else {
+    do {
+      put(static_cast<int>(m % 10));
+      m /= 10;
+    } while (m != 0);
   }
-  return neg ? "-" + digits : digits;
+  while (scale > 0 && written <= scale) put(0);
+  if (neg) *--p = '-';
+  return std::string(p, end);
 }
 
 std::string CurrencyToText(Currency c) {

@@ -38,6 +38,21 @@ class FieldView : public BoundObject<FieldView>, public ScriptView {
       : field_(std::move(field)), owner_(std::move(owner)) {}
   std::string TypeName() const override { return "Field"; }
   ObjectPtr Target() const override { return field_; }
+  const ado::Field* Viewed() const { return field_.get(); }
+
+  // The value, read and written once per field and record, goes straight to
+  // the field; everything else through the member table.
+  Variant Invoke(int dispId, InvokeKind kind, std::span<Variant> args) override {
+    if (dispId == kDispIdValue) {
+      if (kind == InvokeKind::kPropertyGet && args.empty()) return ForScript(field_->Value());
+      if ((kind == InvokeKind::kPropertyPut || kind == InvokeKind::kPropertyPutRef) &&
+          args.size() == 1) {
+        field_->SetValue(PlainValue(args[0]));
+        return {};
+      }
+    }
+    return BoundObject<FieldView>::Invoke(dispId, kind, args);
+  }
 
   static const MemberTable<FieldView>& Members() {
     using T = FieldView;
@@ -150,6 +165,34 @@ class RecordsetView : public BoundObject<RecordsetView>, public ScriptView {
     if (!fields_ || fields_->Target() != current)
       fields_ = std::make_shared<FieldsView>(current, rs_);
     return *fields_;
+  }
+
+  // rs.Fields(name or position) may be kept by a call site: the field's view
+  // stands while the same field object is at the same place among as many
+  // fields (a record set opened again on the same shape keeps its fields; a
+  // closed one has none, and its read raises as ever).
+  bool HoldAnswer(int dispId, std::span<const Variant> args, const Variant& answer,
+                  HeldAnswer& held) override {
+    static const int fieldsId = Members().Find("Fields");
+    if ((dispId != fieldsId && dispId != kDispIdValue) || args.size() != 1) return false;
+    const auto* view = dynamic_cast<const FieldView*>(answer.AsObject().get());
+    if (!view) return false;
+    const ado::Fields& fields = rs_->GetFields();
+    const auto count = static_cast<std::size_t>(fields.Count());
+    for (std::size_t i = 0; i < count; ++i) {
+      if (fields.begin()[static_cast<std::ptrdiff_t>(i)].get() != view->Viewed()) continue;
+      held.answer = answer.AsObject();
+      held.mark = view->Viewed();
+      held.index = i;
+      held.count = count;
+      return true;
+    }
+    return false;
+  }
+  bool AnswerStands(const HeldAnswer& held) const override {
+    const ado::Fields& fields = rs_->GetFields();
+    return static_cast<std::size_t>(fields.Count()) == held.count && held.index < held.count &&
+           fields.begin()[static_cast<std::ptrdiff_t>(held.index)].get() == held.mark;
   }
 
   static const MemberTable<RecordsetView>& Members() {

@@ -56,6 +56,14 @@ class MemberShapes {
   virtual bool NeedsCall(int dispId) const = 0;
 };
 
+// A record set, connection or field a member answers reaches scripts as its
+// script view; any other value unchanged.
+inline Variant ForScript(Variant v) {
+  if (v.IsObject() && v.AsObject() && NeedsScriptView(*v.AsObject()))
+    return Variant(BindForScript(v.AsObject()));
+  return v;
+}
+
 template <typename T>
 class MemberTable {
  public:
@@ -122,12 +130,12 @@ class MemberTable {
     }
     if (e->call) {
       CheckCount(*e, count);
-      return ForScript(e->call(self, args));
+      return script::ForScript(e->call(self, args));
     }
     if (!e->get) throw VbError(438);
     if (count > e->maxArgs) return Forward(self, *e, InvokeKind::kPropertyGet, args);
     CheckCount(*e, count);
-    return ForScript(e->get(self, args));
+    return script::ForScript(e->get(self, args));
   }
 
   std::unique_ptr<Enumerator> NewEnum(T& self) const {
@@ -160,14 +168,6 @@ class MemberTable {
     return &entries_[static_cast<std::size_t>(dispId - 1)];
   }
 
-  // A record set, connection or field a member answers reaches scripts as
-  // its script view.
-  static Variant ForScript(Variant v) {
-    if (v.IsObject() && v.AsObject() && NeedsScriptView(*v.AsObject()))
-      return Variant(BindForScript(v.AsObject()));
-    return v;
-  }
-
   static void CheckCount(const Entry& e, int count) {
     if (count < e.minArgs || (e.maxArgs >= 0 && count > e.maxArgs)) throw VbError(450);
   }
@@ -181,8 +181,8 @@ class MemberTable {
     if (static_cast<int>(own) < e.minArgs) throw VbError(450);
     Variant target = e.get(self, args.first(own));
     if (!target.IsObject() || target.IsNothing()) throw VbError(put && !e.put ? 438 : 450);
-    target = ForScript(std::move(target));
-    return ForScript(target.AsObject()->Invoke(kDispIdValue, kind, args.subspan(own)));
+    target = script::ForScript(std::move(target));
+    return script::ForScript(target.AsObject()->Invoke(kDispIdValue, kind, args.subspan(own)));
   }
 
   std::vector<Entry> entries_;

@@ -332,5 +332,38 @@ TEST_F(SqliteProviderTest, ASearchByAWrittenKeyFindsWhatTheLiteralSays) {
   EXPECT_THROW(count("SELECT * FROM s WHERE s.nr = "), VbError);
 }
 
+// An update by key opens its target once per record with the key's literal:
+// each text finds and writes its own row (keys in quotes included), and a
+// change of the table's shape between two opens shows in the next one.
+TEST_F(SqliteProviderTest, AnUpdateByKeyWritesEachKeysRowAndSeesAShapeChange) {
+  auto connection = std::make_shared<Connection>();
+  connection->Open(ConnectionString());
+  connection->Execute("CREATE TABLE k(nr INTEGER, code TEXT, n INTEGER)");
+  connection->Execute("INSERT INTO k VALUES(1, 'a', 0), (2, 'it''s', 0), (3, 'x'' OR 1 = ''1', 0)");
+  auto update = [&](const std::string& where, int value) {
+    auto rs = std::make_shared<Recordset>();
+    rs->Open(Variant("SELECT * FROM k WHERE k." + where), Variant(ObjectPtr(connection)),
+             adOpenKeyset, adLockBatchOptimistic);
+    EXPECT_FALSE(rs->Eof()) << where;
+    rs->GetFields().Item("n").SetValue(Variant::Long(value));
+    rs->Update();
+    rs->UpdateBatch();
+    const std::int32_t fields = rs->GetFields().Count();
+    rs->Close();
+    return fields;
+  };
+  EXPECT_EQ(update("nr = 1", 10), 3);
+  EXPECT_EQ(update("nr = 2", 20), 3);
+  EXPECT_EQ(update("code = 'x'' OR 1 = ''1'", 30), 3);
+  EXPECT_EQ(update("code = 'it''s'", 40), 3);
+  connection->Execute("ALTER TABLE k ADD COLUMN m INTEGER");
+  EXPECT_EQ(update("nr = 1", 50), 4);
+  auto native = Native();
+  std::string rows;
+  for (const Row& row : All(*native, "SELECT nr, n, m FROM k ORDER BY nr"))
+    rows += row[0].ToText() + ":" + row[1].ToText() + ":" + Text(row[2]) + " ";
+  EXPECT_EQ(rows, "1:50:1:NULL 2:40:1:NULL 3:30:1:NULL ");
+}
+
 }  // namespace
 }  // namespace ketrova::ado

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <limits>
+
 namespace ketrova::ado {
 namespace {
 
@@ -23,6 +26,16 @@ TEST(ValueText, DecimalText) {
   EXPECT_TRUE(DecimalFromText("12a").IsEmpty());
   EXPECT_TRUE(DecimalFromText("").IsEmpty());
   EXPECT_EQ(CurrencyToText(Currency{-12345}), "-1.2345");
+  EXPECT_EQ(CurrencyToText(Currency{5}), "0.0005");
+  EXPECT_EQ(CurrencyToText(Currency{0}), "0.0000");
+  // Beyond 64 bits the mantissa is divided as 128 bits.
+  Decimal big;
+  big.mantissa = static_cast<Decimal::Int128>(std::numeric_limits<std::uint64_t>::max()) * 1000 + 7;
+  big.scale = 28;
+  EXPECT_EQ(DecimalToText(big), "0.0000018446744073709551615007");
+  big.mantissa = -big.mantissa;
+  big.scale = 0;
+  EXPECT_EQ(DecimalToText(big), "-18446744073709551615007");
 }
 
 TEST(ValueText, Utf16RoundTrip) {

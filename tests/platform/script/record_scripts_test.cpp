@@ -129,6 +129,72 @@ TEST_P(RecordScripts, UnknownFieldFailsWithTheScriptLine) {
   EXPECT_EQ(control_.Error().Line, 3);
 }
 
+// A conversion names the same fields record after record. What a line found
+// the last time stands only while the record set still has that field at that
+// place: closed, opened on another shape, another record set or Nothing in its
+// place, the name is looked up again, with the error that raises.
+TEST_P(RecordScripts, FieldNamesFollowTheRecordSetsShape) {
+  auto target = std::make_shared<ado::Recordset>();
+  auto other = std::make_shared<ado::Recordset>();
+  other->GetFields().Append("Name", ado::adVarWChar, 10);
+  other->Open();
+  other->AddNew();
+  control_.AddObject("Ziel", target);
+  control_.AddObject("Andere", other);
+  control_.AddCode(VB() ? "Dim rs\r\n"
+                          "Function Put(v)\r\n"
+                          "  rs.Fields(\"Name\") = v\r\n"
+                          "  Put = rs.Fields(\"Name\") & \"\"\r\n"
+                          "End Function\r\n"
+                        : "var rs;\r\n"
+                          "function Put(v) {\r\n"
+                          "  rs.Fields('Name').Value = v;\r\n"
+                          "  return '' + rs.Fields('Name').Value;\r\n"
+                          "}\r\n");
+  control_.ExecuteStatement(VB() ? "Set rs = Ziel" : "rs = Ziel;");
+  auto put = [&](const char* value) {
+    Variant args[] = {Variant(value)};
+    return control_.Run("Put", args).ToText();
+  };
+  auto open = [&](const char* sql) {
+    if (target->State() == ado::adStateOpen) target->Close();
+    target->Open(sql, Variant(ObjectPtr(db_)), ado::adOpenKeyset, ado::adLockBatchOptimistic);
+    target->AddNew();
+  };
+
+  open("SELECT * FROM Ziel");
+  EXPECT_EQ(put("a"), "a");
+  EXPECT_EQ(put("b"), "b");
+  EXPECT_TRUE(target->GetFields().Item("Ort").Value().IsNull());
+
+  target->Close();
+  EXPECT_ANY_THROW(put("c"));
+  EXPECT_EQ(control_.Error().Number, 3265);
+
+  open("SELECT Ort, Name FROM Ziel");
+  EXPECT_EQ(put("d"), "d");
+  EXPECT_EQ(target->GetFields().Item("Name").Value().ToText(), "d");
+  EXPECT_TRUE(target->GetFields().Item("Ort").Value().IsNull());
+
+  open("SELECT Nr, Ort FROM Ziel");
+  EXPECT_ANY_THROW(put("e"));
+  EXPECT_EQ(control_.Error().Number, 3265);
+
+  open("SELECT * FROM Ziel");
+  EXPECT_EQ(put("f"), "f");
+  control_.ExecuteStatement(VB() ? "Set rs = Andere" : "rs = Andere;");
+  EXPECT_EQ(put("g"), "g");
+  EXPECT_EQ(target->GetFields().Item("Name").Value().ToText(), "f");
+  EXPECT_EQ(other->GetFields().Item("Name").Value().ToText(), "g");
+
+  if (VB()) {
+    control_.ExecuteStatement("Set rs = Nothing");
+    EXPECT_ANY_THROW(put("h"));
+    EXPECT_EQ(control_.Error().Number, 424);
+  }
+  target->Close();
+}
+
 // Record access a script makes itself: a connection by connection string, a
 // record set opened on it, and an in-memory record set built field by field.
 TEST_P(RecordScripts, ScriptsCreateConnectionsAndRecordsets) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/script/vbscript/builtins.h"
+#include "support/object.h"
 #include "support/variant.h"
 
 namespace ketrova::script::vbscript {
@@ -82,6 +83,14 @@ struct DispCache {
   int dispId = 0;
 };
 
+// Per call site of a member read with constant arguments (rs.Fields("x")):
+// whose member answered, compared by owner and never locked, and what it let
+// the call site keep.
+struct HeldMember {
+  std::weak_ptr<Object> owner;
+  HeldAnswer answer;
+};
+
 enum class ExprKind {
   kLiteral,     // value
   kName,        // name [(args)]
@@ -107,11 +116,13 @@ struct Expr {
   ExprPtr target;
   ExprPtr right;
   Op op = Op::kAdd;
-  std::vector<ExprPtr> args;     // nullptr where an argument is left out
-  bool hasArgs = false;          // an argument list in parentheses follows the name
-  Binding bind;                  // kName; kWithMember: index is the With slot
-  DispCache cache;               // kMember, kWithMember, kHostMember
-  ClassDef* newClass = nullptr;  // kNew
+  std::vector<ExprPtr> args;         // nullptr where an argument is left out
+  bool hasArgs = false;              // an argument list in parentheses follows the name
+  Binding bind;                      // kName; kWithMember: index is the With slot
+  DispCache cache;                   // kMember, kWithMember, kHostMember
+  std::unique_ptr<HeldMember> held;  // kMember, kWithMember with constant arguments
+  signed char constantArgs = -1;     // whether every argument is a literal; -1 not asked yet
+  ClassDef* newClass = nullptr;      // kNew
 };
 
 struct Stmt;

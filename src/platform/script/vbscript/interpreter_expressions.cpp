@@ -134,7 +134,7 @@ Variant Interpreter::Impl::EvalName(Expr& e, Frame& f, bool statement) {
     case BindKind::kClassMember:
       return CallClassMember(e, f);
     case BindKind::kHostObject: {
-      ObjectPtr object = hosts[b.index].object;
+      const ObjectPtr& object = hosts[b.index].object;
       if (!e.hasArgs) return object;
       if (!object) throw VbError(91);
       return InvokeWith(object, kDispIdValue, InvokeKind::kPropertyGet, e.args, f);
@@ -174,16 +174,64 @@ Variant Interpreter::Impl::MemberTarget(Expr& e, Frame& f) {
   return Eval(*e.target, f);
 }
 
+bool ConstantArgs(Expr& e) {
+  if (e.constantArgs < 0) {
+    bool constant = !e.args.empty();
+    for (const ExprPtr& a : e.args) constant = constant && a && a->kind == ExprKind::kLiteral;
+    e.constantArgs = constant ? 1 : 0;
+  }
+  return e.constantArgs == 1;
+}
+
+ObjectPtr HeldAnswerOf(const Expr& e, const ObjectPtr& object) {
+  if (!e.held) return nullptr;
+  const HeldMember& held = *e.held;
+  // The same object, by its control block: no reference count is touched.
+  if (held.owner.owner_before(object) || object.owner_before(held.owner)) return nullptr;
+  if (!object->AnswerStands(held.answer)) return nullptr;
+  return held.answer.answer.lock();
+}
+
+void KeepAnswer(Expr& e, const ObjectPtr& object, int dispId, std::span<const Variant> args,
+                const Variant& answer) {
+  // An object without a control block of its own could not be told apart.
+  if (!answer.IsObject() || answer.IsNothing() || object.use_count() == 0) return;
+  HeldAnswer held;
+  if (!object->HoldAnswer(dispId, args, answer, held)) return;
+  if (!e.held) e.held = std::make_unique<HeldMember>();
+  e.held->owner = object;
+  e.held->answer = std::move(held);
+}
+
 Variant Interpreter::Impl::EvalMember(Expr& e, Frame& f, bool statement) {
-  ObjectPtr object = RequireObject(MemberTarget(e, f));
+  ObjectPtr holder;
+  const ObjectPtr& lent = MemberObject(e, f, holder);
+  // rs.Fields("x") read record after record: the answer kept from the last
+  // read, while the object says it stands.
+  const bool keep = !statement && ConstantArgs(e) && !AsClassInstance(lent.get());
+  if (keep) {
+    if (ObjectPtr held = HeldAnswerOf(e, lent)) return Variant(std::move(held));
+  }
+  // The calls below may run a script: the object is held for them.
+  if (!holder) holder = lent;
+  const ObjectPtr& object = holder;
   int id = DispId(e, *object);
-  return InvokeWith(object, id, statement ? InvokeKind::kMethod : InvokeKind::kPropertyGet, e.args,
-                    f);
+  if (!keep)
+    return InvokeWith(object, id, statement ? InvokeKind::kMethod : InvokeKind::kPropertyGet,
+                      e.args, f);
+  Args args(e.args.size());
+  EvalArgs(e.args, f, args, false);
+  Variant result = object->Invoke(id, InvokeKind::kPropertyGet, args.span());
+  KeepAnswer(e, object, id, args.span(), result);
+  return result;
 }
 
 Variant Interpreter::Impl::DefaultValue(const Variant& v) {
-  Variant current = v;
-  for (int i = 0; i < 8 && current.IsObject(); ++i) {
+  if (!v.IsObject()) return v;
+  if (v.IsNothing()) throw VbError(91);
+  // Up to eight default members deep, the object itself not copied.
+  Variant current = v.AsObject()->Invoke(kDispIdValue, InvokeKind::kPropertyGet, {});
+  for (int i = 1; i < 8 && current.IsObject(); ++i) {
     if (current.IsNothing()) throw VbError(91);
     current = current.AsObject()->Invoke(kDispIdValue, InvokeKind::kPropertyGet, {});
   }

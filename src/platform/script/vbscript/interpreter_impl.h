@@ -174,6 +174,16 @@ inline ObjectPtr RequireObject(const Variant& v) {
   return v.AsObject();
 }
 
+// Whether every argument of a call site is a literal, so that it reads the
+// same member with the same arguments every time.
+bool ConstantArgs(Expr& e);
+// The answer call site `e` kept of `object`'s member, while the object says
+// it stands; nullptr otherwise.
+ObjectPtr HeldAnswerOf(const Expr& e, const ObjectPtr& object);
+// Keeps `answer` of `object`'s member at call site `e` where the object allows it.
+void KeepAnswer(Expr& e, const ObjectPtr& object, int dispId, std::span<const Variant> args,
+                const Variant& answer);
+
 // The element `indexes` name in an array; 9 when out of range.
 size_t ElementOffset(const SafeArray& array, std::span<const Variant> indexes);
 
@@ -322,6 +332,19 @@ struct Interpreter::Impl {
   Variant EvalName(Expr& e, Frame& f, bool statement);
   Variant IndexValue(const Variant& value, Expr& e, Frame& f);
   Variant MemberTarget(Expr& e, Frame& f);
+  // The object whose member `e` reaches (424 for anything else); a host
+  // object named as it is (Source.Fields) is lent from the host list, not
+  // copied, which only holds until a call could change that list.
+  const ObjectPtr& MemberObject(Expr& e, Frame& f, ObjectPtr& holder) {
+    if (e.kind == ExprKind::kMember && e.target->kind == ExprKind::kName && !e.target->hasArgs &&
+        e.target->bind.kind == BindKind::kHostObject) {
+      const ObjectPtr& object = hosts[e.target->bind.index].object;
+      if (!object) throw VbError(424);
+      return object;
+    }
+    holder = RequireObject(MemberTarget(e, f));
+    return holder;
+  }
   Variant EvalMember(Expr& e, Frame& f, bool statement);
   Variant DefaultValue(const Variant& v);
   int DispId(Expr& e, Object& object);

@@ -393,9 +393,23 @@ void Interpreter::Impl::Assign(Expr& t, Variant v, Frame& f, bool isSet) {
     }
     case ExprKind::kMember:
     case ExprKind::kWithMember: {
-      ObjectPtr object = RequireObject(MemberTarget(t, f));
+      ObjectPtr holder;
+      const ObjectPtr& lent = MemberObject(t, f, holder);
+      const bool toDefault = !t.args.empty() && !isSet && !AsClassInstance(lent.get());
+      // rs.Fields("x") = v record after record: the field kept from the last
+      // time, while the record set says it stands.
+      if (toDefault && ConstantArgs(t)) {
+        if (ObjectPtr held = HeldAnswerOf(t, lent)) {
+          Variant value[1] = {std::move(v)};
+          held->Invoke(kDispIdValue, InvokeKind::kPropertyPut, value);
+          return;
+        }
+      }
+      // The calls below may run a script: the object is held for them.
+      if (!holder) holder = lent;
+      const ObjectPtr& object = holder;
       int id = DispId(t, *object);
-      if (!t.args.empty() && !isSet && !AsClassInstance(object.get())) {
+      if (toDefault) {
         // obj.Fields("a") = 5: the value goes to the default member of what
         // the property answers, when that is an object.
         Args args(t.args.size());
@@ -408,6 +422,7 @@ void Interpreter::Impl::Assign(Expr& t, Variant v, Frame& f, bool isSet) {
           haveGot = false;
         }
         if (haveGot && got.IsObject() && !got.IsNothing()) {
+          if (ConstantArgs(t)) KeepAnswer(t, object, id, args.span(), got);
           Variant value[1] = {std::move(v)};
           got.AsObject()->Invoke(kDispIdValue, InvokeKind::kPropertyPut, value);
           return;

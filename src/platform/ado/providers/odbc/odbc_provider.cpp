@@ -22,6 +22,12 @@ struct OdbcStatement {
   OdbcHandle stmt;
   bool described = false;
   std::vector<ColumnInfo> columns;
+  // The columns as Prepare answered them, until they are described again.
+  std::shared_ptr<const std::vector<ColumnInfo>> prepared;
+  // What its parameters are bound to, kept with it: the next run of the same
+  // text binds them again without the driver making its arrays anew.
+  std::vector<ParamBuffer> params;
+  std::size_t bound = 0;
   std::int64_t maxRows = 0;
   int timeout = -1;
 };
@@ -315,13 +321,14 @@ void OdbcProvider::ForgetTableShapes() {
 void OdbcProvider::Release(std::unique_ptr<OdbcStatement> statement) {
   if (!statement) return;
   // A statement whose parameters cannot be reset is not used again.
-  if (!SQL_SUCCEEDED(SQLFreeStmt(statement->stmt, SQL_RESET_PARAMS))) return;
+  // Its parameters stay bound to its own buffers (see ExecuteNow).
+  if (!statement->stmt) return;
   idle_.push_front(std::move(statement));
   if (idle_.size() > kIdleStatements) idle_.pop_back();
 }
 
-std::optional<std::vector<ColumnInfo>> OdbcProvider::Prepare(const std::string& sql) {
-  if (dialect_ != "postgresql" || IsDdlStatement(sql)) return std::nullopt;
+std::shared_ptr<const std::vector<ColumnInfo>> OdbcProvider::Prepare(const std::string& sql) {
+  if (dialect_ != "postgresql" || IsDdlStatement(sql)) return nullptr;
   std::lock_guard lock(mutex_);
   CommitOthers();
   auto s = Acquire(sql);
@@ -340,8 +347,10 @@ std::optional<std::vector<ColumnInfo>> OdbcProvider::Prepare(const std::string& 
     for (SQLSMALLINT c = 1; c <= columns; ++c)
       s->columns.push_back(Describe(s->stmt, static_cast<SQLUSMALLINT>(c), narrow_));
     s->described = true;
+    s->prepared.reset();
   }
-  std::vector<ColumnInfo> columns = s->columns;
+  if (!s->prepared) s->prepared = std::make_shared<const std::vector<ColumnInfo>>(s->columns);
+  std::shared_ptr<const std::vector<ColumnInfo>> columns = s->prepared;
   Release(std::move(s));
   return columns;
 }
@@ -498,9 +507,17 @@ ExecuteResult OdbcProvider::ExecuteNow(const std::string& sql, std::span<const V
           SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement, narrow_);
     s->timeout = timeout_;
   }
-  std::vector<ParamBuffer> buffers(params.size());
+  // Every parameter given is bound again; bindings of a run with more of
+  // them go first, so that a parameter not given is unbound, as ever.
+  if (params.size() < s->bound) {
+    Check(SQLFreeStmt(stmt, SQL_RESET_PARAMS), SQL_HANDLE_STMT, stmt, OdbcPhase::kStatement,
+          narrow_);
+    s->bound = 0;
+  }
+  if (s->params.size() < params.size()) s->params.resize(params.size());
   for (std::size_t i = 0; i < params.size(); ++i)
-    BindParam(stmt, static_cast<SQLUSMALLINT>(i + 1), params[i], buffers[i], narrow_);
+    BindParam(stmt, static_cast<SQLUSMALLINT>(i + 1), params[i], s->params[i], narrow_);
+  s->bound = params.size();
   SQLRETURN rc = SQLExecute(stmt);
   if (!SQL_SUCCEEDED(rc) && rc != SQL_NO_DATA) {
     auto records = ReadDiagnostics(SQL_HANDLE_STMT, stmt, narrow_);
@@ -521,6 +538,7 @@ ExecuteResult OdbcProvider::ExecuteNow(const std::string& sql, std::span<const V
       if (dialect_ == "sqlite") DeclaredDecimals(s->columns);
       if (dialect_ == "mysql") DeclaredBooleans(s->columns);
       s->described = true;
+      s->prepared.reset();
     }
     ++queriesRun_;
     result.cursor = std::make_unique<OdbcCursor>(*this, std::move(s));

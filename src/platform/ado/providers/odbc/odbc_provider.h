@@ -76,7 +76,7 @@ class OdbcProvider : public Provider {
   RowIdentity RowIdentityOf() const override;
   // On PostgreSQL the server describes the statement (which checks it); the
   // other drivers are not asked before they run it.
-  std::optional<std::vector<ColumnInfo>> Prepare(const std::string& sql) override;
+  std::shared_ptr<const std::vector<ColumnInfo>> Prepare(const std::string& sql) override;
   std::uint64_t QueriesRun() const override { return queriesRun_; }
   void Flush() override;
 

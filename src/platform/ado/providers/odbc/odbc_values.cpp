@@ -176,6 +176,7 @@ void BindParam(SQLHSTMT stmt, SQLUSMALLINT n, const Variant& v, ParamBuffer& b, 
     }
     default:
       if (v.IsArray()) {
+        b.bytes.clear();
         for (const auto& e : v.AsArray()->data) b.bytes.push_back(e.ToByte());
         b.ind = static_cast<SQLLEN>(b.bytes.size());
         rc = SQLBindParameter(stmt, n, SQL_PARAM_INPUT, SQL_C_BINARY, SQL_LONGVARBINARY,

@@ -29,7 +29,7 @@ struct ParamBuffer {
 };
 
 // Binds parameter `n` (1-based) to `v`, through `b`, which must live until the
-// statement has executed.
+// statement has executed (or is bound again); `b` may have served before.
 void BindParam(SQLHSTMT stmt, SQLUSMALLINT n, const Variant& v, ParamBuffer& b, bool narrow);
 
 }  // namespace ketrova::ado::odbc

@@ -18,6 +18,7 @@
 #include "platform/ado/providers/odbc/odbc_dialect.h"
 #include "platform/ado/providers/sqlite/sqlite_statement.h"
 #include "platform/ado/providers/sqlite/sqlite_values.h"
+#include "platform/ado/sql_tokens.h"
 #include "support/collection.h"
 #include "support/text.h"
 #include "support/utf8.h"
@@ -93,19 +94,8 @@ std::optional<std::pair<std::string, Variant>> WithTrailingParameter(const std::
   std::size_t start = end;
   Variant value;
   if (sql[end] == '\'') {
-    // Back to the opening quote; a doubled quote is one inside the text.
-    std::size_t i = end;
-    for (;;) {
-      if (i == 0) return std::nullopt;
-      --i;
-      if (sql[i] != '\'') continue;
-      if (i > 0 && sql[i - 1] == '\'') {
-        --i;
-        continue;
-      }
-      break;
-    }
-    start = i;
+    start = StringStartBefore(sql, end);
+    if (start == std::string::npos) return std::nullopt;
     value = Variant(ReplaceAll(sql.substr(start + 1, end - start - 1), "''", "'"));
   } else {
     while (start > 0 &&
@@ -223,7 +213,9 @@ std::unique_ptr<SqliteStatement> SqliteProvider::Acquire(const std::string& sql)
   for (auto it = idle_.begin(); it != idle_.end(); ++it) {
     if ((*it)->sql == sql) {
       auto s = std::move(*it);
-      idle_.erase(it);
+      // The list's element is kept for the statement's return (once per
+      // statement and record).
+      spare_.splice(spare_.begin(), idle_, it);
       return s;
     }
   }
@@ -254,7 +246,12 @@ void SqliteProvider::Release(std::unique_ptr<SqliteStatement> statement) {
   }
   statement->produced = 0;
   statement->done = false;
-  idle_.push_front(std::move(statement));
+  if (spare_.empty()) {
+    idle_.push_front(std::move(statement));
+  } else {
+    idle_.splice(idle_.begin(), spare_, spare_.begin());
+    idle_.front() = std::move(statement);
+  }
   if (idle_.size() > kIdleStatements) idle_.pop_back();
 }
 
@@ -265,21 +262,29 @@ void SqliteProvider::ForgetTableShapes() {
   declared_.clear();
 }
 
-std::optional<std::vector<ColumnInfo>> SqliteProvider::Prepare(const std::string& sql) {
+std::shared_ptr<const std::vector<ColumnInfo>> SqliteProvider::Prepare(const std::string& sql) {
   std::lock_guard lock(mutex_);
   CommitOthers();
   // A record loop opens its target with the same text for every record.
-  if (lastPrepared_ && lastPrepared_->first == sql) return lastPrepared_->second;
-  if (IsDdlStatement(sql) || IsTransactionStatement(sql)) return std::nullopt;
+  if (lastPrepared_ && lastPrepared_->sql == sql) return lastPrepared_->columns;
+  if (IsDdlStatement(sql) || IsTransactionStatement(sql)) return nullptr;
   auto parameterized = WithTrailingParameter(sql);
-  auto s = Acquire(parameterized ? parameterized->first : sql);
+  const std::string& statement = parameterized ? parameterized->first : sql;
+  auto s = Acquire(statement);
   if (!s->stmt || !s->readOnly) {
     Release(std::move(s));
-    return std::nullopt;
+    return nullptr;
   }
-  lastPrepared_.emplace(sql, s->columns);
+  // An update by key opens its target with another literal per record: the
+  // same statement has the same columns.
+  if (lastPrepared_ && lastPrepared_->statement == statement) {
+    lastPrepared_->sql = sql;
+  } else {
+    lastPrepared_.emplace(
+        Prepared{sql, statement, std::make_shared<const std::vector<ColumnInfo>>(s->columns)});
+  }
   Release(std::move(s));
-  return lastPrepared_->second;
+  return lastPrepared_->columns;
 }
 
 ExecuteResult SqliteProvider::Execute(const std::string& sql, std::span<const Variant> params,

@@ -54,7 +54,7 @@ class SqliteProvider : public Provider {
   std::string IdentifierQuote() const override { return "\""; }
   ExecuteResult Execute(const std::string& sql, std::span<const Variant> params = {},
                         std::int64_t maxRows = 0) override;
-  std::optional<std::vector<ColumnInfo>> Prepare(const std::string& sql) override;
+  std::shared_ptr<const std::vector<ColumnInfo>> Prepare(const std::string& sql) override;
   void Flush() override;
   std::uint64_t LastWriteGroup() const override;
   GroupFate FateOfGroup(std::uint64_t group, std::string& text) const override;
@@ -94,8 +94,15 @@ class SqliteProvider : public Provider {
   std::string file_;  // as opened, made absolute
   mutable std::recursive_mutex mutex_;
   std::list<std::unique_ptr<SqliteStatement>> idle_;
-  // The text Prepare described last, with its columns.
-  std::optional<std::pair<std::string, std::vector<ColumnInfo>>> lastPrepared_;
+  std::list<std::unique_ptr<SqliteStatement>> spare_;  // empty elements for idle_
+  // The text Prepare described last, the statement prepared for it (with a
+  // trailing literal made a parameter) and its columns.
+  struct Prepared {
+    std::string sql;
+    std::string statement;
+    std::shared_ptr<const std::vector<ColumnInfo>> columns;
+  };
+  std::optional<Prepared> lastPrepared_;
   std::map<std::string, std::map<std::string, std::string>> declared_;
   std::uint64_t queriesRun_ = 0;
 
