@@ -353,9 +353,6 @@ MdbRowReader::MdbRowReader(const MdbDatabase& database, const std::string& table
     bound_[i].assign(std::max<std::size_t>(MDB_BIND_SIZE, 2 * M(mdb_)->fmt->pg_size), '\0');
     mdb_bind_column(table_, static_cast<int>(i) + 1, bound_[i].data(), nullptr);
   }
-  present_.assign(columns_.size(), false);
-  for (const auto& c : columns_)
-    hasTexts_ = hasTexts_ || c.mdbType == MDB_TEXT || c.mdbType == MDB_MEMO;
   mdb_rewind_table(table_);
 }
 
@@ -374,24 +371,7 @@ bool MdbRowReader::Next() {
     return false;
   }
   ++row_number_;
-  if (hasTexts_) ReadNullBits();
   return true;
-}
-
-void MdbRowReader::ReadNullBits() {
-  // The row just fetched is the one before the table's row cursor, on the
-  // page libmdb holds in pg_buf.
-  MdbHandle* mdb = M(mdb_);
-  int start = 0;
-  std::size_t size = 0;
-  std::vector<MdbField> fields(std::max<std::size_t>(columns_.size(), table_->num_cols));
-  if (table_->cur_row == 0 ||
-      mdb_find_row(mdb, static_cast<int>(table_->cur_row) - 1, &start, &size) != 0 ||
-      mdb_crack_row(table_, start, size, fields.data()) < 0) {
-    Fail(file_, "ist beschädigt: Zeile " + std::to_string(row_number_) + " der Tabelle '" +
-                    table_->name + "' kann nicht gelesen werden");
-  }
-  for (std::size_t i = 0; i < columns_.size(); ++i) present_[i] = !fields[i].is_null;
 }
 
 JetValue MdbRowReader::Value(std::size_t i) const {
@@ -405,10 +385,7 @@ JetValue MdbRowReader::Value(std::size_t i) const {
     return v;
   }
   const int len = col->cur_value_len;
-  if (len <= 0) {
-    if ((type == MDB_TEXT || type == MDB_MEMO) && present_[i]) v.kind = JetValue::Kind::kText;
-    return v;  // NULL, or a zero-length text
-  }
+  if (len <= 0) return v;  // NULL (and a zero-length text, which libmdb cannot tell apart)
   const int start = col->cur_value_start;
   const unsigned char* p = M(mdb_)->pg_buf + start;
   auto fixed = [&](int need) {

@@ -98,8 +98,6 @@ class MdbRowReader {
   std::int64_t RowNumber() const { return row_number_; }
 
  private:
-  void ReadNullBits();
-
   std::string file_;
   void* mdb_ = nullptr;  // MdbHandle
   S_MdbTableDef* table_ = nullptr;
@@ -107,11 +105,6 @@ class MdbRowReader {
   // Booleans live in the null mask; libmdb writes their value as text into a
   // bound buffer, as it does for the header of OLE and memo values.
   std::vector<std::vector<char>> bound_;
-  // Per column of the current row: whether its null bit says it has a value.
-  // libmdb gives a zero-length text and a NULL the same length 0; the bit
-  // tells them apart.
-  std::vector<bool> present_;
-  bool hasTexts_ = false;
   std::int64_t row_number_ = 0;
 };
 
