@@ -1,6 +1,8 @@
 #include "platform/ado/value_text.h"
 
 #include <algorithm>
+#include <cctype>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -214,6 +216,43 @@ std::string CurrencyToText(Currency c) {
   d.mantissa = c.scaled;
   d.scale = 4;
   return DecimalToText(d);
+}
+
+std::optional<DateParts> IsoDateParts(std::string_view s) {
+  auto digits = [&](std::size_t at, std::size_t count, int& out) {
+    out = 0;
+    for (std::size_t i = at; i < at + count; ++i) {
+      if (!std::isdigit(static_cast<unsigned char>(s[i]))) return false;
+      out = out * 10 + (s[i] - '0');
+    }
+    return true;
+  };
+  DateParts p;
+  int y = 0, mo = 0, d = 0, h = 0, mi = 0, sec = 0;
+  if (s.size() != 10 && s.size() != 19 && !(s.size() > 20 && s[19] == '.')) return std::nullopt;
+  if (!digits(0, 4, y) || s[4] != '-' || !digits(5, 2, mo) || s[7] != '-' || !digits(8, 2, d))
+    return std::nullopt;
+  if (mo < 1 || mo > 12 || d < 1 || d > 31) return std::nullopt;
+  p.year = y;
+  p.month = mo;
+  p.day = d;
+  if (s.size() == 10) return p;
+  if (s[10] != ' ' || !digits(11, 2, h) || s[13] != ':' || !digits(14, 2, mi) || s[16] != ':' ||
+      !digits(17, 2, sec))
+    return std::nullopt;
+  double seconds = sec;
+  if (s.size() > 19) {
+    for (std::size_t i = 20; i < s.size(); ++i)
+      if (!std::isdigit(static_cast<unsigned char>(s[i]))) return std::nullopt;
+    auto [end, ec] = std::from_chars(s.data() + 17, s.data() + s.size(), seconds);
+    if (ec != std::errc() || end != s.data() + s.size()) return std::nullopt;
+  }
+  if (h > 23 || mi > 59 || seconds >= 62) return std::nullopt;
+  p.hour = h;
+  p.minute = mi;
+  p.second = static_cast<int>(seconds);
+  p.fraction = static_cast<std::uint32_t>(std::llround((seconds - p.second) * 1e9));
+  return p;
 }
 
 Variant IntegerValue(std::int64_t v, DataTypeEnum type) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -23,6 +24,10 @@ struct DateParts {
 
 double OleDateFromParts(const DateParts& p);
 DateParts PartsFromOleDate(double oleDate);
+// The ISO form stores and our own files keep dates in: "YYYY-MM-DD",
+// "YYYY-MM-DD hh:mm:ss" or that with a fraction of seconds ("….fff"), read
+// field by field; nullopt for any other text or a field out of range.
+std::optional<DateParts> IsoDateParts(std::string_view text);
 
 // A whole number read from a store, as the Variant a column of `type` gives:
 // Integer for SMALLINT and TINYINT, Byte for an unsigned TINYINT, else Long,

@@ -66,26 +66,10 @@ Variant IntegerVariant(sqlite3_int64 v) {
 }  // namespace
 
 bool OleDateFromIso(std::string_view text, double& ole) {
-  if (text.size() != 10 && text.size() != 19) return false;
-  auto number = [&](std::size_t at, std::size_t width, int& value) {
-    value = 0;
-    for (std::size_t i = at; i < at + width; ++i) {
-      if (text[i] < '0' || text[i] > '9') return false;
-      value = value * 10 + (text[i] - '0');
-    }
-    return true;
-  };
-  ado::DateParts p;
-  if (text[4] != '-' || text[7] != '-' || !number(0, 4, p.year) || !number(5, 2, p.month) ||
-      !number(8, 2, p.day) || p.month < 1 || p.month > 12 || p.day < 1 || p.day > 31) {
-    return false;
-  }
-  if (text.size() == 19 &&
-      (text[10] != ' ' || text[13] != ':' || text[16] != ':' || !number(11, 2, p.hour) ||
-       !number(14, 2, p.minute) || !number(17, 2, p.second))) {
-    return false;
-  }
-  ole = ado::OleDateFromParts(p);
+  if (text.size() != 10 && text.size() != 19) return false;  // no fractions in our files
+  const std::optional<ado::DateParts> parts = ado::IsoDateParts(text);
+  if (!parts) return false;
+  ole = ado::OleDateFromParts(*parts);
   return true;
 }
 
