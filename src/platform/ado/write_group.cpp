@@ -21,7 +21,7 @@ void WriteGroup::StartTimer() {
 
 void WriteGroup::Stop() {
   {
-    std::lock_guard lock(mutex_);
+    std::lock_guard lock(timerMutex_);
     stopping_ = true;
   }
   wake_.notify_all();
@@ -34,17 +34,34 @@ void WriteGroup::Opened() {
   ++number_;
   start_ = retry_ = std::chrono::steady_clock::now();
   writes_ = 0;
-  wake_.notify_all();
+  Reschedule();
+}
+
+void WriteGroup::Reschedule() {
+  auto due = open_ ? std::max(start_ + kAge, retry_) : std::chrono::steady_clock::time_point::max();
+  {
+    std::lock_guard lock(timerMutex_);
+    bool sooner = due < dueAt_;
+    dueAt_ = due;
+    // A later time needs no wake: the timer looks again at the earlier one.
+    if (!sooner) return;
+  }
+  wake_.notify_one();
 }
 
 bool WriteGroup::Due() const {
   return open_ && (writes_ >= kWrites || std::chrono::steady_clock::now() - start_ >= kAge);
 }
 
+bool WriteGroup::Overdue() const {
+  return open_ && std::chrono::steady_clock::now() - start_ >= 2 * kAge;
+}
+
 void WriteGroup::Committed() {
   committed_ += writes_;
   writes_ = 0;
   open_ = false;
+  Reschedule();
 }
 
 Provider::GroupFate WriteGroup::Fate(std::uint64_t group, std::string& text) const {
@@ -65,29 +82,46 @@ void WriteGroup::Lost(const std::string& text) {
               << ".\n";
   writes_ = 0;
   open_ = false;
+  Reschedule();
 }
 
 void WriteGroup::TimerLoop() {
-  std::unique_lock lock(mutex_);
+  // How soon to try again when the provider was busy.
+  constexpr auto kBusyRetry = std::chrono::milliseconds(2);
+  std::unique_lock lock(timerMutex_);
   while (!stopping_) {
-    if (!open_) {
+    if (dueAt_ == std::chrono::steady_clock::time_point::max()) {
       wake_.wait(lock);
-      continue;
+    } else if (std::chrono::steady_clock::now() < dueAt_) {
+      wake_.wait_until(lock, dueAt_);
+    } else {
+      lock.unlock();
+      bool done = TryCommit();
+      lock.lock();
+      if (!done && !stopping_) wake_.wait_for(lock, kBusyRetry);
     }
-    auto due = std::max(start_ + kAge, retry_);
-    if (std::chrono::steady_clock::now() < due) {
-      wake_.wait_until(lock, due);
-      continue;
-    }
-    try {
-      commit_();
-    } catch (const VbError&) {
-      // The group is lost with the store's text; Fate tells whoever wrote to it.
-    }
-    // Still open: the provider could not commit now; it is asked again after
-    // another while or when nudged.
-    if (open_) retry_ = std::chrono::steady_clock::now() + kAge;
   }
+}
+
+bool WriteGroup::TryCommit() {
+  std::unique_lock provider(mutex_, std::try_to_lock);
+  if (!provider.owns_lock()) return false;
+  if (!open_ || std::chrono::steady_clock::now() < std::max(start_ + kAge, retry_)) {
+    Reschedule();
+    return true;
+  }
+  try {
+    commit_();
+  } catch (const VbError&) {
+    // The group is lost with the store's text; Fate tells whoever wrote to it.
+  }
+  // Still open: the provider could not commit now; it is asked again after
+  // another while or when nudged.
+  if (open_) {
+    retry_ = std::chrono::steady_clock::now() + kAge;
+    Reschedule();
+  }
+  return true;
 }
 
 }  // namespace ketrova::ado

@@ -12,6 +12,12 @@
 // calls, and the timer thread takes it before it commits, so that it never
 // commits in the middle of a write. Every member but the constructor and
 // Stop is called with that mutex held.
+//
+// The timer never waits for that mutex: while the provider is busy (a write
+// or a server's round trip holds it), the timer only tries again shortly
+// after, since the provider commits a due group itself after its next write.
+// A timer queueing for the mutex would be woken at every call the provider
+// ends, which costs a system call and a thread switch per record.
 #pragma once
 
 #include <chrono>
@@ -67,8 +73,10 @@ class WriteGroup {
   // in `text`). These answer Provider::LastWriteGroup and FateOfGroup.
   std::uint64_t LastWrite() const { return lastWrite_; }
   Provider::GroupFate Fate(std::uint64_t group, std::string& text) const;
-  // Whether the open group should be committed now.
+  // Whether the open group should be committed now; Overdue when it has
+  // waited twice as long as a group may.
   bool Due() const;
+  bool Overdue() const;
   // The group was committed.
   void Committed();
   // The group was rolled back with everything in it (the store failed as a
@@ -79,11 +87,16 @@ class WriteGroup {
   // Wakes the timer: a commit it could not do may be possible now.
   void Nudge() {
     retry_ = start_;
-    wake_.notify_all();
+    Reschedule();
   }
 
  private:
   void TimerLoop();
+  // Tells the timer when the open group falls due (never, when none is open).
+  void Reschedule();
+  // The timer's turn: commits the group if it is due and the provider is not
+  // busy. Answers false when the provider was busy.
+  bool TryCommit();
 
   std::recursive_mutex& mutex_;
   std::function<void()> commit_;
@@ -97,7 +110,10 @@ class WriteGroup {
   std::uint64_t lastWrite_ = 0;  // 0: the last write committed alone
   std::map<std::uint64_t, std::string> lost_;
   std::thread timer_;
-  std::condition_variable_any wake_;
+  // The timer's own state, under timerMutex_: when to look next.
+  std::mutex timerMutex_;
+  std::condition_variable wake_;
+  std::chrono::steady_clock::time_point dueAt_ = std::chrono::steady_clock::time_point::max();
   bool stopping_ = false;
 };
 
