@@ -163,7 +163,7 @@ SqliteProvider::SqliteProvider(const std::string& file, const ConnectionSpec& sp
   sqlite3_exec(db_, "PRAGMA synchronous=NORMAL", nullptr, nullptr, nullptr);
   grouping_ = GroupedCommits();
   group_ = std::make_unique<WriteGroup>(
-      mutex_, [this] { CommitGroupLocked(); }, "SQLite " + file_);
+      mutex_, [this] { CommitIfDue(); }, "SQLite " + file_);
   {
     auto& files = TheOpenFiles();
     std::lock_guard lock(files.mutex);
@@ -244,6 +244,14 @@ void SqliteProvider::Release(std::unique_ptr<SqliteStatement> statement) {
     sqlite3_reset(statement->stmt);
     sqlite3_clear_bindings(statement->stmt);
   }
+  if (statement->reading) {
+    EndRead(*statement);
+    try {
+      CommitIfDue();
+    } catch (const VbError&) {
+      // The group is lost with the store's text; Fate tells whoever wrote to it.
+    }
+  }
   statement->produced = 0;
   statement->done = false;
   if (spare_.empty()) {
@@ -321,6 +329,8 @@ ExecuteResult SqliteProvider::Execute(const std::string& sql, std::span<const Va
     // writes (a PRAGMA that sets) belongs to the group from its first row.
     if (writes) BeforeWrite();
     s->maxRows = maxRows;
+    s->reading = true;
+    ++reads_;
     ++queriesRun_;
     result.cursor = std::make_unique<SqliteCursor>(*this, std::move(s));
     return result;
@@ -361,11 +371,13 @@ std::size_t SqliteProvider::FetchRows(SqliteStatement& s, std::vector<Row>& rows
       s.done = true;
       // A finished read gives its snapshot back at once.
       sqlite3_reset(s.stmt);
+      EndRead(s);
       break;
     }
     if (rc != SQLITE_ROW) {
       std::string message = sqlite3_errmsg(db_);
       sqlite3_reset(s.stmt);
+      EndRead(s);
       s.done = true;
       throw VbError(kErrStatementRefused,
                     "[SQLite]" + message + " (" + std::to_string(rc & 0xff) + ")", kSource);
@@ -413,7 +425,18 @@ void SqliteProvider::AfterWrite(bool succeeded, const std::string& failure) {
     return;
   }
   if (succeeded) group_->Wrote();
-  if (group_->Due()) CommitGroupLocked();
+  CommitIfDue();
+}
+
+void SqliteProvider::CommitIfDue() {
+  if (group_->Due() && (reads_ == 0 || group_->Overdue())) CommitGroupLocked();
+}
+
+void SqliteProvider::EndRead(SqliteStatement& s) {
+  if (!s.reading) return;
+  s.reading = false;
+  --reads_;
+  assert(reads_ >= 0);
 }
 
 void SqliteProvider::CommitGroupLocked() {

@@ -88,6 +88,14 @@ class SqliteProvider : public Provider {
   // `failure` is the store's text of a write that did not go through.
   void AfterWrite(bool succeeded, const std::string& failure = {});
   void CommitGroupLocked();
+  // Commits the group when it is due, unless a read under way would keep its
+  // snapshot over the commit: the WAL could then not be checkpointed past
+  // the group and would grow for the whole run (an update by key commits
+  // while its SELECT is open). Such a group waits for the read to end, but
+  // not beyond twice the group's age.
+  void CommitIfDue();
+  // A cursor's statement has finished or is given back: its snapshot ends.
+  void EndRead(SqliteStatement& s);
   std::string DeclaredType(const std::string& table, const std::string& column);
 
   sqlite3* db_ = nullptr;
@@ -105,6 +113,7 @@ class SqliteProvider : public Provider {
   std::optional<Prepared> lastPrepared_;
   std::map<std::string, std::map<std::string, std::string>> declared_;
   std::uint64_t queriesRun_ = 0;
+  int reads_ = 0;  // statements with reading set
 
   bool grouping_ = true;
   bool userTransaction_ = false;

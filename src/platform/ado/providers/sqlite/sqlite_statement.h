@@ -20,6 +20,7 @@ struct SqliteStatement {
   std::int64_t maxRows = 0;   // of the read under way; 0 for no limit
   std::int64_t produced = 0;  // rows read so far
   bool done = false;
+  bool reading = false;  // a cursor reads it and it may hold the connection's snapshot
   SqliteStatement() = default;
   SqliteStatement(const SqliteStatement&) = delete;
   SqliteStatement& operator=(const SqliteStatement&) = delete;
