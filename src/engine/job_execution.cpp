@@ -119,6 +119,7 @@ class CEngine::JobRun {
     std::vector<Variant> values;
   };
   std::deque<Waiting> waiting_;
+  static constexpr std::size_t kSpareValues = 16384;
   std::vector<std::vector<Variant>> spareValues_;  // of settled records, used again
   std::vector<std::string> sourceNames_;           // of the waiting records' values
   script::ScriptModule* module_ = nullptr;
@@ -371,19 +372,19 @@ void CEngine::JobRun::KeepRefused(const std::string& text) {
 void CEngine::JobRun::WriteWentThrough() {
   if (const std::uint64_t group = dstDb_.WriteGroup(); group != 0) {
     Waiting record{inRecord_, group, {}};
-    // The vector of a record settled before, with its room.
+    // The values of a record settled before, with their room.
     if (!spareValues_.empty()) {
       record.values = std::move(spareValues_.back());
       spareValues_.pop_back();
-      record.values.clear();
     }
     try {
       const ado::Fields& fields = src_.Recordset->GetFields();
       if (sourceNames_.empty())
         for (const ado::FieldPtr& field : fields) sourceNames_.push_back(field->Name());
-      record.values.reserve(sourceNames_.size());
       src_.Recordset->CurrentValues(record.values);
     } catch (const VbError&) {
+      // No values rather than another record's.
+      record.values.clear();
       Err().Clear();
     }
     waiting_.push_back(std::move(record));
@@ -407,7 +408,9 @@ void CEngine::JobRun::SettleWrites() {
     } else {
       e_.rejects_.Add(job_.Caption, first.record, text, AsText(first.values));
     }
-    if (spareValues_.size() < 64) spareValues_.push_back(std::move(first.values));
+    // As many as a group holds: the next group's records take their place
+    // without allocating.
+    if (spareValues_.size() < kSpareValues) spareValues_.push_back(std::move(first.values));
     waiting_.pop_front();
   }
 }

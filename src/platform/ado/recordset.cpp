@@ -611,8 +611,10 @@ Variant Recordset::FieldValue(std::size_t index) {
 void Recordset::CurrentValues(std::vector<Variant>& values) {
   CheckOpen();
   const Record& r = Current();
-  for (std::size_t i = 0; i < static_cast<std::size_t>(fields_->Count()); ++i)
-    values.push_back(i < r.values.size() ? r.values[i] : Variant::Null());
+  const auto count = static_cast<std::size_t>(fields_->Count());
+  values.resize(count);
+  for (std::size_t i = 0; i < count; ++i)
+    values[i] = i < r.values.size() ? r.values[i] : Variant::Null();
 }
 
 Variant Recordset::FieldOriginalValue(std::size_t index) {

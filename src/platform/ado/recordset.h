@@ -84,8 +84,9 @@ class Recordset : public Object {
   // For Connection.OpenSchema: opens an in-memory record set with these rows.
   void OpenInMemory(const std::vector<ColumnInfo>& columns, std::vector<Row> rows);
 
-  // The values of the current record, field by field, appended to `values`
-  // (what each Field's Value answers); raises as Value does.
+  // The values of the current record, field by field, into `values` (what
+  // each Field's Value answers); its elements are assigned, so that texts
+  // already there lend their room. Raises as Value does.
   void CurrentValues(std::vector<Variant>& values);
 
   // Used by Field.
