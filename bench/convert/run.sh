@@ -3,7 +3,8 @@
 # into a new SQLite database by insert.cpf (generated script, table created,
 # plain insert), then BENCH_UPDATE_ROWS of them updated by key with
 # update.cpf. Each is timed beside sqlite3 and ogr2ogr on the same file, with
-# the peak memory of every process. Ketrova's insert also runs on a tenth of
+# the peak memory of every process; the update also beside bare_update.py,
+# a Python loop of just the SELECT and UPDATE per row (SQLite's own share). Ketrova's insert also runs on a tenth of
 # the rows: its peak memory must not grow with the number of records. Then
 # BENCH_PG_ROWS of the people go into a throwaway PostgreSQL server
 # (scripts/test-servers.sh) beside ogr2ogr and psql's \copy; their CPU is the
@@ -100,12 +101,16 @@ measure "ogr2ogr ($rows)" "$work/full" ogr2ogr -f SQLite ogr2ogr.sqlite daten/pe
 for db in ketrova.sqlite sqlite3.sqlite ogr2ogr.sqlite; do
   [ -f "$work/full/$db" ] && sqlite3 "$work/full/$db" "CREATE UNIQUE INDEX Personen_Nr ON Personen (Nr)" || true
 done
+# The bare loop works on a copy of ketrova's table as it was before the update.
+cp "$work/full/ketrova.sqlite" "$work/full/bare.sqlite"
 measure "ketrova update ($update_rows)" "$work/full" "$ketrova" run update.cpf --quiet --yes
 measure "sqlite3 update ($update_rows)" "$work/full" sqlite3 sqlite3.sqlite \
   ".separator ;" ".import daten/aenderungen.csv Aenderungen" \
   "UPDATE Personen SET Name = a.Name, Vorname = a.Vorname, Strasse = a.Strasse, PLZ = a.PLZ, Ort = a.Ort,
      Geburtstag = a.Geburtstag, Umsatz = a.Umsatz, Menge = a.Menge, Status = a.Status
    FROM Aenderungen a WHERE Personen.Nr = a.Nr"
+measure "bare SQLite update loop ($update_rows)" "$work/full" /usr/bin/python3 "$here/bare_update.py" \
+  bare.sqlite daten/aenderungen.csv
 
 # PostgreSQL: the people into a server of their own, by ketrova (insert.cpf
 # with the data source ketrova_pg as target), ogr2ogr and psql's \copy.
@@ -150,7 +155,7 @@ fi
 
 # What each target holds afterwards: rows, and rows carrying the update.
 echo
-for db in ketrova sqlite3 ogr2ogr; do
+for db in ketrova sqlite3 bare ogr2ogr; do
   f="$work/full/$db.sqlite"
   [ -f "$f" ] || continue
   printf '  %-8s rows %s, updated %s\n' "$db" \
@@ -189,7 +194,7 @@ for r in "${results[@]}"; do
       if [ -n "$base_insert" ] && [ "$base_insert" != failed ]; then
         ratio insert "$base_insert" "$cpu_insert" "$label" "$secs" "$cpu"
       fi ;;
-    sqlite3\ update*)
+    sqlite3\ update* | bare\ SQLite\ update*)
       if [ -n "$base_update" ] && [ "$base_update" != failed ]; then
         ratio update "$base_update" "$cpu_update" "$label" "$secs" "$cpu"
       fi ;;
