@@ -21,8 +21,9 @@ packages=(
   mdbtools-dev mdbtools libshp-dev python3-dbf pxlib-dev
   # throwaway database servers for the server tests
   postgresql mariadb-server mariadb-client
-  # the peers of the conversion benchmark (scripts/bench.sh) and its clock
-  gdal-bin time
+  # the peers of the conversion benchmark (scripts/bench.sh) and its clock; libpq's
+  # headers build its bare loop of one round trip per row
+  gdal-bin time libpq-dev
   # independent writers and readers of vCard folders for the contact store tests
   python3-vobject khard
   # locales for the regional-settings tests

@@ -7,8 +7,9 @@
 # a Python loop of just the SELECT and UPDATE per row (SQLite's own share). Ketrova's insert also runs on a tenth of
 # the rows: its peak memory must not grow with the number of records. Then
 # BENCH_PG_ROWS of the people go into a throwaway PostgreSQL server
-# (scripts/test-servers.sh) beside ogr2ogr and psql's \copy; their CPU is the
-# client's and the server's together.
+# (scripts/test-servers.sh) beside ogr2ogr, psql's \copy and bare_insert_pg.c
+# (one prepared INSERT per row through libpq, the round trips alone); their
+# CPU is the client's and the server's together.
 #
 # Sizes: BENCH_ROWS (default 1000000), BENCH_UPDATE_ROWS (default 100000),
 # BENCH_SMALL_ROWS (default BENCH_ROWS / 10), BENCH_PG_ROWS (default 100000;
@@ -37,6 +38,7 @@ command -v ogr2ogr >/dev/null || need+=(gdal-bin)
 [ -x /usr/bin/time ] || need+=(time)
 command -v sqlite3 >/dev/null || need+=(sqlite3)
 command -v psql >/dev/null || need+=(postgresql-client)
+pkg-config --exists libpq 2>/dev/null || need+=(libpq-dev)
 if [ ${#need[@]} -gt 0 ]; then
   sudo=""
   if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi
@@ -142,12 +144,20 @@ if [ "$pg_rows" -gt 0 ]; then
     server_cpu_before=$(server_cpu)
     measure "psql copy into PostgreSQL ($pg_rows)" "$work/pg" $pg \
       -c "\\copy personen_copy FROM 'daten/personen.csv' WITH (FORMAT csv, DELIMITER ';', HEADER)"
+    # One round trip per row and nothing else, through libpq itself.
+    cc -O2 -o "$work/bare_insert_pg" "$here/bare_insert_pg.c" $(pkg-config --cflags --libs libpq)
+    $pg -c "CREATE TABLE personen_bare (LIKE personen_copy)"
+    server_cpu_before=$(server_cpu)
+    measure "bare libpq insert loop ($pg_rows)" "$work/pg" "$work/bare_insert_pg" \
+      "host=127.0.0.1 port=$KETROVA_PG_PORT user=$KETROVA_TEST_USER dbname=$KETROVA_TEST_DB" \
+      personen_bare daten/personen.csv
     unset server_cpu_before
     echo
-    printf '  PostgreSQL rows: ketrova %s, ogr2ogr %s, psql %s\n' \
+    printf '  PostgreSQL rows: ketrova %s, ogr2ogr %s, psql %s, bare loop %s\n' \
       "$($pg -At -c 'SELECT COUNT(*) FROM "Personen"' 2>/dev/null || echo '?')" \
       "$($pg -At -c 'SELECT COUNT(*) FROM personen_ogr' 2>/dev/null || echo '?')" \
-      "$($pg -At -c 'SELECT COUNT(*) FROM personen_copy' 2>/dev/null || echo '?')"
+      "$($pg -At -c 'SELECT COUNT(*) FROM personen_copy' 2>/dev/null || echo '?')" \
+      "$($pg -At -c 'SELECT COUNT(*) FROM personen_bare' 2>/dev/null || echo '?')"
   else
     echo "bench: no PostgreSQL server, its part is left out" >&2
   fi
@@ -198,7 +208,7 @@ for r in "${results[@]}"; do
       if [ -n "$base_update" ] && [ "$base_update" != failed ]; then
         ratio update "$base_update" "$cpu_update" "$label" "$secs" "$cpu"
       fi ;;
-    "ogr2ogr into PostgreSQL"* | "psql copy into PostgreSQL"*)
+    "ogr2ogr into PostgreSQL"* | "psql copy into PostgreSQL"* | "bare libpq insert"*)
       if [ -n "$base_pg" ] && [ "$base_pg" != failed ]; then
         ratio postgres "$base_pg" "$cpu_pg" "$label" "$secs" "$cpu"
       fi ;;
