@@ -278,19 +278,22 @@ std::shared_ptr<const std::vector<ColumnInfo>> SqliteProvider::Prepare(const std
   if (IsDdlStatement(sql) || IsTransactionStatement(sql)) return nullptr;
   auto parameterized = WithTrailingParameter(sql);
   const std::string& statement = parameterized ? parameterized->first : sql;
+  // An update by key opens its target with another literal per record: the
+  // same statement has the same columns.
+  std::optional<Variant> parameter;
+  if (parameterized) parameter = std::move(parameterized->second);
+  if (lastPrepared_ && lastPrepared_->statement == statement) {
+    lastPrepared_->sql = sql;
+    lastPrepared_->parameter = std::move(parameter);
+    return lastPrepared_->columns;
+  }
   auto s = Acquire(statement);
   if (!s->stmt || !s->readOnly) {
     Release(std::move(s));
     return nullptr;
   }
-  // An update by key opens its target with another literal per record: the
-  // same statement has the same columns.
-  if (lastPrepared_ && lastPrepared_->statement == statement) {
-    lastPrepared_->sql = sql;
-  } else {
-    lastPrepared_.emplace(
-        Prepared{sql, statement, std::make_shared<const std::vector<ColumnInfo>>(s->columns)});
-  }
+  lastPrepared_.emplace(Prepared{sql, statement, std::move(parameter),
+                                 std::make_shared<const std::vector<ColumnInfo>>(s->columns)});
   Release(std::move(s));
   return lastPrepared_->columns;
 }
@@ -307,9 +310,19 @@ ExecuteResult SqliteProvider::Execute(const std::string& sql, std::span<const Va
   }
   if (IsTransactionStatement(sql)) CommitGroupLocked();
   std::optional<std::pair<std::string, Variant>> parameterized;
-  if (params.empty()) parameterized = WithTrailingParameter(sql);
-  if (parameterized) params = std::span<const Variant>(&parameterized->second, 1);
-  auto s = Acquire(parameterized ? parameterized->first : sql);
+  const std::string* statement = &sql;
+  if (params.empty()) {
+    if (lastPrepared_ && lastPrepared_->sql == sql) {
+      // The text the record set's open described a moment ago.
+      statement = &lastPrepared_->statement;
+      if (lastPrepared_->parameter)
+        params = std::span<const Variant>(&*lastPrepared_->parameter, 1);
+    } else if ((parameterized = WithTrailingParameter(sql))) {
+      statement = &parameterized->first;
+      params = std::span<const Variant>(&parameterized->second, 1);
+    }
+  }
+  auto s = Acquire(*statement);
   ExecuteResult result;
   if (!s->stmt) return result;
   sqlite3_stmt* stmt = s->stmt;

@@ -104,10 +104,12 @@ class SqliteProvider : public Provider {
   std::list<std::unique_ptr<SqliteStatement>> idle_;
   std::list<std::unique_ptr<SqliteStatement>> spare_;  // empty elements for idle_
   // The text Prepare described last, the statement prepared for it (with a
-  // trailing literal made a parameter) and its columns.
+  // trailing literal made a parameter, and that literal's value) and its
+  // columns. Execute of the same text takes the statement from here.
   struct Prepared {
     std::string sql;
     std::string statement;
+    std::optional<Variant> parameter;
     std::shared_ptr<const std::vector<ColumnInfo>> columns;
   };
   std::optional<Prepared> lastPrepared_;
