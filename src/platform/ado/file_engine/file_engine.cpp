@@ -6,6 +6,7 @@
 #include "platform/ado/file_engine/csv_module.h"
 #include "platform/ado/file_engine/like_function.h"
 #include "platform/ado/file_engine/sql_rewrite.h"
+#include "platform/ado/sqlite_library.h"
 #include "support/vb_error.h"
 
 namespace ketrova::file_engine {
@@ -73,6 +74,7 @@ bool Statement::Step() {
 // own locking is left out.
 FileEngine::FileEngine(TableResolver resolver, std::string source)
     : resolver_(std::move(resolver)), source_(std::move(source)) {
+  ado::SetUpSqliteLibrary();
   int rc = sqlite3_open_v2(
       ":memory:", &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
   if (rc != SQLITE_OK) {

@@ -19,6 +19,7 @@
 #include "platform/ado/providers/sqlite/sqlite_statement.h"
 #include "platform/ado/providers/sqlite/sqlite_values.h"
 #include "platform/ado/sql_tokens.h"
+#include "platform/ado/sqlite_library.h"
 #include "support/collection.h"
 #include "support/text.h"
 #include "support/utf8.h"
@@ -145,6 +146,7 @@ SqliteProvider::SqliteProvider(const std::string& file, const ConnectionSpec& sp
   std::error_code ec;
   std::filesystem::path absolute = std::filesystem::absolute(file, ec);
   file_ = ec ? file : absolute.lexically_normal().string();
+  SetUpSqliteLibrary();
   int rc =
       sqlite3_open_v2(file.c_str(), &db_,
                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
