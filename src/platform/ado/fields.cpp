@@ -46,7 +46,7 @@ bool IsTruthWord(const Variant& v) {
 }
 
 // The value as the field's type holds it; VB's conversions decide what fits.
-Variant ConvertForField(const Variant& v, DataTypeEnum type) {
+Variant ConvertForField(Variant v, DataTypeEnum type) {
   if (v.IsNull() || v.IsEmpty()) return Variant::Null();
   if (v.IsArray()) return v;
   switch (type) {
@@ -94,7 +94,7 @@ Variant ConvertForField(const Variant& v, DataTypeEnum type) {
     case adLongVarBinary:
       return v;
     default:
-      if (IsTextType(type)) return Variant(v.ToText());
+      if (IsTextType(type)) return v.IsString() ? std::move(v) : Variant(v.ToText());
       return v;
   }
 }
@@ -122,11 +122,11 @@ Variant Field::Value() const {
   return owner_->FieldValue(index_);
 }
 
-void Field::SetValue(const Variant& value) {
+void Field::SetValue(Variant value) {
   if (!owner_) ThrowAdoError(AdoError::kObjectClosed, "ADODB.Fields");
   Variant converted;
   try {
-    converted = ConvertForField(value, info_.type);
+    converted = ConvertForField(std::move(value), info_.type);
   } catch (const VbError& e) {
     throw VbError(kErrMultipleStep,
                   std::string(AdoErrorOf(AdoError::kMultipleStep).text) + " (" + info_.name + ": " +

@@ -40,7 +40,8 @@ class Field : public Object {
   Variant Value() const;
   // Converts to the field's type, as a provider does on assignment; a value
   // that does not convert raises -2147217887 with the conversion's reason.
-  void SetValue(const Variant& value);
+  // A text handed over (moved) into a text field is kept, not copied.
+  void SetValue(Variant value);
   // The value as read from the store (before the pending change).
   Variant OriginalValue() const;
   // The value as the store holds it now (the last read; no round trip).

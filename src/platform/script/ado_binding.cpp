@@ -22,6 +22,10 @@ Variant PlainValue(const Variant& v) {
   if (!v.IsObject() || v.IsNothing()) return v;
   return v.AsObject()->Invoke(kDispIdValue, InvokeKind::kPropertyGet, {});
 }
+Variant PlainValue(Variant&& v) {
+  if (!v.IsObject() || v.IsNothing()) return std::move(v);
+  return v.AsObject()->Invoke(kDispIdValue, InvokeKind::kPropertyGet, {});
+}
 
 class ScriptView {
  public:
@@ -47,7 +51,8 @@ class FieldView : public BoundObject<FieldView>, public ScriptView {
       if (kind == InvokeKind::kPropertyGet && args.empty()) return ForScript(field_->Value());
       if ((kind == InvokeKind::kPropertyPut || kind == InvokeKind::kPropertyPutRef) &&
           args.size() == 1) {
-        field_->SetValue(PlainValue(args[0]));
+        // The value put is the caller's to give away: nothing reads it after.
+        field_->SetValue(PlainValue(std::move(args[0])));
         return {};
       }
     }
