@@ -6,11 +6,13 @@
 
 #include "platform/ado/enums.h"
 #include "platform/ado/file_engine/sql_rewrite.h"
+#include "platform/ado/sqlite_library.h"
 #include "support/vb_error.h"
 
 namespace ketrova::file_engine {
 
 DeclaredTable ParseCreateTable(std::string_view sql, const std::string& source) {
+  ado::SetUpSqliteLibrary();
   sqlite3* scratch = nullptr;
   int rc = sqlite3_open(":memory:", &scratch);
   std::unique_ptr<sqlite3, int (*)(sqlite3*)> guard(scratch, sqlite3_close);
