@@ -54,7 +54,7 @@ bool WriteGroup::Due() const {
 }
 
 bool WriteGroup::Overdue() const {
-  return open_ && std::chrono::steady_clock::now() - start_ >= 2 * kAge;
+  return open_ && std::chrono::steady_clock::now() - start_ >= kAge + kGrace;
 }
 
 void WriteGroup::Committed() {
@@ -118,7 +118,7 @@ bool WriteGroup::TryCommit() {
   // Still open: the provider could not commit now; it is asked again after
   // another while or when nudged.
   if (open_) {
-    retry_ = std::chrono::steady_clock::now() + kAge;
+    retry_ = std::chrono::steady_clock::now() + (Overdue() ? kAge : kGrace);
     Reschedule();
   }
   return true;

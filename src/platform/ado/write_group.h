@@ -37,11 +37,13 @@ class WriteGroup {
  public:
   static constexpr auto kAge = std::chrono::milliseconds(100);
   static constexpr std::uint64_t kWrites = 10000;
+  // How long a due group may wait for a better moment (see Overdue).
+  static constexpr auto kGrace = std::chrono::milliseconds(10);
 
   // `commit` commits the open group (it calls Committed) or, when it cannot
-  // now, leaves it open: the timer asks again after another kAge or when
-  // Nudge is called. It raises VbError when the commit fails. `store` names
-  // the connection in the messages on stderr.
+  // now, leaves it open: the timer asks again (after kGrace the first time,
+  // then after another kAge) or when Nudge is called. It raises VbError when
+  // the commit fails. `store` names the connection in the messages on stderr.
   WriteGroup(std::recursive_mutex& mutex, std::function<void()> commit, std::string store);
   ~WriteGroup();
   WriteGroup(const WriteGroup&) = delete;
@@ -74,7 +76,8 @@ class WriteGroup {
   std::uint64_t LastWrite() const { return lastWrite_; }
   Provider::GroupFate Fate(std::uint64_t group, std::string& text) const;
   // Whether the open group should be committed now; Overdue when it has
-  // waited twice as long as a group may.
+  // been due for kGrace, so that a provider that put it off for a better
+  // moment commits it anyway.
   bool Due() const;
   bool Overdue() const;
   // The group was committed.

@@ -142,6 +142,13 @@ TEST_P(GroupedWrites, AnUpdateByKeyLeavesTheWalToBeCheckpointed) {
   // Every group changes most of the table's ~1 MB; a WAL checkpointed after
   // each holds one group, one that cannot be grows by all of them.
   EXPECT_LT(largest, std::uintmax_t{3} << 20);
+  // A read that stays open puts the commit off only briefly.
+  auto rs = db->Execute("SELECT * FROM [G] WHERE [Nr] = 1");
+  ASSERT_FALSE(rs->Eof());
+  db->Execute("INSERT INTO [G] VALUES (-1, 'neu')");
+  Wait();
+  EXPECT_EQ(OutsideCount("G WHERE [Nr] = -1"), 1);
+  rs->Close();
 }
 
 TEST_P(GroupedWrites, AUserTransactionIsNotMixedWithAGroup) {

@@ -92,7 +92,7 @@ class SqliteProvider : public Provider {
   // snapshot over the commit: the WAL could then not be checkpointed past
   // the group and would grow for the whole run (an update by key commits
   // while its SELECT is open). Such a group waits for the read to end, but
-  // not beyond twice the group's age.
+  // no longer than WriteGroup::kGrace.
   void CommitIfDue();
   // A cursor's statement has finished or is given back: its snapshot ends.
   void EndRead(SqliteStatement& s);
