@@ -173,7 +173,24 @@ bool CDatabase::IsFileBased() {
 }
 
 std::int32_t CDatabase::DatabaseTypeNative(const std::string& szConnection) {
-  std::string text = szConnection.empty() ? ConnectionString() : szConnection;
+  const bool own = szConnection.empty();
+  if (own && nativeMemo_ && nativeMemo_->databaseType == DatabaseType &&
+      nativeMemo_->dataSourceName == DataSourceName && nativeMemo_->userName == UserName &&
+      nativeMemo_->password == Password && nativeMemo_->databaseName == DatabaseName &&
+      nativeMemo_->driverName == DriverName && nativeMemo_->serverName == ServerName &&
+      nativeMemo_->portAdress == PortAdress && nativeMemo_->databaseFileName == DatabaseFileName)
+    return nativeMemo_->answer;
+  if (own) {
+    std::int32_t answer = NativeTypeOfText(ConnectionString());
+    nativeMemo_ =
+        NativeTypeMemo{DatabaseType, DataSourceName, UserName,   Password,         DatabaseName,
+                       DriverName,   ServerName,     PortAdress, DatabaseFileName, answer};
+    return answer;
+  }
+  return NativeTypeOfText(szConnection);
+}
+
+std::int32_t CDatabase::NativeTypeOfText(const std::string& text) {
   // Statements ask for the type per record; the look-up in the ODBC
   // configuration is made once per text until the store opens again.
   auto known = nativeTypes_.find(text);

@@ -11,6 +11,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <pugixml.hpp>
 #include <string>
 #include <utility>
@@ -205,9 +206,21 @@ class CDatabase {
 
   // The TDataBaseType of a store code of GetDatabaseTypeFromConnectString.
   static std::int32_t NativeTypeOfCode(std::int32_t code);
+  // The native type of a connection text (kept per text in nativeTypes_).
+  std::int32_t NativeTypeOfText(const std::string& text);
 
   std::unique_ptr<CDatabaseObjects> objects_;
   std::map<std::string, std::int32_t> nativeTypes_;  // connection text -> native type
+  // The native type of the store's own connection text, with what that text
+  // was made of: statements ask for it once or twice per record, and making
+  // the text costs more than comparing its parts.
+  struct NativeTypeMemo {
+    std::int32_t databaseType;
+    std::string dataSourceName, userName, password, databaseName, driverName, serverName,
+        portAdress, databaseFileName;
+    std::int32_t answer;
+  };
+  std::optional<NativeTypeMemo> nativeMemo_;
   std::string connectionString_;
   std::string lastErrorMessage_;
   std::string refusedWrite_;

@@ -90,6 +90,7 @@ void CDatabase::Open() {
     CloseConnection(Connection.get());
     active_ = false;
     nativeTypes_.clear();  // the ODBC configuration may have changed
+    nativeMemo_.reset();
     connection = ConnectionString();
     if (DatabaseType == dbtOutlook) {
       OpenOutlook();
