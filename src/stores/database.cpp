@@ -173,21 +173,11 @@ bool CDatabase::IsFileBased() {
 }
 
 std::int32_t CDatabase::DatabaseTypeNative(const std::string& szConnection) {
-  const bool own = szConnection.empty();
-  if (own && nativeMemo_ && nativeMemo_->databaseType == DatabaseType &&
-      nativeMemo_->dataSourceName == DataSourceName && nativeMemo_->userName == UserName &&
-      nativeMemo_->password == Password && nativeMemo_->databaseName == DatabaseName &&
-      nativeMemo_->driverName == DriverName && nativeMemo_->serverName == ServerName &&
-      nativeMemo_->portAdress == PortAdress && nativeMemo_->databaseFileName == DatabaseFileName)
-    return nativeMemo_->answer;
-  if (own) {
-    std::int32_t answer = NativeTypeOfText(ConnectionString());
-    nativeMemo_ =
-        NativeTypeMemo{DatabaseType, DataSourceName, UserName,   Password,         DatabaseName,
-                       DriverName,   ServerName,     PortAdress, DatabaseFileName, answer};
-    return answer;
-  }
-  return NativeTypeOfText(szConnection);
+  if (!szConnection.empty()) return NativeTypeOfText(szConnection);
+  if (nativeMemo_ && nativeMemo_->first == PartsOfConnection()) return nativeMemo_->second;
+  const std::int32_t answer = NativeTypeOfText(ConnectionString());
+  nativeMemo_.emplace(PartsOfConnection(), answer);
+  return answer;
 }
 
 std::int32_t CDatabase::NativeTypeOfText(const std::string& text) {

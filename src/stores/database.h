@@ -14,6 +14,7 @@
 #include <optional>
 #include <pugixml.hpp>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "core/enums.h"
@@ -214,13 +215,15 @@ class CDatabase {
   // The native type of the store's own connection text, with what that text
   // was made of: statements ask for it once or twice per record, and making
   // the text costs more than comparing its parts.
-  struct NativeTypeMemo {
-    std::int32_t databaseType;
-    std::string dataSourceName, userName, password, databaseName, driverName, serverName,
-        portAdress, databaseFileName;
-    std::int32_t answer;
-  };
-  std::optional<NativeTypeMemo> nativeMemo_;
+  using ConnectionParts =
+      std::tuple<std::int32_t, std::string, std::string, std::string, std::string, std::string,
+                 std::string, std::string, std::string>;
+  // The parts ConnectionString is made of, as references for comparing.
+  auto PartsOfConnection() const {
+    return std::tie(DatabaseType, DataSourceName, UserName, Password, DatabaseName, DriverName,
+                    ServerName, PortAdress, DatabaseFileName);
+  }
+  std::optional<std::pair<ConnectionParts, std::int32_t>> nativeMemo_;
   std::string connectionString_;
   std::string lastErrorMessage_;
   std::string refusedWrite_;
