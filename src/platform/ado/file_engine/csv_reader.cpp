@@ -24,6 +24,8 @@ std::string FileLineMessage(const std::filesystem::path& path, std::int64_t line
 
 CsvReader::CsvReader(std::filesystem::path path, CsvDialect dialect)
     : path_(std::move(path)), dialect_(dialect), buffer_(kBufferSize) {
+  ends_field_[static_cast<unsigned char>(dialect_.delimiter)] = true;
+  ends_field_['\n'] = ends_field_['\r'] = true;
   fd_ = ::open(path_.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd_ < 0) {
     throw VbError(ado::kErrGeneral, "Datei " + path_.string() +
@@ -125,10 +127,13 @@ bool CsvReader::Next(CsvRecord& record) {
         const char* start = buffer_.data() + pos_;
         const char* stop = buffer_.data() + len_;
         const char* p = start;
-        while (p < stop && *p != delimiter && *p != '\n' && *p != '\r') {
-          if (static_cast<unsigned char>(*p) >= 0x80) any_high = true;
-          ++p;
+        unsigned char bits = 0;  // every byte's bits or-ed: is one of them high?
+        for (; p < stop; ++p) {
+          const auto b = static_cast<unsigned char>(*p);
+          if (ends_field_[b]) break;
+          bits |= b;
         }
+        if (bits & 0x80) any_high = true;
         field.append(start, p);
         pos_ += static_cast<std::size_t>(p - start);
         if (p == stop) continue;

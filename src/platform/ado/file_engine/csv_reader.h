@@ -14,6 +14,7 @@
 // German description naming the file and the line.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -80,6 +81,7 @@ class CsvReader {
   bool break_seen_ = false;
   std::string line_break_ = "\r\n";
   std::string scratch_;
+  std::array<bool, 256> ends_field_{};  // the delimiter, CR and LF
 };
 
 // The description used for file failures: "Datei <path>, Zeile <n>: <what>".

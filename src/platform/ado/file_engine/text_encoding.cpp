@@ -1,6 +1,7 @@
 #include "platform/ado/file_engine/text_encoding.h"
 
 #include <cstdint>
+#include <cstring>
 
 namespace ketrova::file_engine {
 
@@ -25,24 +26,32 @@ void AppendCodePoint(char32_t cp, std::string& out) {
   }
 }
 
+// The first byte at or after p that is not ASCII, or end. Eight bytes at a
+// time: most text a converter reads is ASCII.
+const unsigned char* SkipAscii(const unsigned char* p, const unsigned char* end) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080ULL;
+  while (end - p >= 8) {
+    std::uint64_t word;
+    std::memcpy(&word, p, sizeof word);
+    if (word & kHighBits) break;
+    p += 8;
+  }
+  while (p < end && *p < 0x80) ++p;
+  return p;
+}
+
 }  // namespace
 
 bool IsAscii(std::string_view bytes) {
-  for (unsigned char c : bytes) {
-    if (c >= 0x80) return false;
-  }
-  return true;
+  const auto* p = reinterpret_cast<const unsigned char*>(bytes.data());
+  return SkipAscii(p, p + bytes.size()) == p + bytes.size();
 }
 
 bool IsValidUtf8(std::string_view bytes) {
   const auto* p = reinterpret_cast<const unsigned char*>(bytes.data());
   const auto* end = p + bytes.size();
-  while (p < end) {
+  while ((p = SkipAscii(p, end)) < end) {
     unsigned char c = *p;
-    if (c < 0x80) {
-      ++p;
-      continue;
-    }
     int extra;
     char32_t cp;
     if (c >= 0xC2 && c <= 0xDF) {
