@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <fstream>
 #include <map>
@@ -60,6 +61,7 @@ struct CsvCursor : sqlite3_vtab_cursor {
   // The file's size when the scan began: lines appended during the scan (by
   // a statement that reads and writes the same file) are not read again.
   std::int64_t end = 0;
+  std::string scratch;  // a value converted for SQLite
 };
 
 // The tables of each connection, for StaleCsvTables.
@@ -152,22 +154,27 @@ int Disconnect(sqlite3_vtab* vtab) {
   return SQLITE_OK;
 }
 
-// Reads the next record and checks that it fits the columns. Surplus fields
-// are accepted only when they are empty (a trailing delimiter).
-void Advance(CsvCursor* cursor) {
-  auto* table = static_cast<CsvTable*>(cursor->pVtab);
-  cursor->eof = !cursor->reader->Next(cursor->record) || cursor->record.offset >= cursor->end;
-  if (cursor->eof) return;
-  const CsvRecord& r = cursor->record;
-  std::size_t columns = table->layout.names.size();
-  for (std::size_t i = columns; i < r.count; ++i) {
-    if (!r.fields[i].empty() || r.quoted[i]) {
+// Reads the next record of a scan that ends at `end` and checks that it fits
+// the columns. Surplus fields are accepted only when they are empty (a
+// trailing delimiter).
+bool ReadRecord(CsvReader& reader, CsvRecord& record, std::int64_t end,
+                const TextTableLayout& layout) {
+  if (!reader.Next(record) || record.offset >= end) return false;
+  const std::size_t columns = layout.names.size();
+  for (std::size_t i = columns; i < record.count; ++i) {
+    if (!record.fields[i].empty() || record.quoted[i]) {
       throw VbError(ado::kErrGeneral,
-                    FileLineMessage(table->layout.file, r.line,
-                                    "zu viele Felder (" + std::to_string(r.count) + " statt " +
+                    FileLineMessage(layout.file, record.line,
+                                    "zu viele Felder (" + std::to_string(record.count) + " statt " +
                                         std::to_string(columns) + ")"));
     }
   }
+  return true;
+}
+
+void Advance(CsvCursor* cursor) {
+  auto* table = static_cast<CsvTable*>(cursor->pVtab);
+  cursor->eof = !ReadRecord(*cursor->reader, cursor->record, cursor->end, table->layout);
 }
 
 int Filter(sqlite3_vtab_cursor* base, int, const char*, int, sqlite3_value**) {
@@ -204,61 +211,37 @@ int Eof(sqlite3_vtab_cursor* base) {
   return static_cast<CsvCursor*>(base)->eof ? 1 : 0;
 }
 
-void ResultText(sqlite3_context* ctx, const std::string& text) {
+// `text` views the whole of a std::string (a field or the scratch text).
+void ResultText(sqlite3_context* ctx, std::string_view text) {
   // Given with its terminator, the copy SQLite makes needs no second
   // allocation when the text is read as a C string; a text with a NUL in it
   // goes by its length.
-  const bool terminated = std::strlen(text.c_str()) == text.size();
-  sqlite3_result_text(ctx, text.c_str(), terminated ? -1 : static_cast<int>(text.size()),
+  assert(text.data()[text.size()] == '\0');
+  const bool terminated = std::strlen(text.data()) == text.size();
+  sqlite3_result_text(ctx, text.data(), terminated ? -1 : static_cast<int>(text.size()),
                       SQLITE_TRANSIENT);
 }
 
 int Column(sqlite3_vtab_cursor* base, sqlite3_context* ctx, int n) {
   auto* cursor = static_cast<CsvCursor*>(base);
   auto* table = static_cast<CsvTable*>(base->pVtab);
-  const CsvRecord& r = cursor->record;
-  auto i = static_cast<std::size_t>(n);
-  if (i >= r.count || (r.fields[i].empty() && !r.quoted[i])) {
-    sqlite3_result_null(ctx);
-    return SQLITE_OK;
-  }
-  const std::string& text = r.fields[i];
-  if (r.quoted[i]) {
-    ResultText(ctx, text);
-    return SQLITE_OK;
-  }
-  switch (table->layout.types[i]) {
-    case ColumnType::kInteger:
-      if (auto v = ParseInteger(text, false)) {
-        sqlite3_result_int64(ctx, *v);
-        return SQLITE_OK;
-      }
-      [[fallthrough]];
-    case ColumnType::kDouble:
-    case ColumnType::kCurrency:
-      if (auto v = ParseNumber(text, false)) {
-        sqlite3_result_double(ctx, *v);
-        return SQLITE_OK;
-      }
+  const auto i = static_cast<std::size_t>(n);
+  std::string& scratch = cursor->scratch;
+  const EngineCell cell = CsvCell(cursor->record, i, table->layout.types[i], scratch);
+  switch (cell.kind) {
+    case EngineCell::Kind::kNull:
+      sqlite3_result_null(ctx);
       break;
-    case ColumnType::kDateTime:
-      if (auto v = ParseDateText(text)) {
-        ResultText(ctx, *v);
-        return SQLITE_OK;
-      }
+    case EngineCell::Kind::kInteger:
+      sqlite3_result_int64(ctx, cell.integer);
       break;
-    case ColumnType::kBoolean:
-      if (auto v = ParseBoolean(text)) {
-        sqlite3_result_int(ctx, *v ? 1 : 0);
-        return SQLITE_OK;
-      }
+    case EngineCell::Kind::kReal:
+      sqlite3_result_double(ctx, cell.real);
       break;
-    case ColumnType::kText:
-    case ColumnType::kMemo:
+    case EngineCell::Kind::kText:
+      ResultText(ctx, cell.text);
       break;
   }
-  // A value that does not read as the column's type stays as it was written.
-  ResultText(ctx, text);
   return SQLITE_OK;
 }
 
@@ -438,6 +421,69 @@ sqlite3_module MakeModule() {
 const sqlite3_module kModule = MakeModule();
 
 }  // namespace
+
+EngineCell CsvCell(const CsvRecord& record, std::size_t i, ColumnType type, std::string& scratch) {
+  EngineCell cell;
+  if (i >= record.count || (record.fields[i].empty() && !record.quoted[i])) return cell;
+  const std::string& text = record.fields[i];
+  cell.kind = EngineCell::Kind::kText;
+  cell.text = text;
+  if (record.quoted[i]) return cell;
+  switch (type) {
+    case ColumnType::kInteger:
+      if (auto v = ParseInteger(text, false)) {
+        cell.kind = EngineCell::Kind::kInteger;
+        cell.integer = *v;
+        return cell;
+      }
+      [[fallthrough]];
+    case ColumnType::kDouble:
+    case ColumnType::kCurrency:
+      if (auto v = ParseNumber(text, false)) {
+        // SQLite would take a NaN for NULL; the parser gives none.
+        assert(*v == *v);
+        cell.kind = EngineCell::Kind::kReal;
+        cell.real = *v;
+      }
+      break;
+    case ColumnType::kDateTime:
+      if (auto v = ParseDateText(text)) {
+        scratch = std::move(*v);
+        cell.text = scratch;
+      }
+      break;
+    case ColumnType::kBoolean:
+      if (auto v = ParseBoolean(text)) {
+        cell.kind = EngineCell::Kind::kInteger;
+        cell.integer = *v ? 1 : 0;
+      }
+      break;
+    case ColumnType::kText:
+    case ColumnType::kMemo:
+      break;
+  }
+  // A value that does not read as the column's type stays as it was written.
+  return cell;
+}
+
+std::unique_ptr<CsvTableScan> CsvTableScan::Open(sqlite3* db, const std::string& table) {
+  std::lock_guard lock(g_tables_mutex);
+  auto tables = g_tables.find(db);
+  if (tables == g_tables.end()) return nullptr;
+  auto it = tables->second.find(table);
+  if (it == tables->second.end()) return nullptr;
+  return std::unique_ptr<CsvTableScan>(new CsvTableScan(it->second->layout));
+}
+
+bool CsvTableScan::Next() {
+  if (!reader_) {
+    // As the virtual table's filter begins a scan.
+    reader_ = std::make_unique<CsvReader>(layout_.file, layout_.dialect);
+    end_ = StampOf(layout_.file).size;
+    reader_->Seek(layout_.data_offset, layout_.data_line);
+  }
+  return ReadRecord(*reader_, record_, end_, layout_);
+}
 
 void RegisterCsvModule(sqlite3* db) {
   sqlite3_create_module_v2(db, kCsvModuleName, &kModule, nullptr, nullptr);

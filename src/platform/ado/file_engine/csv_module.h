@@ -12,8 +12,13 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
+
+#include "platform/ado/file_engine/csv_reader.h"
+#include "platform/ado/file_engine/engine_access.h"
+#include "platform/ado/file_engine/text_table.h"
 
 struct sqlite3;
 
@@ -32,6 +37,41 @@ void SetModuleErrorNumber(std::int32_t number);
 }  // namespace ketrova::file_engine
 
 namespace ketrova::file_engine {
+
+// Field i of a record in a column of `type`, as the module gives it to SQLite:
+// nothing for a missing field or an empty one without quotes, the text of a
+// quoted one, else the field read as the column's type, or its text where it
+// does not read as that. A converted text (a date's ISO form) is kept in
+// `scratch`; the cell borrows from it or from the record.
+EngineCell CsvCell(const CsvRecord& record, std::size_t i, ColumnType type, std::string& scratch);
+
+// A scan of every record of one of the module's tables, read without SQLite:
+// the records and failures a full scan of the virtual table gives, in the same
+// order, for record access to read a plain SELECT of the file at less cost.
+class CsvTableScan {
+ public:
+  // Null when `table` is no table of the module on `db`. The scan keeps what
+  // it needs of the table, which may be dropped while it reads.
+  static std::unique_ptr<CsvTableScan> Open(sqlite3* db, const std::string& table);
+
+  // Steps to the next record, the first one on the first call; false at the
+  // end. Lines appended to the file after the first call are not read. Raises
+  // VbError as the virtual table's scan fails: a record with too many fields,
+  // a quote that is never closed, a file that cannot be read.
+  bool Next();
+  // Column i of the current record, as CsvCell gives it.
+  EngineCell Cell(std::size_t i) { return CsvCell(record_, i, layout_.types[i], scratch_); }
+  std::size_t ColumnCount() const { return layout_.names.size(); }
+
+ private:
+  explicit CsvTableScan(TextTableLayout layout) : layout_(std::move(layout)) {}
+
+  TextTableLayout layout_;
+  std::unique_ptr<CsvReader> reader_;
+  CsvRecord record_;
+  std::int64_t end_ = 0;
+  std::string scratch_;
+};
 
 // Names of the module's tables on `db` whose file was changed from outside so
 // that its columns or their types are no longer what the table declares (or

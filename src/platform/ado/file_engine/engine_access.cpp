@@ -2,13 +2,16 @@
 
 #include <sqlite3.h>
 
+#include <cassert>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
 #include <string_view>
 
+#include "platform/ado/file_engine/csv_module.h"
 #include "platform/ado/file_engine/sql_rewrite.h"
 #include "platform/ado/value_text.h"
+#include "support/vb_error.h"
 
 namespace ketrova::file_engine {
 
@@ -62,6 +65,63 @@ Variant IntegerVariant(sqlite3_int64 v) {
   }
   return Variant(static_cast<double>(v));
 }
+
+// The rows of a plain scan of a delimited text file, read by the module's
+// reader directly: the values and failures SQLite's program for the same
+// statement would give, without the program.
+class CsvScanCursor : public ado::Cursor {
+ public:
+  CsvScanCursor(FileEngine& engine, Statement& statement, const PlainScan& plan,
+                std::unique_ptr<CsvTableScan> scan, std::int64_t maxRows)
+      : plan_(plan),
+        scan_(std::move(scan)),
+        source_(engine.source()),
+        remaining_(maxRows > 0 ? maxRows : -1) {
+    for (int i = 0; i < static_cast<int>(plan_.columns.size()); ++i)
+      columns_.push_back(DescribeResultColumn(statement.handle(), i));
+    for (int column : plan_.columns)
+      assert(column >= 0 && static_cast<std::size_t>(column) < scan_->ColumnCount());
+    has_row_ = remaining_ != 0 && Step();
+  }
+
+  const std::vector<ado::ColumnInfo>& Columns() const override { return columns_; }
+
+  std::size_t Fetch(std::vector<ado::Row>& rows, std::size_t count) override {
+    std::size_t added = 0;
+    while (added < count && has_row_) {
+      ado::Row row;
+      row.reserve(columns_.size());
+      for (std::size_t i = 0; i < columns_.size(); ++i)
+        row.push_back(VariantFromCell(scan_->Cell(static_cast<std::size_t>(plan_.columns[i])),
+                                      columns_[i].type));
+      rows.push_back(std::move(row));
+      ++added;
+      if (remaining_ > 0) --remaining_;
+      has_row_ = remaining_ != 0 && Step();
+    }
+    return added;
+  }
+
+ private:
+  // A failure reaches the caller as the engine reports the module's.
+  bool Step() {
+    try {
+      return scan_->Next();
+    } catch (const VbError& e) {
+      throw VbError(e.Number != 0 ? e.Number : ado::kErrStatementRefused,
+                    e.Description.empty() ? sqlite3_errstr(SQLITE_ERROR) : e.Description, source_);
+    } catch (const std::exception& e) {
+      throw VbError(ado::kErrGeneral, e.what(), source_);
+    }
+  }
+
+  PlainScan plan_;
+  std::unique_ptr<CsvTableScan> scan_;
+  std::string source_;
+  std::vector<ado::ColumnInfo> columns_;
+  std::int64_t remaining_;  // rows still allowed, -1 for no limit
+  bool has_row_ = false;
+};
 
 }  // namespace
 
@@ -136,60 +196,87 @@ ado::ColumnInfo ColumnFromDeclaredType(const std::string& name, const char* full
   return c;
 }
 
+ado::ColumnInfo DescribeResultColumn(sqlite3_stmt* h, int i) {
+  ado::ColumnInfo c =
+      ColumnFromDeclaredType(sqlite3_column_name(h, i), sqlite3_column_decltype(h, i));
+  if (const char* table = sqlite3_column_table_name(h, i)) c.baseTable = table;
+  if (const char* origin = sqlite3_column_origin_name(h, i)) c.baseColumn = origin;
+  return c;
+}
+
+Variant VariantFromCell(const EngineCell& cell, ado::DataTypeEnum type) {
+  switch (cell.kind) {
+    case EngineCell::Kind::kNull:
+      return Variant::Null();
+    case EngineCell::Kind::kInteger: {
+      const std::int64_t v = cell.integer;
+      if (type == ado::adBoolean) return Variant(v != 0);
+      if (type == ado::adDouble) return Variant(static_cast<double>(v));
+      if (type == ado::adCurrency) return Variant::FromCurrency(static_cast<double>(v));
+      return IntegerVariant(v);
+    }
+    case EngineCell::Kind::kReal:
+      if (type == ado::adCurrency) return Variant::FromCurrency(cell.real);
+      return Variant(cell.real);
+    case EngineCell::Kind::kText: {
+      double ole = 0;
+      if (type == ado::adDate && OleDateFromIso(cell.text, ole)) return Variant::FromDate(ole);
+      return Variant(cell.text);
+    }
+  }
+  return Variant::Null();
+}
+
 EngineCursor::EngineCursor(std::unique_ptr<Statement> statement, std::int64_t maxRows)
     : statement_(std::move(statement)), remaining_(maxRows > 0 ? maxRows : -1) {
   sqlite3_stmt* h = statement_->handle();
   has_row_ = remaining_ != 0 && statement_->Step();
   const int n = sqlite3_column_count(h);
   for (int i = 0; i < n; ++i) {
-    const char* declared = sqlite3_column_decltype(h, i);
-    ado::ColumnInfo c = ColumnFromDeclaredType(sqlite3_column_name(h, i), declared);
-    if (declared == nullptr && has_row_) {
+    ado::ColumnInfo c = DescribeResultColumn(h, i);
+    if (sqlite3_column_decltype(h, i) == nullptr && has_row_) {
       // A computed column (COUNT(*), an expression) takes the type of its first value.
+      ado::ColumnInfo typed = c;
       switch (sqlite3_column_type(h, i)) {
         case SQLITE_INTEGER:
-          c = ColumnFromDeclaredType(c.name, "INTEGER");
+          typed = ColumnFromDeclaredType(c.name, "INTEGER");
           break;
         case SQLITE_FLOAT:
-          c = ColumnFromDeclaredType(c.name, "DOUBLE");
+          typed = ColumnFromDeclaredType(c.name, "DOUBLE");
           break;
         default:
           break;
       }
-      c.typeName.clear();
+      typed.typeName.clear();
+      typed.baseTable = std::move(c.baseTable);
+      typed.baseColumn = std::move(c.baseColumn);
+      c = std::move(typed);
     }
-    if (const char* table = sqlite3_column_table_name(h, i)) c.baseTable = table;
-    if (const char* origin = sqlite3_column_origin_name(h, i)) c.baseColumn = origin;
     columns_.push_back(std::move(c));
   }
 }
 
 Variant EngineCursor::Value(int i) const {
   sqlite3_stmt* h = statement_->handle();
-  const auto type = columns_[static_cast<std::size_t>(i)].type;
+  EngineCell cell;
   switch (sqlite3_column_type(h, i)) {
     case SQLITE_NULL:
-      return Variant::Null();
-    case SQLITE_INTEGER: {
-      sqlite3_int64 v = sqlite3_column_int64(h, i);
-      if (type == ado::adBoolean) return Variant(v != 0);
-      if (type == ado::adDouble) return Variant(static_cast<double>(v));
-      if (type == ado::adCurrency) return Variant::FromCurrency(static_cast<double>(v));
-      return IntegerVariant(v);
-    }
-    case SQLITE_FLOAT: {
-      double v = sqlite3_column_double(h, i);
-      if (type == ado::adCurrency) return Variant::FromCurrency(v);
-      return Variant(v);
-    }
-    default: {
-      std::string_view text(reinterpret_cast<const char*>(sqlite3_column_text(h, i)),
-                            static_cast<std::size_t>(sqlite3_column_bytes(h, i)));
-      double ole = 0;
-      if (type == ado::adDate && OleDateFromIso(text, ole)) return Variant::FromDate(ole);
-      return Variant(text);
-    }
+      break;
+    case SQLITE_INTEGER:
+      cell.kind = EngineCell::Kind::kInteger;
+      cell.integer = sqlite3_column_int64(h, i);
+      break;
+    case SQLITE_FLOAT:
+      cell.kind = EngineCell::Kind::kReal;
+      cell.real = sqlite3_column_double(h, i);
+      break;
+    default:
+      cell.kind = EngineCell::Kind::kText;
+      cell.text = std::string_view(reinterpret_cast<const char*>(sqlite3_column_text(h, i)),
+                                   static_cast<std::size_t>(sqlite3_column_bytes(h, i)));
+      break;
   }
+  return VariantFromCell(cell, columns_[static_cast<std::size_t>(i)].type);
 }
 
 std::size_t EngineCursor::Fetch(std::vector<ado::Row>& rows, std::size_t count) {
@@ -248,6 +335,16 @@ ado::ExecuteResult ExecuteStatement(FileEngine& engine, const std::string& sql,
   auto statement = engine.Prepare(sql);
   Bind(statement->handle(), params);
   if (sqlite3_column_count(statement->handle()) > 0) {
+    // A plain SELECT of a text file, the usual source of a job, skips SQLite.
+    if (params.empty()) {
+      if (const PlainScan* plan = engine.PlainScanOf(*statement)) {
+        if (auto scan = CsvTableScan::Open(engine.db(), plan->table)) {
+          result.cursor =
+              std::make_unique<CsvScanCursor>(engine, *statement, *plan, std::move(scan), maxRows);
+          return result;
+        }
+      }
+    }
     result.cursor = std::make_unique<EngineCursor>(std::move(statement), maxRows);
     return result;
   }

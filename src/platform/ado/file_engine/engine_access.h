@@ -17,6 +17,21 @@
 
 namespace ketrova::file_engine {
 
+// A value as the engine's SQL hands it over, in one of SQLite's storage
+// classes. The text is borrowed.
+struct EngineCell {
+  enum class Kind { kNull, kInteger, kReal, kText };
+  Kind kind = Kind::kNull;
+  std::int64_t integer = 0;
+  double real = 0;
+  std::string_view text;
+};
+
+// The Variant record access reads for a value of the engine in a column of
+// `type`: a boolean, double or currency by the column's type, an integer as
+// Long where it fits, a date from its ISO text.
+Variant VariantFromCell(const EngineCell& cell, ado::DataTypeEnum type);
+
 class EngineCursor : public ado::Cursor {
  public:
   // Takes a statement that has not been stepped; steps its first row at once
@@ -46,6 +61,9 @@ std::vector<ado::ColumnInfo> EngineTableColumns(FileEngine& engine, const std::s
 
 // The ADO description of a column declared with a file engine type name.
 ado::ColumnInfo ColumnFromDeclaredType(const std::string& name, const char* declared);
+// The ADO description of result column i of a prepared statement, from its
+// declared type and origin; a computed column is described as text.
+ado::ColumnInfo DescribeResultColumn(sqlite3_stmt* statement, int i);
 
 // The declaration of an ADO type in the engine's terms ("INTEGER", "TEXT" ...).
 std::string EngineTypeSql(ado::DataTypeEnum type);

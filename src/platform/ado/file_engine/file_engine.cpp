@@ -129,6 +129,7 @@ void FileEngine::EnsureTable(const std::string& name) {
 }
 
 void FileEngine::ForgetTable(const std::string& name) {
+  plain_scans_.clear();
   // Idle statements may name the table; they would only be prepared again.
   for (auto& [key, stmt] : idle_) sqlite3_finalize(stmt);
   idle_.clear();
@@ -171,6 +172,77 @@ std::unique_ptr<Statement> FileEngine::Prepare(std::string_view sql) {
   }
   sqlite3_stmt* stmt = PrepareRaw(RewriteFileSql(sql));
   return std::make_unique<Statement>(this, alive_, std::move(key), stmt);
+}
+
+namespace {
+
+// Reads SQLite's program for a statement (EXPLAIN): a plain scan opens one
+// virtual table, loads its columns into the result registers and hands the
+// row over, with nothing else between the loop's ends.
+std::optional<PlainScan> ReadPlainScan(sqlite3* db, sqlite3_stmt* statement) {
+  const char* text = sqlite3_sql(statement);
+  const int results = sqlite3_column_count(statement);
+  if (text == nullptr || results <= 0) return std::nullopt;
+  const std::string explain = std::string("EXPLAIN ") + text;
+  sqlite3_stmt* program = nullptr;
+  if (sqlite3_prepare_v2(db, explain.c_str(), -1, &program, nullptr) != SQLITE_OK) {
+    sqlite3_finalize(program);
+    return std::nullopt;
+  }
+  std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> owned(program, sqlite3_finalize);
+  int cursor = -1, opens = 0, filters = 0, nexts = 0, rows = 0, first_result = 0;
+  std::map<int, int> column_in;  // register -> the table column loaded into it
+  std::map<int, bool> loaded;    // register -> loaded by anything but a column
+  while (sqlite3_step(program) == SQLITE_ROW) {
+    const std::string_view op = reinterpret_cast<const char*>(sqlite3_column_text(program, 1));
+    const int p1 = sqlite3_column_int(program, 2);
+    const int p2 = sqlite3_column_int(program, 3);
+    const int p3 = sqlite3_column_int(program, 4);
+    if (op == "Init" || op == "Goto" || op == "Transaction" || op == "Halt") continue;
+    if (op == "VOpen") {
+      ++opens;
+      cursor = p1;
+    } else if (op == "VFilter") {
+      ++filters;
+    } else if (op == "VNext") {
+      ++nexts;
+    } else if (op == "Integer") {
+      column_in.erase(p2);
+      loaded[p2] = true;
+    } else if (op == "VColumn") {
+      if (p1 != cursor) return std::nullopt;
+      column_in[p3] = p2;
+      loaded.erase(p3);
+    } else if (op == "ResultRow") {
+      ++rows;
+      if (p2 != results) return std::nullopt;
+      first_result = p1;
+    } else {
+      return std::nullopt;
+    }
+  }
+  if (opens != 1 || filters != 1 || nexts != 1 || rows != 1) return std::nullopt;
+  PlainScan scan;
+  for (int i = 0; i < results; ++i) {
+    auto it = column_in.find(first_result + i);
+    if (it == column_in.end() || loaded.count(first_result + i)) return std::nullopt;
+    const char* table = sqlite3_column_table_name(statement, i);
+    if (table == nullptr || (i > 0 && scan.table != table)) return std::nullopt;
+    scan.table = table;
+    scan.columns.push_back(it->second);
+  }
+  return scan;
+}
+
+}  // namespace
+
+const PlainScan* FileEngine::PlainScanOf(const Statement& statement) {
+  const char* text = sqlite3_sql(statement.handle());
+  if (text == nullptr) return nullptr;
+  auto it = plain_scans_.find(std::string_view(text));
+  if (it == plain_scans_.end())
+    it = plain_scans_.emplace(text, ReadPlainScan(db_, statement.handle())).first;
+  return it->second ? &*it->second : nullptr;
 }
 
 std::int64_t FileEngine::Execute(std::string_view sql) {

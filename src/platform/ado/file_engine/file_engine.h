@@ -63,6 +63,14 @@ class Statement {
   sqlite3_stmt* stmt_;
 };
 
+// A statement that reads every row of one table in file order and nothing
+// else: each result column is a column of the table, nothing is computed,
+// filtered, sorted, grouped or limited.
+struct PlainScan {
+  std::string table;         // the table's name in the engine
+  std::vector<int> columns;  // the table's column of each result column
+};
+
 class FileEngine {
  public:
   // `source` names the provider in errors ("Ketrova.Text").
@@ -85,6 +93,12 @@ class FileEngine {
   void ForgetTable(const std::string& name);
 
   [[noreturn]] void RaiseError(int rc, std::string_view sql) const;
+  // The provider's name in errors.
+  const std::string& source() const { return source_; }
+
+  // The statement as a plain scan, or null when it does more. Worked out from
+  // SQLite's program for it, once per statement text while its tables stay.
+  const PlainScan* PlainScanOf(const Statement& statement);
 
  private:
   friend class Statement;
@@ -97,6 +111,7 @@ class FileEngine {
   sqlite3* db_ = nullptr;
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
   std::multimap<std::string, sqlite3_stmt*> idle_;
+  std::map<std::string, std::optional<PlainScan>, std::less<>> plain_scans_;
 };
 
 }  // namespace ketrova::file_engine
