@@ -91,10 +91,13 @@ bool CsvReader::Next(CsvRecord& record) {
       if (record.count == record.fields.size()) {
         record.fields.emplace_back();
         record.quoted.push_back(0);
+        record.high.push_back(0);
       }
       std::string& field = record.fields[record.count];
       field.clear();
       record.quoted[record.count] = 0;
+      char& high = record.high[record.count];
+      high = 0;
       ++record.count;
       int c = Peek();
       if (c == '"') {
@@ -113,7 +116,7 @@ bool CsvReader::Next(CsvRecord& record) {
           }
           if (c == '\n') ++line_;
           if (c == '\r' && Peek() != '\n') ++line_;
-          if (c >= 0x80) any_high = true;
+          if (c >= 0x80) high = 1;
           field.push_back(static_cast<char>(c));
         }
       }
@@ -133,7 +136,7 @@ bool CsvReader::Next(CsvRecord& record) {
           if (ends_field_[b]) break;
           bits |= b;
         }
-        if (bits & 0x80) any_high = true;
+        if (bits & 0x80) high = 1;
         field.append(start, p);
         pos_ += static_cast<std::size_t>(p - start);
         if (p == stop) continue;
@@ -141,20 +144,17 @@ bool CsvReader::Next(CsvRecord& record) {
         ++pos_;
         if (c2 == delimiter) break;
         // A line break ends the record: CR LF, LF, or a lone CR.
-        std::string brk(1, c2);
-        if (c2 == '\r' && Peek() == '\n') {
-          ++pos_;
-          brk = "\r\n";
-        }
+        if (c2 == '\r' && Peek() == '\n') ++pos_;
         if (!break_seen_) {
           break_seen_ = true;
-          line_break_ = brk == "\n" ? "\n" : "\r\n";
+          line_break_ = c2 == '\n' ? "\n" : "\r\n";
         }
         ++line_;
         missing_final_break_ = false;
         ended = true;
         break;
       }
+      if (high) any_high = true;
     }
     record.end = buffer_offset_ + static_cast<std::int64_t>(pos_);
     // A blank line holds no record.
@@ -168,14 +168,14 @@ void CsvReader::Decode(CsvRecord& record) {
   bool as_1252 = dialect_.charset == Charset::kWindows1252;
   if (!as_1252) {
     for (std::size_t i = 0; i < record.count && !as_1252; ++i) {
-      if (!IsValidUtf8(record.fields[i])) as_1252 = true;
+      if (record.high[i] && !IsValidUtf8(record.fields[i])) as_1252 = true;
     }
     if (!as_1252) return;
     if (dialect_.charset == Charset::kUtf8) Fail(record.line, "Zeile ist kein gültiges UTF-8");
   }
   for (std::size_t i = 0; i < record.count; ++i) {
+    if (!record.high[i]) continue;
     std::string& field = record.fields[i];
-    if (IsAscii(field)) continue;
     scratch_.clear();
     std::size_t bad = 0;
     if (!AppendWindows1252AsUtf8(field, scratch_, bad)) {

@@ -35,6 +35,7 @@ struct CsvRecord {
   // reused from record to record).
   std::vector<std::string> fields;
   std::vector<char> quoted;  // the field was written in quotes
+  std::vector<char> high;    // the field has a byte of 0x80 or above
   std::size_t count = 0;
   std::int64_t line = 0;    // 1-based line on which the record starts
   std::int64_t offset = 0;  // byte offset of its first byte
