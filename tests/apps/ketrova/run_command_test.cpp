@@ -287,12 +287,15 @@ TEST_F(RunCommandTest, ALogThatCannotBeWrittenIsNamed) {
 }
 
 TEST_F(RunCommandTest, CtrlCStopsTheRunWithOneHundredThirty) {
-  // Each record takes a while, so that the interrupt comes during the run.
+  // Each record takes a while, so that the interrupt comes during the run:
+  // once the target is being opened, however slowly the machine starts it.
   WriteProject(ScriptWith("\tDim i\r\n\tFor i = 1 To 4000000\r\n\tNext\r\n", "End Function"));
-  const std::string command = "cd '" + folder_.string() +
-                              "' && ('" KETROVA_BINARY
-                              "' run run.cpf --yes </dev/null >out 2>err & pid=$!; sleep 0.5; "
-                              "kill -INT $pid; wait $pid)";
+  const std::string command =
+      "cd '" + folder_.string() +
+      "' && ('" KETROVA_BINARY
+      "' run run.cpf --yes </dev/null >out 2>err & pid=$!; "
+      "for i in $(seq 400); do grep -q 'Zieldatenbank' err && break; sleep 0.05; done; "
+      "sleep 0.2; kill -INT $pid; wait $pid)";
   const int raw = std::system(command.c_str());
   ASSERT_TRUE(WIFEXITED(raw));
   EXPECT_EQ(WEXITSTATUS(raw), 130);
