@@ -14,7 +14,7 @@ c++ -std=c++20 -O2 -Isrc bench/csv_read/csv_read.cpp \
   "$build/src/platform/ado/file_engine/libketrova_file_engine.a" \
   "$build/src/platform/ado/libketrova_ado.a" \
   "$build/src/support/libketrova_support.a" \
-  $(pkg-config --libs sqlite3 odbc uuid) -o "$work/csv_read"
+  $(pkg-config --libs sqlite3 odbc odbcinst uuid) -o "$work/csv_read"
 
 make_csv() {  # lines file
   awk -v n="$1" 'BEGIN {

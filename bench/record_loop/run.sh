@@ -17,7 +17,7 @@ trap cleanup EXIT
 # The benchmark links against the record-access library of the build.
 c++ -std=c++20 -O2 -Isrc bench/record_loop/record_loop.cpp -o "$work/record_loop" \
   "$build/src/platform/ado/libketrova_ado.a" "$build/src/support/libketrova_support.a" \
-  -lodbc -luuid
+  $(pkg-config --libs odbc odbcinst sqlite3 uuid)
 "$work/record_loop" --csv "$work/rows.csv" "$records"
 
 now() { date +%s.%N; }
