@@ -11,6 +11,11 @@
 # (one prepared INSERT per row through libpq, the round trips alone); their
 # CPU is the client's and the server's together.
 #
+# Everything runs BENCH_ROUNDS times (default 2), the tools taking turns, and
+# each figure is the best of its rounds: on a shared virtual machine a run
+# can be half again as slow as the one before, which a single round would
+# put into the ratios.
+#
 # Sizes: BENCH_ROWS (default 1000000), BENCH_UPDATE_ROWS (default 100000),
 # BENCH_SMALL_ROWS (default BENCH_ROWS / 10), BENCH_PG_ROWS (default 100000;
 # 0 leaves PostgreSQL out). Work folder: $KETROVA_BUILD_DIR/bench-convert.
@@ -30,6 +35,7 @@ rows=${BENCH_ROWS:-1000000}
 update_rows=${BENCH_UPDATE_ROWS:-100000}
 pg_rows=${BENCH_PG_ROWS:-100000}
 small_rows=${BENCH_SMALL_ROWS:-$((rows / 10))}
+rounds=${BENCH_ROUNDS:-2}
 work=$(mkdir -p "$build/bench-convert" && cd "$build/bench-convert" && pwd)
 
 # The peers, installed here only: the tests do not need them.
@@ -90,29 +96,32 @@ step=$((rows / update_rows))
 awk -v rows="$update_rows" -v first=1 -v step="$step" -v status=geändert \
   -f "$here/make_csv.awk" >"$work/full/daten/aenderungen.csv"
 
-measure "ketrova insert ($small_rows)" "$work/small" "$ketrova" run insert.cpf --quiet --yes
-measure "ketrova insert ($rows)" "$work/full" "$ketrova" run insert.cpf --quiet --yes
-measure "sqlite3 .import ($rows)" "$work/full" sqlite3 sqlite3.sqlite \
-  ".separator ;" ".import daten/personen.csv Personen"
-measure "ogr2ogr ($rows)" "$work/full" ogr2ogr -f SQLite ogr2ogr.sqlite daten/personen.csv \
-  -nln Personen
+for round in $(seq "$rounds"); do
+  rm -f "$work/small/"*.sqlite* "$work/full/"*.sqlite*
+  measure "ketrova insert ($small_rows)" "$work/small" "$ketrova" run insert.cpf --quiet --yes
+  measure "ketrova insert ($rows)" "$work/full" "$ketrova" run insert.cpf --quiet --yes
+  measure "sqlite3 .import ($rows)" "$work/full" sqlite3 sqlite3.sqlite \
+    ".separator ;" ".import daten/personen.csv Personen"
+  measure "ogr2ogr ($rows)" "$work/full" ogr2ogr -f SQLite ogr2ogr.sqlite daten/personen.csv \
+    -nln Personen
 
-# The update looks each row up by Nr: every target gets the same index.
-# ogr2ogr has no update by key into SQLite (its -upsert serves GeoPackage),
-# so the update is compared with sqlite3 alone.
-for db in ketrova.sqlite sqlite3.sqlite ogr2ogr.sqlite; do
-  [ -f "$work/full/$db" ] && sqlite3 "$work/full/$db" "CREATE UNIQUE INDEX Personen_Nr ON Personen (Nr)" || true
+  # The update looks each row up by Nr: every target gets the same index.
+  # ogr2ogr has no update by key into SQLite (its -upsert serves GeoPackage),
+  # so the update is compared with sqlite3 alone.
+  for db in ketrova.sqlite sqlite3.sqlite ogr2ogr.sqlite; do
+    [ -f "$work/full/$db" ] && sqlite3 "$work/full/$db" "CREATE UNIQUE INDEX Personen_Nr ON Personen (Nr)" || true
+  done
+  # The bare loop works on a copy of ketrova's table as it was before the update.
+  cp "$work/full/ketrova.sqlite" "$work/full/bare.sqlite"
+  measure "ketrova update ($update_rows)" "$work/full" "$ketrova" run update.cpf --quiet --yes
+  measure "sqlite3 update ($update_rows)" "$work/full" sqlite3 sqlite3.sqlite \
+    ".separator ;" ".import daten/aenderungen.csv Aenderungen" \
+    "UPDATE Personen SET Name = a.Name, Vorname = a.Vorname, Strasse = a.Strasse, PLZ = a.PLZ, Ort = a.Ort,
+       Geburtstag = a.Geburtstag, Umsatz = a.Umsatz, Menge = a.Menge, Status = a.Status
+     FROM Aenderungen a WHERE Personen.Nr = a.Nr"
+  measure "bare SQLite update loop ($update_rows)" "$work/full" /usr/bin/python3 "$here/bare_update.py" \
+    bare.sqlite daten/aenderungen.csv
 done
-# The bare loop works on a copy of ketrova's table as it was before the update.
-cp "$work/full/ketrova.sqlite" "$work/full/bare.sqlite"
-measure "ketrova update ($update_rows)" "$work/full" "$ketrova" run update.cpf --quiet --yes
-measure "sqlite3 update ($update_rows)" "$work/full" sqlite3 sqlite3.sqlite \
-  ".separator ;" ".import daten/aenderungen.csv Aenderungen" \
-  "UPDATE Personen SET Name = a.Name, Vorname = a.Vorname, Strasse = a.Strasse, PLZ = a.PLZ, Ort = a.Ort,
-     Geburtstag = a.Geburtstag, Umsatz = a.Umsatz, Menge = a.Menge, Status = a.Status
-   FROM Aenderungen a WHERE Personen.Nr = a.Nr"
-measure "bare SQLite update loop ($update_rows)" "$work/full" /usr/bin/python3 "$here/bare_update.py" \
-  bare.sqlite daten/aenderungen.csv
 
 # PostgreSQL: the people into a server of their own, by ketrova (insert.cpf
 # with the data source ketrova_pg as target), ogr2ogr and psql's \copy.
@@ -132,25 +141,28 @@ if [ "$pg_rows" -gt 0 ]; then
     sed -e 's/DATABASETYPE="9" DATABASEDIRECTION="2" CONNECTIONSTRING="[^"]*" DATASOURCENAME=""/DATABASETYPE="9" DATABASEDIRECTION="2" CONNECTIONSTRING="" DATASOURCENAME="ketrova_pg"/' \
       -e 's/DATABASENAME="ketrova.sqlite" DRIVERNAME="SQLite3"/DATABASENAME="" DRIVERNAME=""/' \
       "$here/insert.cpf" >"$work/pg/insert.cpf"
-    server_cpu_before=$(server_cpu)
-    measure "ketrova into PostgreSQL ($pg_rows)" "$work/pg" "$ketrova" run insert.cpf --quiet --yes
-    server_cpu_before=$(server_cpu)
-    measure "ogr2ogr into PostgreSQL ($pg_rows)" "$work/pg" ogr2ogr -f PostgreSQL \
-      "PG:host=127.0.0.1 port=$KETROVA_PG_PORT user=$KETROVA_TEST_USER dbname=$KETROVA_TEST_DB" \
-      daten/personen.csv -nln personen_ogr
-    $pg -c "CREATE TABLE personen_copy (Nr INTEGER, Name VARCHAR(40), Vorname VARCHAR(40),
-      Strasse VARCHAR(60), PLZ VARCHAR(5), Ort VARCHAR(40), Geburtstag VARCHAR(10),
-      Umsatz VARCHAR(20), Menge INTEGER, Status VARCHAR(10))"
-    server_cpu_before=$(server_cpu)
-    measure "psql copy into PostgreSQL ($pg_rows)" "$work/pg" $pg \
-      -c "\\copy personen_copy FROM 'daten/personen.csv' WITH (FORMAT csv, DELIMITER ';', HEADER)"
     # One round trip per row and nothing else, through libpq itself.
     cc -O2 -o "$work/bare_insert_pg" "$here/bare_insert_pg.c" $(pkg-config --cflags --libs libpq)
-    $pg -c "CREATE TABLE personen_bare (LIKE personen_copy)"
-    server_cpu_before=$(server_cpu)
-    measure "bare libpq insert loop ($pg_rows)" "$work/pg" "$work/bare_insert_pg" \
-      "host=127.0.0.1 port=$KETROVA_PG_PORT user=$KETROVA_TEST_USER dbname=$KETROVA_TEST_DB" \
-      personen_bare daten/personen.csv
+    for round in $(seq "$rounds"); do
+      $pg -c 'DROP TABLE IF EXISTS "Personen", personen_ogr, personen_copy, personen_bare' 2>/dev/null
+      server_cpu_before=$(server_cpu)
+      measure "ketrova into PostgreSQL ($pg_rows)" "$work/pg" "$ketrova" run insert.cpf --quiet --yes
+      server_cpu_before=$(server_cpu)
+      measure "ogr2ogr into PostgreSQL ($pg_rows)" "$work/pg" ogr2ogr -f PostgreSQL \
+        "PG:host=127.0.0.1 port=$KETROVA_PG_PORT user=$KETROVA_TEST_USER dbname=$KETROVA_TEST_DB" \
+        daten/personen.csv -nln personen_ogr
+      $pg -c "CREATE TABLE personen_copy (Nr INTEGER, Name VARCHAR(40), Vorname VARCHAR(40),
+        Strasse VARCHAR(60), PLZ VARCHAR(5), Ort VARCHAR(40), Geburtstag VARCHAR(10),
+        Umsatz VARCHAR(20), Menge INTEGER, Status VARCHAR(10))"
+      server_cpu_before=$(server_cpu)
+      measure "psql copy into PostgreSQL ($pg_rows)" "$work/pg" $pg \
+        -c "\\copy personen_copy FROM 'daten/personen.csv' WITH (FORMAT csv, DELIMITER ';', HEADER)"
+      $pg -c "CREATE TABLE personen_bare (LIKE personen_copy)"
+      server_cpu_before=$(server_cpu)
+      measure "bare libpq insert loop ($pg_rows)" "$work/pg" "$work/bare_insert_pg" \
+        "host=127.0.0.1 port=$KETROVA_PG_PORT user=$KETROVA_TEST_USER dbname=$KETROVA_TEST_DB" \
+        personen_bare daten/personen.csv
+    done
     unset server_cpu_before
     echo
     printf '  PostgreSQL rows: ketrova %s, ogr2ogr %s, psql %s, bare loop %s\n' \
@@ -176,6 +188,15 @@ done
 echo
 # Wall seconds suffer from other work on a shared machine; CPU seconds (user
 # and system) do less.
+# The best of the rounds per run: least seconds, least CPU, most memory.
+mapfile -t results < <(printf '%s\n' "${results[@]}" | awk -F'|' '
+  !($1 in secs) { order[++n] = $1; secs[$1] = $2; mb[$1] = $3; cpu[$1] = $4; next }
+  $2 == "failed" || secs[$1] == "failed" { secs[$1] = "failed"; next }
+  { if ($2 + 0 < secs[$1] + 0) secs[$1] = $2
+    if ($4 + 0 < cpu[$1] + 0) cpu[$1] = $4
+    if ($3 + 0 > mb[$1] + 0) mb[$1] = $3 }
+  END { for (i = 1; i <= n; i++) print order[i] "|" secs[order[i]] "|" mb[order[i]] "|" cpu[order[i]] }')
+echo "best of $rounds rounds:"
 printf '%-32s %10s %10s %10s %12s\n' "run" "seconds" "CPU s" "peak MB" "rows/s"
 base_insert="" base_update="" cpu_insert="" cpu_update="" base_pg="" cpu_pg=""
 for r in "${results[@]}"; do
