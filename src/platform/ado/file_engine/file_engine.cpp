@@ -6,6 +6,7 @@
 #include "platform/ado/file_engine/csv_module.h"
 #include "platform/ado/file_engine/like_function.h"
 #include "platform/ado/file_engine/sql_rewrite.h"
+#include "platform/ado/sql_tokens.h"
 #include "platform/ado/sqlite_library.h"
 #include "support/vb_error.h"
 
@@ -179,10 +180,28 @@ namespace {
 // Reads SQLite's program for a statement (EXPLAIN): a plain scan opens one
 // virtual table, loads its columns into the result registers and hands the
 // row over, with nothing else between the loop's ends.
+// Whether the text can be a plain scan at all: no literal, no call or
+// subquery, none of the words that filter, sort, group, limit or combine. A
+// statement sent once per record with its own key is turned down here
+// without a second prepare.
+bool MayBePlainScan(std::string_view sql) {
+  static constexpr std::string_view kWords[] = {"WHERE",  "ORDER",  "GROUP",    "HAVING",
+                                                "LIMIT",  "OFFSET", "UNION",    "INTERSECT",
+                                                "EXCEPT", "JOIN",   "DISTINCT", "VALUES"};
+  for (std::size_t i = 0; i < sql.size();) {
+    const ado::SqlToken t = ado::NextSqlToken(sql, i);
+    if (t.kind == ado::SqlTokenKind::kString || t.Is('(')) return false;
+    if (t.kind == ado::SqlTokenKind::kWord)
+      for (std::string_view word : kWords)
+        if (t.IsWord(word)) return false;
+  }
+  return true;
+}
+
 std::optional<PlainScan> ReadPlainScan(sqlite3* db, sqlite3_stmt* statement) {
   const char* text = sqlite3_sql(statement);
   const int results = sqlite3_column_count(statement);
-  if (text == nullptr || results <= 0) return std::nullopt;
+  if (text == nullptr || results <= 0 || !MayBePlainScan(text)) return std::nullopt;
   const std::string explain = std::string("EXPLAIN ") + text;
   sqlite3_stmt* program = nullptr;
   if (sqlite3_prepare_v2(db, explain.c_str(), -1, &program, nullptr) != SQLITE_OK) {
@@ -240,8 +259,11 @@ const PlainScan* FileEngine::PlainScanOf(const Statement& statement) {
   const char* text = sqlite3_sql(statement.handle());
   if (text == nullptr) return nullptr;
   auto it = plain_scans_.find(std::string_view(text));
-  if (it == plain_scans_.end())
+  if (it == plain_scans_.end()) {
+    // Statements made per record would have the answers grow without end.
+    if (plain_scans_.size() >= kMaxIdleStatements) plain_scans_.clear();
     it = plain_scans_.emplace(text, ReadPlainScan(db_, statement.handle())).first;
+  }
   return it->second ? &*it->second : nullptr;
 }
 
