@@ -775,12 +775,15 @@ void Recordset::WriteRecord(Record& r) {
   Target& t = *target_;
   std::string sql;
   const std::string* text = &sql;  // the INSERT built last is not copied
-  std::vector<Variant> params;
-  std::vector<std::size_t> set;
-  params.reserve(columns_.size() + 1);
-  set.reserve(columns_.size());
+  std::vector<Variant>& params = writeParams_;
+  std::vector<std::size_t>& set = writeSet_;
+  params.clear();
+  set.clear();
   for (std::size_t i = 0; i < columns_.size(); ++i)
     if (i < r.changed.size() && r.changed[i] && t.tableColumn[i] >= 0) set.push_back(i);
+  // The values as they stand where the record's first columns are all it
+  // writes (an insert of every column): they need no copy.
+  std::span<const Variant> values;
 
   if (r.isNew) {
     if (set.empty()) {
@@ -788,7 +791,10 @@ void Recordset::WriteRecord(Record& r) {
                                           : "INSERT INTO " + Quote(t.table) + " DEFAULT VALUES";
     } else if (set == t.insertColumns && !t.insertSql.empty()) {
       text = &t.insertSql;
-      for (std::size_t i : set) params.push_back(r.values[i]);
+      if (set.back() + 1 == set.size() && set.size() <= r.values.size())
+        values = std::span<const Variant>(r.values.data(), set.size());
+      else
+        for (std::size_t i : set) params.push_back(r.values[i]);
     } else {
       std::string names, marks;
       for (std::size_t i : set) {
@@ -875,7 +881,9 @@ void Recordset::WriteRecord(Record& r) {
       }
     }
   }
-  ExecuteResult result = provider.Execute(*text, params);
+  if (values.empty()) values = params;
+  ExecuteResult result = provider.Execute(*text, values);
+  params.clear();  // the copies go, the room stays
   if (!r.isNew && result.rowsAffected == 0)
     ThrowAdoError(AdoError::kRowNotFound, "ADODB.Recordset");
   r.original.clear();

@@ -194,6 +194,9 @@ class Recordset : public Object {
     std::uint64_t fieldsVersion = 0;
   } reopen_;
   bool Reopened(const std::shared_ptr<const std::vector<ColumnInfo>>& described);
+  // WriteRecord's lists, kept for their room: it runs once per record.
+  std::vector<std::size_t> writeSet_;
+  std::vector<Variant> writeParams_;
 };
 
 }  // namespace ketrova::ado
