@@ -16,14 +16,15 @@ namespace {
 constexpr std::size_t kBlockRows = 64;
 
 // Asserts what the moves rely on: BOF is -1, EOF one past the rows read, the
-// rows let go (only of a result read from a store) lie before them, and every
-// record has a changed flag per column.
+// rows let go (only of a result read from a store) lie before them, and a
+// record has no changed flags (a row as read) or one per column.
 template <typename Records>
 void CheckPosition(std::int64_t position, std::int64_t dropped, bool inMemory,
                    const Records& records, std::size_t columns) {
   assert(position >= -1 && position <= static_cast<std::int64_t>(records.size()));
   assert(dropped >= 0 && (dropped == 0 || !inMemory));
-  assert(records.empty() || records.back().changed.size() == columns);
+  assert(records.empty() || records.back().changed.empty() ||
+         records.back().changed.size() == columns);
   (void)position, (void)dropped, (void)inMemory, (void)records, (void)columns;
 }
 
@@ -429,7 +430,6 @@ void Recordset::OpenInMemory(const std::vector<ColumnInfo>& columns, std::vector
   for (auto& r : rows) {
     Record rec;
     rec.values = std::move(r);
-    rec.changed.assign(columns_.size(), false);
     records_.push_back(std::move(rec));
   }
   position_ = 0;
@@ -496,7 +496,6 @@ bool Recordset::FetchMore() {
     assert(r.size() == columns_.size() + (identity_.column.empty() ? 0 : 1));
     Record rec;
     rec.values = std::move(r);
-    rec.changed.assign(columns_.size(), false);
     records_.push_back(std::move(rec));
   }
   // A finished result gives its statement back at once, so that a write on the
@@ -727,7 +726,7 @@ void Recordset::Update() {
   Record& r = Current();
   if (inMemory_) {
     r.original.clear();
-    r.changed.assign(columns_.size(), false);
+    std::fill(r.changed.begin(), r.changed.end(), false);
     r.isNew = false;
     r.pending = false;
     editMode_ = adEditNone;
@@ -764,7 +763,7 @@ void Recordset::CancelUpdate() {
     else if (!r.original.empty())
       r.values = r.original;
     r.original.clear();
-    r.changed.assign(columns_.size(), false);
+    std::fill(r.changed.begin(), r.changed.end(), false);
   }
   editMode_ = adEditNone;
 }
@@ -887,7 +886,7 @@ void Recordset::WriteRecord(Record& r) {
   if (!r.isNew && result.rowsAffected == 0)
     ThrowAdoError(AdoError::kRowNotFound, "ADODB.Recordset");
   r.original.clear();
-  r.changed.assign(columns_.size(), false);
+  std::fill(r.changed.begin(), r.changed.end(), false);
   r.isNew = false;
   r.pending = false;
 }
