@@ -447,6 +447,10 @@ void Recordset::Close() {
   cursor_.reset();
   pendingRun_ = false;
   provider_.reset();
+  if (!records_.empty()) {
+    spare_.values = std::move(records_.back().values);
+    spare_.changed = std::move(records_.back().changed);
+  }
   records_.clear();
   dropped_ = 0;
   open_ = false;
@@ -712,7 +716,9 @@ void Recordset::AddNew() {
   unread_ = unread_ || pendingRun_;
   pendingRun_ = false;
   Record rec;
+  rec.values = std::move(spare_.values);
   rec.values.assign(columns_.size(), Variant::Null());
+  rec.changed = std::move(spare_.changed);
   rec.changed.assign(columns_.size(), false);
   rec.isNew = true;
   records_.push_back(std::move(rec));

@@ -194,6 +194,9 @@ class Recordset : public Object {
     std::uint64_t fieldsVersion = 0;
   } reopen_;
   bool Reopened(const std::shared_ptr<const std::vector<ColumnInfo>>& described);
+  // The storage of the last record before a Close, for the next AddNew: a
+  // record loop opens its target, adds one record and closes it per record.
+  Record spare_;
   // WriteRecord's lists, kept for their room: it runs once per record.
   std::vector<std::size_t> writeSet_;
   std::vector<Variant> writeParams_;
