@@ -236,21 +236,15 @@ EngineCursor::EngineCursor(std::unique_ptr<Statement> statement, std::int64_t ma
     ado::ColumnInfo c = DescribeResultColumn(h, i);
     if (sqlite3_column_decltype(h, i) == nullptr && has_row_) {
       // A computed column (COUNT(*), an expression) takes the type of its first value.
-      ado::ColumnInfo typed = c;
-      switch (sqlite3_column_type(h, i)) {
-        case SQLITE_INTEGER:
-          typed = ColumnFromDeclaredType(c.name, "INTEGER");
-          break;
-        case SQLITE_FLOAT:
-          typed = ColumnFromDeclaredType(c.name, "DOUBLE");
-          break;
-        default:
-          break;
+      const int first = sqlite3_column_type(h, i);
+      if (first == SQLITE_INTEGER || first == SQLITE_FLOAT) {
+        ado::ColumnInfo typed =
+            ColumnFromDeclaredType(c.name, first == SQLITE_INTEGER ? "INTEGER" : "DOUBLE");
+        typed.baseTable = std::move(c.baseTable);
+        typed.baseColumn = std::move(c.baseColumn);
+        c = std::move(typed);
       }
-      typed.typeName.clear();
-      typed.baseTable = std::move(c.baseTable);
-      typed.baseColumn = std::move(c.baseColumn);
-      c = std::move(typed);
+      c.typeName.clear();
     }
     columns_.push_back(std::move(c));
   }
