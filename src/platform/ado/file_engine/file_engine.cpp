@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <set>
+
 #include "platform/ado/enums.h"
 #include "platform/ado/file_engine/csv_module.h"
 #include "platform/ado/file_engine/like_function.h"
@@ -177,9 +179,6 @@ std::unique_ptr<Statement> FileEngine::Prepare(std::string_view sql) {
 
 namespace {
 
-// Reads SQLite's program for a statement (EXPLAIN): a plain scan opens one
-// virtual table, loads its columns into the result registers and hands the
-// row over, with nothing else between the loop's ends.
 // Whether the text can be a plain scan at all: no literal, no call or
 // subquery, none of the words that filter, sort, group, limit or combine. A
 // statement sent once per record with its own key is turned down here
@@ -198,6 +197,9 @@ bool MayBePlainScan(std::string_view sql) {
   return true;
 }
 
+// Reads SQLite's program for a statement (EXPLAIN): a plain scan opens one
+// virtual table, loads its columns into the result registers and hands the
+// row over, with nothing else between the loop's ends.
 std::optional<PlainScan> ReadPlainScan(sqlite3* db, sqlite3_stmt* statement) {
   const char* text = sqlite3_sql(statement);
   const int results = sqlite3_column_count(statement);
@@ -211,7 +213,7 @@ std::optional<PlainScan> ReadPlainScan(sqlite3* db, sqlite3_stmt* statement) {
   std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> owned(program, sqlite3_finalize);
   int cursor = -1, opens = 0, filters = 0, nexts = 0, rows = 0, first_result = 0;
   std::map<int, int> column_in;  // register -> the table column loaded into it
-  std::map<int, bool> loaded;    // register -> loaded by anything but a column
+  std::set<int> constants;       // registers loaded with a number
   while (sqlite3_step(program) == SQLITE_ROW) {
     const std::string_view op = reinterpret_cast<const char*>(sqlite3_column_text(program, 1));
     const int p1 = sqlite3_column_int(program, 2);
@@ -226,12 +228,10 @@ std::optional<PlainScan> ReadPlainScan(sqlite3* db, sqlite3_stmt* statement) {
     } else if (op == "VNext") {
       ++nexts;
     } else if (op == "Integer") {
-      column_in.erase(p2);
-      loaded[p2] = true;
+      constants.insert(p2);
     } else if (op == "VColumn") {
       if (p1 != cursor) return std::nullopt;
       column_in[p3] = p2;
-      loaded.erase(p3);
     } else if (op == "ResultRow") {
       ++rows;
       if (p2 != results) return std::nullopt;
@@ -244,7 +244,7 @@ std::optional<PlainScan> ReadPlainScan(sqlite3* db, sqlite3_stmt* statement) {
   PlainScan scan;
   for (int i = 0; i < results; ++i) {
     auto it = column_in.find(first_result + i);
-    if (it == column_in.end() || loaded.count(first_result + i)) return std::nullopt;
+    if (it == column_in.end() || constants.count(first_result + i)) return std::nullopt;
     const char* table = sqlite3_column_table_name(statement, i);
     if (table == nullptr || (i > 0 && scan.table != table)) return std::nullopt;
     scan.table = table;
